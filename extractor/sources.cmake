@@ -1,0 +1,11 @@
+set(EXTRACTOR_SOURCES
+  utils/MimeTypes.cpp
+  utils/CodecTags.cpp
+  utils/OptionalCodecLibrary.cpp
+  utils/CodecConfig.cpp
+  utils/NalRewrite.cpp
+  utils/PictureCopy.cpp
+  utils/ByteOrder.cpp
+  utils/HexDump.cpp
+  utils/MeasureTime.cpp
+)

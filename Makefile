@@ -1,8 +1,8 @@
 # Daily habits, each a thin line onto a CMake preset. `make` builds everything into build/release/.
-.PHONY: release asan tsan clang test demo clean format lint
+.PHONY: release asan tsan clang coverage test demo interop format lint clean
 
 release asan tsan clang:
-	@cmake --preset $@ >/dev/null
+	@cmake --preset $@ -DMKVX_BUILD_TESTS=ON >/dev/null
 	@cmake --build --preset $@
 
 test:
@@ -10,6 +10,18 @@ test:
 
 demo:
 	@scripts/demo
+
+interop: release
+	@ctest --preset release -L interop
+
+coverage:
+	@cmake --preset coverage >/dev/null
+	@cmake --build --preset coverage
+	@ctest --preset coverage -j $$(nproc)
+	@lcov --quiet --capture --directory build/coverage --output-file build/coverage/lcov.info
+	@lcov --quiet --extract build/coverage/lcov.info '*/extractor/*' '*/platform/*' '*/tools/*' \
+		--output-file build/coverage/lcov.info
+	@genhtml --quiet --output-directory build/coverage/html build/coverage/lcov.info
 
 format:
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i

@@ -1,0 +1,20 @@
+// MetaDataPool: a bounded stock of empty MetaData objects for MediaBuffer.
+//
+// Every access unit needs one, and making one costs two allocations and as many frees. Thread-safe, and never
+// waits: whoever finds the stock in use makes or frees an object of its own. Empty under the address
+// sanitizer, so that a use after release shows.
+#pragma once
+
+#include <utils/RefBase.h>
+
+#include <media/stagefright/MetaData.h>
+
+namespace android {
+
+// An empty MetaData that nobody else refers to.
+sp<MetaData> TakeMetaData();
+
+// Takes an object back, or drops it when somebody else still refers to it.
+void ReturnMetaData(sp<MetaData> metaData);
+
+}  // namespace android

@@ -7,5 +7,11 @@ set(EXTRACTOR_SOURCES
   utils/PictureCopy.cpp
   utils/ByteOrder.cpp
   utils/HexDump.cpp
+  utils/DebugAids.cpp
   utils/MeasureTime.cpp
+  matroska/AacProbe.cpp
+  matroska/CodecPrivate.cpp
+  matroska/ElementaryStream.cpp
+  matroska/FatalCheck.cpp
+  matroska/SubtitleMerge.cpp
 )

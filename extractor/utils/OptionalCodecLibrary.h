@@ -7,7 +7,7 @@ namespace android {
 class OptionalCodecLibrary {
   public:
     // `path` is what the dynamic loader is given; the text must outlive this object.
-    explicit OptionalCodecLibrary(const char* path) : mPath(path) {}
+    constexpr explicit OptionalCodecLibrary(const char* path) : mPath(path) {}
 
     // The library that getCodecIDFromFourCC asks: the device's own, until it is told otherwise.
     static OptionalCodecLibrary& Installed();

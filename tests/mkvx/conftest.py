@@ -1,0 +1,44 @@
+import json
+import os
+import subprocess
+from pathlib import Path
+
+import pytest
+
+BINARY = Path(os.environ.get('MKVX_BIN', Path(__file__).parents[2] / 'build/release/bin/mkvx'))
+
+
+class Run:
+    """One finished run of the tool."""
+
+    def __init__(self, *args):
+        done = subprocess.run([BINARY, *map(str, args)], capture_output=True, timeout=120)
+        self.code = done.returncode
+        self.out = done.stdout.decode()
+        self.err = done.stderr.decode()
+
+    def json(self):
+        return json.loads(self.out)
+
+    def lines(self):
+        return [json.loads(line) for line in self.out.splitlines()]
+
+
+@pytest.fixture
+def mkvx():
+    return Run
+
+
+@pytest.fixture
+def sample():
+    return Path(__file__).parents[2] / 'samples/sample.mkv'
+
+
+@pytest.fixture
+def write(tmp_path):
+    """write(name, bytes) -> path."""
+    def write_file(name, data):
+        path = tmp_path / name
+        path.write_bytes(data)
+        return path
+    return write_file

@@ -1,0 +1,64 @@
+"""Small Matroska files, byte by byte, for the cases that no muxer writes."""
+import struct
+
+
+def number(value):
+    return value.to_bytes(max(1, (value.bit_length() + 7) // 8), 'big')
+
+
+def element(id_, payload):
+    """An element with an eight-byte size, so that sizes never change width."""
+    return number(id_) + (1 << 56 | len(payload)).to_bytes(8, 'big') + payload
+
+
+def uint(id_, value):
+    return element(id_, number(value))
+
+
+def text(id_, value):
+    return element(id_, value if isinstance(value, bytes) else value.encode())
+
+
+def real(id_, value):
+    return element(id_, struct.pack('>d', value))
+
+
+def video(no, codec, *more, width=64, height=48):
+    picture = element(0xE0, uint(0xB0, width) + uint(0xBA, height))
+    return element(0xAE, uint(0xD7, no) + uint(0x83, 1) + text(0x86, codec) + picture + b''.join(more))
+
+
+def audio(no, codec, *more, rate=48000.0, channels=2):
+    sound = element(0xE1, real(0xB5, rate) + uint(0x9F, channels))
+    return element(0xAE, uint(0xD7, no) + uint(0x83, 2) + text(0x86, codec) + sound + b''.join(more))
+
+
+def subtitle(no, codec='S_TEXT/UTF8', *more):
+    return element(0xAE, uint(0xD7, no) + uint(0x83, 17) + text(0x86, codec) + b''.join(more))
+
+
+def name(value):
+    return text(0x536E, value)
+
+
+def private(data):
+    return element(0x63A2, data)
+
+
+def simple_block(no, time, payload, key=True, lacing=0):
+    return element(0xA3, bytes([0x80 | no]) + struct.pack('>h', time) + bytes([key << 7 | lacing << 1]) + payload)
+
+
+def block_group(no, time, payload, duration):
+    block = element(0xA1, bytes([0x80 | no]) + struct.pack('>h', time) + b'\0' + payload)
+    return element(0xA0, block + uint(0x9B, duration))
+
+
+def cluster(time, *blocks):
+    return element(0x1F43B675, uint(0xE7, time) + b''.join(blocks))
+
+
+def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska'):
+    head = element(0x1A45DFA3, text(0x4282, doctype) + uint(0x4285, 2))
+    info = element(0x1549A966, uint(0x2AD7B1, 1000000) + real(0x4489, duration_ms))
+    return head + element(0x18538067, info + element(0x1654AE6B, b''.join(tracks)) + b''.join(clusters))

@@ -1,0 +1,176 @@
+"""What the commands print: the stable formats, field by field, on files whose content is known byte by byte."""
+import hashlib
+import json
+import zlib
+
+import pytest
+
+import craft
+
+
+def sha1(data):
+    return hashlib.sha1(data).hexdigest()
+
+
+HVCC = b'\1' + bytes(range(30))
+
+
+@pytest.fixture
+def film(write):
+    """Video 7 (HEVC), audio 2 (MP3), an audio track that no device knows, and subtitles 4; in one cluster at 100 ms."""
+    tracks = [craft.video(7, 'V_MPEGH/ISO/HEVC', craft.private(HVCC), craft.name(b'First\x1b[2J\xff!')),
+              craft.audio(2, 'A_MPEG/L3', craft.text(0x22B59C, 'ger')),
+              craft.audio(3, 'A_UNHEARD/OF'),
+              craft.subtitle(4)]
+    blocks = [craft.simple_block(7, 0, b'\0\0\0\3abc'), craft.simple_block(2, 0, b'sound'),
+              craft.simple_block(3, 1, b'unheard'), craft.block_group(4, 10, b'Hello', 500),
+              craft.simple_block(7, 40, b'\0\0\0\2de', key=False), craft.simple_block(2, 24, b'noise')]
+    return write('film.mkv', craft.matroska(tracks, craft.cluster(100, *blocks), duration_ms=10000.0))
+
+
+def test_info_json(mkvx, film):
+    run = mkvx('info', '--format', 'json', film)
+    assert run.code == 0 and run.err == ''
+    size = film.stat().st_size
+    rate = size * 8000000000 // 10000000000
+    assert run.json() == {'container_mime': 'video/x-matroska', 'tracks': [
+        {'index': 0, 'number': 7, 'type': 'video', 'mime': 'video/hevc', 'width': 64, 'height': 48,
+         'language': 'First\ufffd[2J\ufffd'.replace('\ufffd[', '\x1b['), 'duration_us': 10000000, 'bit_rate': rate,
+         'thumbnail_us': 2500000, 'config': {'hvcc': HVCC.hex()}},
+        {'index': 1, 'number': 2, 'type': 'audio', 'mime': 'audio/mpeg', 'sample_rate': 48000, 'channels': 2,
+         'language': 'ge', 'duration_us': 10000000, 'bit_rate': rate,
+         'config': {'esds': run.json()['tracks'][1]['config']['esds']}},
+        {'index': 2, 'number': 4, 'type': 'subtitle', 'mime': 'text/utf-8', 'language': '', 'duration_us': 10000000},
+    ]}
+    assert run.out.count('\n') == 1
+
+
+def test_info_table_cannot_steer_a_terminal(mkvx, film):
+    run = mkvx('info', film)
+    assert run.code == 0
+    assert '\x1b' not in run.out and 'First\ufffd[2J\ufffd' in run.out
+    rows = run.out.splitlines()
+    assert rows[0] == '%s: video/x-matroska' % film
+    assert [row.split()[:4] for row in rows[2:]] == [
+        ['0', '7', 'video', 'video/hevc'], ['1', '2', 'audio', 'audio/mpeg'], ['2', '4', 'subtitle', 'text/utf-8']]
+    assert '00:00:02.500' in rows[2] and 'hvcc 31 B' in rows[2]
+
+
+START = b'\0\0\0\1'
+UNITS = [
+    {'track': 0, 'number': 7, 'time_us': 100000, 'sync': 1, 'size': 7, 'sha1': sha1(START + b'abc')},
+    {'track': 0, 'number': 7, 'time_us': 140000, 'sync': 0, 'size': 6, 'sha1': sha1(START + b'de')},
+    {'track': 1, 'number': 2, 'time_us': 100000, 'sync': 1, 'size': 5, 'sha1': sha1(b'sound')},
+    {'track': 1, 'number': 2, 'time_us': 124000, 'sync': 1, 'size': 5, 'sha1': sha1(b'noise')},
+]
+
+
+def test_packets_formats(mkvx, film):
+    lines = mkvx('packets', '--format', 'jsonl', film)
+    assert lines.code == 0 and lines.lines() == UNITS
+    assert list(lines.lines()[0]) == ['track', 'number', 'time_us', 'sync', 'size', 'sha1']
+
+    table = mkvx('packets', '--format', 'csv', film).out.splitlines()
+    assert table[0] == 'track,number,time_us,sync,size,sha1,end_us'
+    assert table[1:] == [','.join(str(v) for v in unit.values()) + ',' for unit in UNITS]
+
+    rows = [row.split() for row in mkvx('packets', film).out.splitlines()]
+    assert rows[1:] == [[str(u['track']), '00:00:00.%d' % (u['time_us'] // 1000), *(['key'] if u['sync'] else []),
+                         str(u['size']), u['sha1']] for u in UNITS]
+
+
+def test_packets_of_one_track_and_limit(mkvx, film):
+    assert mkvx('packets', '--format', 'jsonl', '--track', '1', film).lines() == UNITS[2:]
+    assert mkvx('packets', '--format', 'jsonl', '--limit', '1', film).lines() == UNITS[::2]
+
+
+def subtitle_file(write, master):
+    """Two subtitle tracks, 2 and 3, whose events lie around the master track's blocks."""
+    tracks = [master(1, 'A_MPEG/L3'), craft.subtitle(2), craft.subtitle(3, 'S_TEXT/ASS')]
+    blocks = [craft.block_group(3, 0, b'early', 10), craft.simple_block(1, 1, b'one'), craft.block_group(2, 2, b'two', 20),
+              craft.simple_block(1, 3, b'three'), craft.block_group(3, 4, b'late', 30)]
+    return write('subtitles.mkv', craft.matroska(tracks, craft.cluster(0, *blocks)))
+
+
+def test_subtitles_come_with_their_end(mkvx, write):
+    path = subtitle_file(write, craft.audio)
+    for track, units in (1, [(2000, 22000, b'two')]), (2, [(0, 10000, b'early'), (4000, 34000, b'late')]):
+        run = mkvx('packets', '--track', track, '--format', 'jsonl', path)
+        assert run.lines() == [{'track': track, 'number': track + 1, 'time_us': at, 'sync': 1, 'size': len(event),
+                                'sha1': sha1(event), 'end_us': end} for at, end, event in units]
+        assert run.code == 0 and run.err == ''
+    assert mkvx('packets', '--track', 2, '--limit', 1, '--format', 'csv', path).out.splitlines()[1:] == [
+        '2,3,0,1,5,%s,10000' % sha1(b'early')]
+
+
+def test_subtitles_without_their_master(mkvx, write):
+    """An unknown video codec makes its track the master all the same."""
+    run = mkvx('packets', '--format', 'jsonl', subtitle_file(write, lambda no, codec: craft.video(no, 'V_UNSEEN')))
+    assert run.code == 0 and run.out == ''
+    assert run.err.count('no subtitle can arrive') == 2
+
+
+def test_all_goes_on_past_what_cannot_be_read(mkvx, write):
+    bad_lace = craft.simple_block(1, 1, b'\1\xff\xff\xff\x10short', lacing=1)
+    blocks = [craft.simple_block(1, 0, b'good'), bad_lace, bad_lace, craft.simple_block(1, 2, b'after'), bad_lace]
+    path = write('bad.mka', craft.matroska([craft.audio(1, 'A_MPEG/L3')], craft.cluster(0, *blocks)))
+    plain = mkvx('packets', '--format', 'jsonl', path)
+    assert [unit['sha1'] for unit in plain.lines()] == [sha1(b'good')] and plain.code == 0
+    everything = mkvx('packets', '--all', '--format', 'jsonl', path)
+    assert [unit['sha1'] for unit in everything.lines()] == [sha1(b'good'), sha1(b'after')] and everything.code == 0
+    assert '3 units could not be read' in everything.err
+
+
+def test_stop_at_an_unreadable_unit_is_told(mkvx, write):
+    bad_lace = craft.simple_block(1, 1, b'\1\xff\xff\xff\x10short', lacing=1)
+    blocks = [craft.simple_block(1, 0, b'good'), bad_lace, craft.simple_block(1, 2, b'after')]
+    run = mkvx('packets', write('bad.mka', craft.matroska([craft.audio(1, 'A_MPEG/L3')], craft.cluster(0, *blocks))))
+    assert run.code == 0 and '--all' in run.err
+
+
+def test_no_track_offered(mkvx, write):
+    path = write('unknown.mkv', craft.matroska([craft.video(1, 'V_UNSEEN'), craft.audio(2, 'A_UNHEARD')]))
+    run = mkvx('info', '--format', 'json', path)
+    assert run.code == 0 and run.json() == {'container_mime': 'video/x-matroska', 'tracks': []}
+    assert 'none of its 2 tracks is offered' in run.err
+
+
+def test_sniff(mkvx, write, film):
+    webm = write('a.webm', craft.matroska([], doctype='webm'))
+    other = write('b.wav', b'RIFF')
+    run = mkvx('sniff', '--format', 'json', film, webm, other, '/no/such/file')
+    assert run.code == 1 and run.err.count('\n') == 2 and str(other) in run.err and '/no/such/file' in run.err
+    mime = 'video/x-matroska_ext'
+    assert run.lines() == [{'file': str(film), 'claimed': True, 'mime': mime, 'confidence': 0.91},
+                           {'file': str(webm), 'claimed': True, 'mime': mime, 'confidence': 0.5},
+                           {'file': str(other), 'claimed': False}]
+    table = mkvx('sniff', webm)
+    assert table.code == 0 and table.out.splitlines()[1].split() == [mime, '0.50', str(webm)]
+
+
+def test_log_is_shown_once_and_only_on_request(mkvx, film):
+    assert mkvx('info', film).err == ''
+    records = mkvx('--log', 'debug', 'info', film).err.splitlines()
+    assert records.count('D/MatroskaExtExtractor: addTracks(mime): video/hevc') == 1
+    assert records.count('D/MatroskaExtExtractor: addTracks(mime): audio/mpeg') == 1
+    assert mkvx('--log', 'warn', 'info', film).err == ''
+
+
+@pytest.mark.parametrize('source', ['mem', 'window', 'pread'])
+def test_bench_demux_counts_every_track(mkvx, film, source):
+    run = mkvx('bench', 'demux', film, '--source', source, '--crc', '--once', '--reads')
+    line = json.loads(run.out.splitlines()[-1])
+    assert run.code == 0 and line['ok'] and line['ms'] >= 0 and line['runs'] == 1 and line['reads'] > 0
+    expected = [[b'\0\0\0\3abc', b'\0\0\0\2de'], [b'sound', b'noise'], [b'unheard'], [b'Hello']]
+    keys = [1, 2, 1, 1]
+    assert line['tracks'] == [[len(units), len(b''.join(units)), key, '%08x' % zlib.crc32(b''.join(units))]
+                              for units, key in zip(expected, keys)]
+    assert line['count'] == 6 and line['bytes'] == sum(t[1] for t in line['tracks'])
+    assert line['pts_sum_us'] == (100 + 140 + 100 + 124 + 101 + 110) * 1000
+
+
+def test_bench_open_and_seek(mkvx, sample):
+    opened = mkvx('bench', 'open', sample, '--json').json()
+    assert opened['count'] == 1 and opened['ok'] and opened['rss_kb'] >= opened['rss0_kb'] > 0
+    seeks = mkvx('bench', 'seek', sample, '--once', '--json').json()
+    assert seeks['count'] == 200 == seeks['keys'] and seeks['tracks'][0][0] == 200

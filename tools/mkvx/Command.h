@@ -1,0 +1,26 @@
+// What main() and the subcommands agree on. Each subcommand lives in a file of its own: its add...() function
+// declares the options and, when the subcommand was chosen, leaves the work to be done in `chosen`.
+#pragma once
+#include <functional>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace mkvx {
+
+struct Globals {
+    std::string plugin;  // path; empty means beside the program
+    std::string logLevel{"off"};
+};
+
+// The work of the chosen subcommand; returns an ExitCode, or throws what Failure.h declares.
+using Action = std::function<int()>;
+
+void addSniffCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addInfoCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
+
+}  // namespace mkvx

@@ -1,0 +1,137 @@
+// mkvx packets FILE: every unit that the plug-in delivers, track by track.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <limits>
+
+#include "Command.h"
+#include "Failure.h"
+#include "FormatOption.h"
+#include "Session.h"
+#include "UnitReader.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string file;
+    std::optional<size_t> track;
+    size_t limit = std::numeric_limits<size_t>::max();  // units per track
+    bool all = false;
+    Format format = Format::kTable;
+};
+
+class Listing {
+  public:
+    Listing(const Session& session, const Options& options)
+        : mSession(session), mOptions(options), mWriter(makeUnitWriter(options.format, stdout)) {}
+
+    void list(const TrackInfo& track) {
+        if (track.kind == TrackKind::kSubtitle)
+            listSubtitles(track);
+        else
+            listTrack(track);
+    }
+
+  private:
+    std::unique_ptr<TwinCursor> twin(const TrackInfo& track) const {
+        return mOptions.all ? mSession.reader().cursor(track.number) : nullptr;
+    }
+
+    void note(const TrackInfo& track, const std::string& text) const {
+        fmt::print(stderr, "mkvx: {}: track {}: {}\n", mOptions.file, track.index, text);
+    }
+
+    void noteUnreadable(const TrackInfo& track, TrackReader& reader) const {
+        if (mOptions.all && reader.unreadable() > 0)
+            note(track, fmt::format("{} units could not be read", reader.unreadable()));
+        if (!mOptions.all && reader.endedEarly())
+            note(track, "the listing ends at a unit that could not be read (--all goes on)");
+    }
+
+    void listTrack(const TrackInfo& track) {
+        TrackReader reader(mSession.newSource(track.index), twin(track));
+        for (size_t listed = 0; listed < mOptions.limit; ++listed) {
+            const BufferPtr buffer = reader.next();
+            if (!buffer) return noteUnreadable(track, reader);
+            mWriter->write(describeUnit(track, *buffer, mSha1));
+        }
+    }
+
+    const TrackInfo* findMaster() const {
+        for (const TrackInfo& track : mSession.info().tracks)
+            if (track.number == mSession.reader().masterTrack() && track.kind != TrackKind::kSubtitle)
+                return &track;
+        return nullptr;
+    }
+
+    // Subtitles arrive only while the master track is read past them, so a track has a pass of its own:
+    // whatever another subtitle track's source drops in its own pass is not missing here.
+    void listSubtitles(const TrackInfo& track) {
+        const TrackInfo* master = findMaster();
+        if (master == nullptr)
+            return note(
+                track, fmt::format("no subtitle can arrive, since the master track (number {}) has no source",
+                                   mSession.reader().masterTrack()));
+        const android::sp<android::MediaExtractor> extractor = mSession.newExtractor();
+        TrackReader driver(extractor->getTrack(master->index), twin(*master));
+        TrackReader subtitles(extractor->getTrack(track.index));
+        size_t left = mOptions.limit;
+        bool more = true;
+        while (more && left > 0) {
+            more = driver.next() != nullptr;
+            left -= drain(track, subtitles, left);
+        }
+    }
+
+    // Returns how many were listed, at most `limit`.
+    size_t drain(const TrackInfo& track, TrackReader& subtitles, size_t limit) {
+        size_t listed = 0;
+        for (; listed < limit; ++listed) {
+            const BufferPtr buffer = subtitles.next();
+            if (!buffer) break;
+            mWriter->write(describeUnit(track, *buffer, mSha1));
+        }
+        return listed;
+    }
+
+    const Session& mSession;
+    const Options& mOptions;
+    std::unique_ptr<UnitWriter> mWriter;
+    Sha1 mSha1;
+};
+
+int run(const Globals& globals, const Options& options) {
+    const Session session(loadPlugin(globals.plugin), options.file);
+    const std::vector<TrackInfo>& tracks = session.info().tracks;
+    if (options.track && *options.track >= tracks.size())
+        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
+                                       *options.track, tracks.size()));
+    if (tracks.empty())
+        fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered\n", options.file,
+                   session.reader().entryCount());
+    Listing listing(session, options);
+    for (const TrackInfo& track : tracks)
+        if (!options.track || *options.track == track.index) listing.list(track);
+    return kExitDone;
+}
+
+}  // namespace
+
+void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("packets", "Every unit that the plug-in delivers, track by track");
+    command->add_option("FILE", options->file, "The file to read")->required();
+    command->add_option("--track", options->track,
+                        "Only the track with this index (from 0, as info shows it)");
+    command->add_option("--limit", options->limit, "At most this many units per track")
+        ->check(CLI::PositiveNumber);
+    command->add_flag("--all", options->all,
+                      "Go on past units that cannot be read; a player stops at the first");
+    addFormatOption(*command, options->format,
+                    {{"table", Format::kTable}, {"jsonl", Format::kJsonLines}, {"csv", Format::kCsv}});
+    command->footer("Example: mkvx packets --track 0 --limit 10 film.mkv");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

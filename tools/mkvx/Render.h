@@ -1,0 +1,31 @@
+// Renderers: the result model as text for people or as stable machine formats. They print to `out` and look
+// at nothing but the model. Texts of the file that are not valid UTF-8 get U+FFFD in place of the bad bytes,
+// since neither JSON nor a terminal can carry them.
+#pragma once
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "Model.h"
+
+namespace mkvx {
+
+enum class Format { kTable, kJson, kJsonLines, kCsv };
+
+// kTable or kJson.
+void renderInfo(const FileInfo& info, Format format, std::FILE* out);
+
+// kTable or kJson (one object per file and line).
+void renderSniff(const std::vector<SniffResult>& results, Format format, std::FILE* out);
+
+// Prints units as they come, so that a listing of any length needs no memory.
+class UnitWriter {
+  public:
+    virtual ~UnitWriter() = default;
+    virtual void write(const Unit& unit) = 0;
+};
+
+// kTable, kJsonLines or kCsv; the title line, where the format has one, is printed at once.
+std::unique_ptr<UnitWriter> makeUnitWriter(Format format, std::FILE* out);
+
+}  // namespace mkvx

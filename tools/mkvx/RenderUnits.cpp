@@ -1,0 +1,69 @@
+#include <fmt/format.h>
+
+#include "Render.h"
+#include "Text.h"
+
+namespace mkvx {
+namespace {
+
+class TableWriter : public UnitWriter {
+  public:
+    explicit TableWriter(std::FILE* out) : mOut(out) {
+        fmt::print(mOut, "{:>5} {:>13} {:>3} {:>9}  {:40}  {}\n", "TRACK", "TIME", "KEY", "SIZE", "SHA-1",
+                   "END");
+    }
+    void write(const Unit& unit) override {
+        fmt::print(mOut, "{:>5} {:>13} {:>3} {:>9}  {}", unit.track, clockTime(unit.timeUs),
+                   unit.sync ? "key" : "", unit.size, unit.sha1);
+        fmt::print(mOut, "{}\n", unit.endUs ? "  " + clockTime(*unit.endUs) : std::string());
+    }
+
+  private:
+    std::FILE* mOut;
+};
+
+// Numbers and hex digits only: nothing needs escaping.
+class JsonLinesWriter : public UnitWriter {
+  public:
+    explicit JsonLinesWriter(std::FILE* out) : mOut(out) {}
+    void write(const Unit& unit) override {
+        fmt::print(mOut, R"({{"track":{},"number":{},"time_us":{},"sync":{},"size":{},"sha1":"{}")",
+                   unit.track, unit.number, unit.timeUs, int(unit.sync), unit.size, unit.sha1);
+        if (unit.endUs) fmt::print(mOut, R"(,"end_us":{})", *unit.endUs);
+        fmt::print(mOut, "}}\n");
+    }
+
+  private:
+    std::FILE* mOut;
+};
+
+class CsvWriter : public UnitWriter {
+  public:
+    explicit CsvWriter(std::FILE* out) : mOut(out) {
+        fmt::print(mOut, "track,number,time_us,sync,size,sha1,end_us\n");
+    }
+    void write(const Unit& unit) override {
+        fmt::print(mOut, "{},{},{},{},{},{},{}\n", unit.track, unit.number, unit.timeUs, int(unit.sync),
+                   unit.size, unit.sha1, unit.endUs ? std::to_string(*unit.endUs) : std::string());
+    }
+
+  private:
+    std::FILE* mOut;
+};
+
+}  // namespace
+
+std::unique_ptr<UnitWriter> makeUnitWriter(Format format, std::FILE* out) {
+    switch (format) {
+        case Format::kCsv:
+            return std::make_unique<CsvWriter>(out);
+        case Format::kTable:
+            return std::make_unique<TableWriter>(out);
+        case Format::kJson:
+        case Format::kJsonLines:
+            break;
+    }
+    return std::make_unique<JsonLinesWriter>(out);
+}
+
+}  // namespace mkvx

@@ -1,0 +1,150 @@
+#include "Session.h"
+
+#include <media/stagefright/MetaData.h>
+
+#include "Failure.h"
+#include "Probe.h"
+#include "Source.h"
+
+namespace mkvx {
+namespace {
+
+using android::MediaExtractor;
+using android::MetaData;
+using android::sp;
+
+constexpr uint32_t kKeyM4vHeaders = 'MP4C';  // the plug-in's own key
+
+struct ConfigKey {
+    uint32_t key;
+    const char* name;
+};
+constexpr ConfigKey kConfigKeys[] = {
+    {android::kKeyAVCC, "avcc"},       {android::kKeyHVCC, "hvcc"},        {android::kKeyESDS, "esds"},
+    {android::kKeyVorbisInfo, "vinf"}, {android::kKeyVorbisBooks, "vboo"}, {kKeyM4vHeaders, "MP4C"},
+};
+
+std::optional<int32_t> int32Of(const sp<MetaData>& meta, uint32_t key) {
+    int32_t value = 0;
+    return meta->findInt32(key, &value) ? std::optional<int32_t>(value) : std::nullopt;
+}
+
+std::optional<int64_t> int64Of(const sp<MetaData>& meta, uint32_t key) {
+    int64_t value = 0;
+    return meta->findInt64(key, &value) ? std::optional<int64_t>(value) : std::nullopt;
+}
+
+std::optional<std::string> textOf(const sp<MetaData>& meta, uint32_t key) {
+    const char* value = nullptr;
+    return meta->findCString(key, &value) ? std::optional<std::string>(value) : std::nullopt;
+}
+
+std::vector<ConfigRecord> configOf(const sp<MetaData>& meta) {
+    std::vector<ConfigRecord> records;
+    for (const ConfigKey& candidate : kConfigKeys) {
+        uint32_t type = 0;
+        const void* data = nullptr;
+        size_t size = 0;
+        if (!meta->findData(candidate.key, &type, &data, &size)) continue;
+        const auto* bytes = static_cast<const uint8_t*>(data);
+        records.push_back({candidate.name, std::vector<uint8_t>(bytes, bytes + size)});
+    }
+    return records;
+}
+
+TrackInfo describeTrack(size_t index, const OfferedTrack& offered, const sp<MetaData>& meta) {
+    TrackInfo track;
+    track.index = index;
+    track.number = offered.number;
+    track.kind = offered.kind;
+    track.mime = textOf(meta, android::kKeyMIMEType).value_or("");
+    track.width = int32Of(meta, android::kKeyWidth);
+    track.height = int32Of(meta, android::kKeyHeight);
+    track.sampleRate = int32Of(meta, android::kKeySampleRate);
+    track.channels = int32Of(meta, android::kKeyChannelCount);
+    track.language = textOf(meta, android::kKeyMediaLanguage);
+    track.durationUs = int64Of(meta, android::kKeyDuration);
+    track.bitRate = int32Of(meta, android::kKeyBitRate);
+    track.thumbnailUs = int64Of(meta, android::kKeyThumbnailTime);
+    track.config = configOf(meta);
+    return track;
+}
+
+FileInfo describeFile(const std::string& path, MediaExtractor& extractor,
+                      const std::vector<OfferedTrack>& offered) {
+    FileInfo info;
+    info.path = path;
+    info.containerMime = textOf(extractor.getMetaData(), android::kKeyMIMEType).value_or("");
+    for (size_t i = 0; i < extractor.countTracks(); ++i) {
+        const sp<MetaData> meta = extractor.getTrackMetaData(i, MediaExtractor::kIncludeExtensiveMetaData);
+        if (meta == nullptr) throw FileFailure(path, "track " + std::to_string(i) + " has no format");
+        info.tracks.push_back(describeTrack(i, offered[i], meta));
+    }
+    return info;
+}
+
+// Construction and the extensive metadata are where a file can stop the process.
+void requireSurvivable(const ExtractorPlugin& plugin, const sp<android::DataSource>& source,
+                       const std::string& path) {
+    const auto end = whatStops([&] {
+        const sp<MediaExtractor> extractor = plugin.open(source, nullptr);
+        for (size_t i = 0; extractor != nullptr && i < extractor->countTracks(); ++i)
+            extractor->getTrackMetaData(i, MediaExtractor::kIncludeExtensiveMetaData);
+    });
+    if (end) throw FileFailure(path, "would stop the media process: " + *end);
+}
+
+SniffResult sniff(const ExtractorPlugin& plugin, const sp<android::DataSource>& source,
+                  const std::string& path) {
+    SniffResult result;
+    result.path = path;
+    android::String8 mime;
+    sp<android::AMessage> meta;
+    result.claimed = plugin.Sniffer(source, &mime, &result.confidence, &meta);
+    if (result.claimed) result.mime = mime.string();
+    return result;
+}
+
+}  // namespace
+
+const char* toString(TrackKind kind) {
+    switch (kind) {
+        case TrackKind::kVideo:
+            return "video";
+        case TrackKind::kAudio:
+            return "audio";
+        case TrackKind::kSubtitle:
+            return "subtitle";
+    }
+    return "";
+}
+
+Session::Session(const ExtractorPlugin& plugin, const std::string& path)
+    : mPlugin(plugin), mSource(openFile(path)) {
+    if (!sniff(mPlugin, mSource, path).claimed)
+        throw FileFailure(path, "is no Matroska or WebM file (it does not begin with 1A 45 DF A3)");
+    requireSurvivable(mPlugin, mSource, path);
+    mExtractor = newExtractor();
+    if (mExtractor == nullptr) throw FileFailure(path, "the plug-in made no extractor for it");
+    mReader = std::make_unique<OwnReader>(mSource);
+    const std::vector<OfferedTrack> offered = mReader->offered();
+    if (offered.size() != mExtractor->countTracks())
+        throw FileFailure(path,
+                          "the loaded plug-in offers other tracks than this program's own reader finds");
+    if (mReader->entryCount() == 0) throw FileFailure(path, "no track description can be read from it");
+    mInfo = describeFile(path, *mExtractor, offered);
+}
+
+sp<android::MediaSource> Session::newSource(size_t index) const {
+    return mExtractor->getTrack(index);
+}
+
+sp<MediaExtractor> Session::newExtractor() const {
+    return mPlugin.open(mSource, nullptr);
+}
+
+SniffResult sniffFile(const ExtractorPlugin& plugin, const std::string& path) {
+    return sniff(plugin, openFile(path), path);
+}
+
+}  // namespace mkvx

@@ -1,0 +1,39 @@
+// Text for people: tables, times and safe printing of what a file says.
+#pragma once
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mkvx {
+
+// HH:MM:SS.mmm, cut to the millisecond; more hours than 99 take more digits; negative times start with '-'.
+std::string clockTime(int64_t us);
+
+// The text with every control character and every byte that is not part of valid UTF-8 replaced, so that a
+// hostile file cannot steer a terminal.
+std::string printable(std::string_view text);
+
+// Terminal columns that a printable() text takes: East Asian wide characters take two.
+size_t displayWidth(std::string_view text);
+
+// Rows of left- or right-aligned columns, two spaces apart. An empty table prints nothing.
+class TextTable {
+  public:
+    enum class Align { kLeft, kRight };
+    struct Column {
+        std::string title;
+        Align align = Align::kLeft;
+    };
+    explicit TextTable(std::vector<Column> columns) : mColumns(std::move(columns)) {}
+
+    // One cell per column.
+    void addRow(std::vector<std::string> cells) { mRows.push_back(std::move(cells)); }
+    std::string str() const;
+
+  private:
+    std::vector<Column> mColumns;
+    std::vector<std::vector<std::string>> mRows;
+};
+
+}  // namespace mkvx

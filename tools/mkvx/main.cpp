@@ -1,0 +1,64 @@
+// Arguments, exit codes and the one place where a failure becomes a sentence on stderr.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <cstdio>
+#include <exception>
+
+#include "Command.h"
+#include "Failure.h"
+#include "Log.h"
+
+namespace {
+
+int complain(const std::string& sentence, int exitCode) {
+    fmt::print(stderr, "mkvx: {}\n", sentence);
+    return exitCode;
+}
+
+int answerParseError(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
+    return complain(std::string(error.what()) + " (mkvx --help lists the commands)", mkvx::kExitWrongUsage);
+}
+
+// A full disk or a closed pipe shows only when the last bytes are written.
+int flushed(int exitCode) {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+        return complain("standard output: cannot write the result", mkvx::kExitFileUnusable);
+    return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Shows what an Android device's media framework gets out of a Matroska or WebM file.",
+                 "mkvx"};
+    mkvx::Globals globals;
+    mkvx::Action chosen;
+    app.set_version_flag("--version", "mkvx " MKVX_VERSION);
+    app.add_option("--plugin", globals.plugin,
+                   "The extractor plug-in (default: the one beside this program)");
+    app.add_option("--log", globals.logLevel, "Show log records of this level and above on stderr")
+        ->check(CLI::IsMember(mkvx::logLevels()))
+        ->capture_default_str();
+    app.require_subcommand(1);
+    app.fallthrough();
+    mkvx::addSniffCommand(app, globals, chosen);
+    mkvx::addInfoCommand(app, globals, chosen);
+    mkvx::addPacketsCommand(app, globals, chosen);
+    mkvx::addBenchCommand(app, globals, chosen);
+
+    try {
+        app.parse(argc, argv);
+        mkvx::installLogger(globals.logLevel);
+        return flushed(chosen());
+    } catch (const CLI::ParseError& error) {
+        return answerParseError(app, error);
+    } catch (const mkvx::UsageFailure& failure) {
+        return complain(failure.what(), mkvx::kExitWrongUsage);
+    } catch (const mkvx::FileFailure& failure) {
+        std::fflush(stdout);
+        return complain(failure.what(), mkvx::kExitFileUnusable);
+    } catch (const std::exception& error) {
+        return complain(error.what(), mkvx::kExitFileUnusable);
+    }
+}

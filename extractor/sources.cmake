@@ -14,4 +14,21 @@ set(EXTRACTOR_SOURCES
   matroska/ElementaryStream.cpp
   matroska/FatalCheck.cpp
   matroska/SubtitleMerge.cpp
+  matroska/reader/Attachments.cpp
+  matroska/reader/Block.cpp
+  matroska/reader/BlockRuns.cpp
+  matroska/reader/Chapters.cpp
+  matroska/reader/ContentEncodings.cpp
+  matroska/reader/Cues.cpp
+  matroska/reader/Document.cpp
+  matroska/reader/ElementIds.cpp
+  matroska/reader/File.cpp
+  matroska/reader/Inflate.cpp
+  matroska/reader/Node.cpp
+  matroska/reader/Resync.cpp
+  matroska/reader/SeekIndex.cpp
+  matroska/reader/Segment.cpp
+  matroska/reader/TrackFacts.cpp
+  matroska/reader/Tracks.cpp
+  matroska/reader/Values.cpp
 )

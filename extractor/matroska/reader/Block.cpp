@@ -1,0 +1,347 @@
+// Blocks: their headers, the masters that hold them, and the three ways in which a block's bytes are read.
+#include <string.h>
+
+#include <algorithm>
+
+#include "matroska/reader/Lacing.h"
+#include "matroska/reader/MatroskaReader.h"
+#include "matroska/reader/ParseChildren.h"
+
+namespace MatroskaExtReader {
+
+namespace {
+
+// Deliberate: the room of a header is counted in for RealMedia video, although none is written there.
+constexpr uint32_t kRealVideoAllowance = 27;
+constexpr uint32_t kRealAudioHeader = 16;
+constexpr uint64_t kMostCodecStateBytes = 1u << 20;
+
+// The file's bytes at its position, as the lacing decoder wants them.
+struct FileBytes {
+    CMatroskaFile* file;
+    bool Take(uint8_t* out, unsigned n) { return !Failed(file->Read(out, n)); }
+    uint64_t Position() const { return file->Position(); }
+    uint64_t LeftInFile() const {
+        return file->Length() > file->Position() ? file->Length() - file->Position() : 0;
+    }
+};
+
+// Room in a caller's buffer that is filled from the front.
+struct Room {
+    uint8_t* next;
+    uint64_t left;
+
+    bool Put(const uint8_t* bytes, uint64_t size) {
+        if (size > left) return false;
+        if (size != 0) memcpy(next, bytes, static_cast<size_t>(size));
+        next += size;
+        left -= size;
+        return true;
+    }
+};
+
+// The record in front of each RealMedia audio frame, in the host's byte order.
+void WriteRealAudioHeader(uint8_t* out, uint32_t time, uint16_t frameSize) {
+    const uint32_t payload = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(out + kRealAudioHeader));
+    memset(out, 0, kRealAudioHeader);
+    memcpy(out, &time, sizeof(time));
+    memcpy(out + 10, &frameSize, sizeof(frameSize));
+    memcpy(out + 12, &payload, sizeof(payload));
+}
+
+}  // namespace
+
+// ---- headers and masters
+// -----------------------------------------------------------------------------------------
+
+Result SimpleBlock::Parse(CMatroskaNode* node) {
+    CMatroskaFile* file = node->File();
+    file->SeekTo(node->DataStart());
+    CShort time;
+    (void)TrackNumber.Parse(node);  // a block shorter than its header shows in DataSize
+    (void)time.Parse(node);
+    (void)Flags.Parse(node);
+    TimeCode.Set(time.Get());
+    DataPosition = file->Position();
+    const uint64_t end = node->PayloadEnd();
+    DataSize = end > DataPosition ? end - DataPosition : 0;
+    return kOk;
+}
+
+void SimpleBlock::Reset() {
+    TrackNumber = CLength();
+    TimeCode = CInt();
+    Flags = CByte();
+    DataPosition = FramesPosition = DataSize = 0;
+    DecodedFrames.clear();
+    FrameSizes.clear();
+    mIsRefused = false;
+}
+
+bool SimpleBlock::IsDeliverable(const CMatroskaFile& file) const {
+    return DataSize <= UINT32_MAX && file.CanDeliver(DataPosition, DataSize);
+}
+
+Result BlockGroup::Parse(CMatroskaNode* node) {
+    static const ChildRow<BlockGroup> kRows[] = {
+        {id::kBlock, [](BlockGroup& group, CMatroskaNode* child) { return group.Block.Parse(child); }},
+        {id::kBlockDuration, &BlockGroup::BlockDuration},
+        {id::kReferencePriority, &BlockGroup::ReferencePriority},
+        {id::kReferenceBlock, &BlockGroup::ReferenceBlock},
+        {id::kReferenceVirtual, &BlockGroup::ReferenceVirtual},
+        {id::kCodecState,
+         [](BlockGroup& group, CMatroskaNode* child) -> Result {
+             const bool isKept = child->Size() <= kMostCodecStateBytes &&
+                                 child->File()->CanDeliver(child->DataStart(), child->Size());
+             return isKept ? group.CodecState.ReadPayload(child) : kFailure;
+         }},
+        {id::kTimeSlice,
+         [](BlockGroup& group, CMatroskaNode* child) -> Result {
+             return group.TimeSlices.size() < limit::kTimeSlices ? group.TimeSlices.Parse(child) : kFailure;
+         }},
+    };
+    return ParseChildren(*this, node, kRows);
+}
+
+void BlockGroup::Reset() {
+    Block.Reset();
+    BlockDuration = CUInt();
+    ReferencePriority = CUInt();
+    ReferenceBlock = CInt();
+    ReferenceVirtual = CInt();
+    if (!CodecState.empty()) CodecState.Clear();
+    if (!TimeSlices.isEmpty()) TimeSlices.clear();
+}
+
+Result TimeSlice::Parse(CMatroskaNode* node) {
+    static const ChildRow<TimeSlice> kRows[] = {
+        {id::kLaceNumber, &TimeSlice::LaceNumber},
+        {id::kFrameNumber, &TimeSlice::FrameNumber},
+        {id::kDelay, &TimeSlice::Delay},
+        {id::kSliceDuration, &TimeSlice::SliceDuration},
+    };
+    return ParseChildren(*this, node, kRows);
+}
+
+Result BlockMore::Parse(CMatroskaNode* node) {
+    static const ChildRow<BlockMore> kRows[] = {
+        {id::kBlockAddId, &BlockMore::BlockAddID},
+        {id::kBlockAdditional, &BlockMore::BlockAdditional},
+    };
+    return ParseChildren(*this, node, kRows);
+}
+
+Result BlockAdditions::Parse(CMatroskaNode* node) {
+    return VisitChildren(node, [this](CMatroskaNode* child) {
+        CMatroskaFile* file = child->File();
+        if (child->Id() == id::kBlockMore &&
+            file->Admit(file->Counts.clusterObjects, limit::kClusterObjects, child->HeaderStart())) {
+            (void)CNode<BlockMore>::Parse(child);
+        }
+        return true;
+    });
+}
+
+Result Cluster::Parse(CMatroskaNode* node) {
+    static const ChildRow<Cluster> kRows[] = {
+        {id::kClusterTimecode, &Cluster::Timecode},
+        {id::kClusterPosition, &Cluster::Position},
+        {id::kClusterPrevSize, &Cluster::PrevSize},
+        {id::kBlockGroup,
+         [](Cluster& cluster, CMatroskaNode* child) -> Result {
+             CMatroskaFile* file = child->File();
+             return file->Admit(file->Counts.clusterObjects, limit::kClusterObjects, child->HeaderStart())
+                        ? cluster.BlockGroups.Parse(child)
+                        : kFailure;
+         }},
+        {id::kSimpleBlock,
+         [](Cluster& cluster, CMatroskaNode* child) -> Result {
+             CMatroskaFile* file = child->File();
+             return file->Admit(file->Counts.clusterObjects, limit::kClusterObjects, child->HeaderStart())
+                        ? cluster.SimpleBlocks.Parse(child)
+                        : kFailure;
+         }},
+    };
+    return ParseChildren(*this, node, kRows);
+}
+
+Result Cluster::ParseTimeCode(CMatroskaNode* node) {
+    return VisitChildren(node, [this](CMatroskaNode* child) {
+        if (child->Id() != id::kClusterTimecode) return true;
+        (void)Timecode.Parse(child);
+        return false;
+    });
+}
+
+// ---- sizes
+// -------------------------------------------------------------------------------------------------------
+
+Result SimpleBlock::Refuse(CMatroskaNode* node, LossKind kind) {
+    mIsRefused = true;
+    DecodedFrames.clear();
+    node->File()->Losses.Add(kind, DataPosition, DataSize);
+    return kFailure;
+}
+
+Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool sizesOnly) {
+    CMatroskaFile* file = node->File();
+    if (!IsDeliverable(*file)) return Refuse(node, LossKind::kBeyondSource);
+    file->SeekTo(DataPosition);
+    FramesPosition = DataPosition;
+    if (Lacing() == kLacingNone) {
+        FrameSizes.push_back(DataSize);
+    } else {
+        FileBytes bytes = {file};
+        const LacingResult lacing = DecodeLacing(Lacing(), DataPosition + DataSize, bytes,
+                                                 [this](uint64_t size) { FrameSizes.push_back(size); });
+        FramesPosition = lacing.framesPosition;
+        if (!lacing.isWhole) return Refuse(node, LossKind::kBadLacing);
+    }
+    return sizesOnly || track == nullptr ? kOk : ReadFrames(node, *track);
+}
+
+// Reads each frame whole and undoes the track's encodings. What grew beyond the block's limit stays as
+// stored.
+Result SimpleBlock::ReadFrames(CMatroskaNode* node, const TrackEntry& track) {
+    CMatroskaFile* file = node->File();
+    uint32_t roomLeft = limit::kRestoredBlockBytes;
+    file->SeekTo(FramesPosition);
+    for (const uint64_t size : FrameSizes) {
+        AutoPtr<CBinary> frame = new CBinary;
+        if (!frame->Resize(static_cast<uint32_t>(size))) return Refuse(node, LossKind::kRefusedAllocation);
+        if (Failed(file->Read(frame->data(), frame->size()))) return Refuse(node, LossKind::kBeyondSource);
+        DecodedFrames.push_back(frame);
+    }
+    for (const AutoPtr<CBinary>& frame : DecodedFrames) {
+        const uint32_t most = std::min(roomLeft, limit::kInflatedFrameBytes);
+        const int expanded = track.Expand(*frame, encoding::kScopeFrames, file->SharedInflater(), most);
+        if (expanded == 0 && track.IsZlibCompressed) {
+            file->Losses.Add(LossKind::kBadCompression, DataPosition, frame->size());
+        }
+        roomLeft -= std::min(roomLeft, frame->size());
+    }
+    return kOk;
+}
+
+uint64_t SimpleBlock::DecodedSize(const TrackEntry& track) const {
+    if (track.IsVorbis) return DecodedFrames.empty() ? 0 : DecodedFrames.front()->size();
+    const uint32_t extra = !track.IsRealMedia                         ? 0
+                           : track.TrackType.Get() == kTrackTypeVideo ? kRealVideoAllowance
+                                                                      : kRealAudioHeader;
+    uint64_t total = 0;
+    for (const AutoPtr<CBinary>& frame : DecodedFrames) total += uint64_t{frame->size()} + extra;
+    return total;
+}
+
+uint64_t SimpleBlock::RestoredSize(const TrackEntry& track) const {
+    uint64_t total = 0;
+    for (const uint64_t size : FrameSizes) total += size + track.StrippedHeaderBytes;
+    return total;
+}
+
+uint32_t SimpleBlock::GetSize(CMatroskaNode* node, const TrackEntry* track) {
+    uint64_t size = DataSize;
+    if (track != nullptr && track->IsDecoded()) {
+        if (DecodedFrames.empty() && !mIsRefused) (void)ParseData(node, track, false);
+        size = DecodedSize(*track);
+    } else if (track != nullptr && track->StrippedHeaderBytes != 0) {
+        if (FrameSizes.empty() && !mIsRefused) (void)ParseData(node, track, true);
+        size = mIsRefused ? 0 : RestoredSize(*track);
+        if (size > DataSize && size > limit::kRestoredBlockBytes) (void)Refuse(node, LossKind::kTooLarge);
+    } else if (!mIsRefused && !IsDeliverable(*node->File())) {
+        (void)Refuse(node, LossKind::kBeyondSource);
+    }
+    return mIsRefused ? 0 : static_cast<uint32_t>(size);
+}
+
+// ---- reading
+// -----------------------------------------------------------------------------------------------------
+
+Result SimpleBlock::Read(CMatroskaNode* node, const TrackEntry* track, uint8_t* out, long& len,
+                         uint32_t timeBase) {
+    Result result = kFailure;
+    if (mIsRefused) {
+        len = 0;
+    } else if (track != nullptr && track->IsDecoded()) {
+        result = ReadDecoded(node, *track, out, len, timeBase);
+    } else if (track != nullptr && track->StrippedHeaderBytes != 0) {
+        result = ReadRestoringHeaders(node, *track, out, len);
+    } else {
+        result = ReadPlain(node, out, len);
+    }
+    return result;
+}
+
+Result SimpleBlock::ReadDecoded(CMatroskaNode* node, const TrackEntry& track, uint8_t* out, long& len,
+                                uint32_t timeBase) {
+    Room room = {out, static_cast<uint64_t>(len)};
+    len = 0;
+    if (DecodedFrames.empty() && Failed(ParseData(node, &track, false))) return kFailure;
+    if (track.IsVorbis) {
+        const AutoPtr<CBinary> frame = DecodedFrames.front();
+        DecodedFrames.erase(DecodedFrames.begin());
+        if (!room.Put(frame->data(), frame->size())) return kFailure;
+        len = static_cast<long>(room.next - out);
+        return kOk;
+    }
+    const bool isRealAudio = track.IsRealMedia && track.TrackType.Get() == kTrackTypeAudio;
+    const bool isDropped = track.IsRealMedia && !isRealAudio && track.TrackType.Get() != kTrackTypeVideo;
+    for (const AutoPtr<CBinary>& frame : DecodedFrames) {
+        if (isDropped) break;
+        if (isRealAudio) {
+            if (room.left < kRealAudioHeader) return kFailure;
+            const uint32_t time = static_cast<uint32_t>(TimeCode.Get()) + timeBase;
+            WriteRealAudioHeader(room.next, time, static_cast<uint16_t>(frame->size()));
+            room.next += kRealAudioHeader;
+            room.left -= kRealAudioHeader;
+        }
+        if (!room.Put(frame->data(), frame->size())) return kFailure;
+    }
+    len = static_cast<long>(room.next - out);
+    return kOk;
+}
+
+Result SimpleBlock::ReadRestoringHeaders(CMatroskaNode* node, const TrackEntry& track, uint8_t* out,
+                                         long& len) {
+    CMatroskaFile* file = node->File();
+    Room room = {out, static_cast<uint64_t>(len)};
+    len = 0;
+    file->SeekTo(FramesPosition);
+    for (const uint64_t size : FrameSizes) {
+        for (const AutoPtr<ContentEncoding>& encoding : track.Encodings) {
+            const ByteBuffer& header = encoding->Compression.ContentCompSettings;
+            if (encoding->IsHeaderStripping() && !room.Put(header.data(), header.size())) return kFailure;
+        }
+        if (size > room.left) return kFailure;
+        if (Failed(file->Read(room.next, static_cast<uint32_t>(size)))) return kFailure;
+        room.next += size;
+        room.left -= size;
+    }
+    len = static_cast<long>(room.next - out);
+    return kOk;
+}
+
+Result SimpleBlock::ReadPlain(CMatroskaNode* node, uint8_t* out, long& len) {
+    CMatroskaFile* file = node->File();
+    const uint64_t room = static_cast<uint64_t>(len);
+    uint64_t size = DataSize;
+    len = 0;
+    file->SeekTo(DataPosition);
+    if (Lacing() != kLacingNone) {
+        FileBytes bytes = {file};
+        uint64_t frames = 0, frameSize = 0;
+        const LacingResult lacing = DecodeLacing(Lacing(), DataPosition + DataSize, bytes, [&](uint64_t s) {
+            ++frames;
+            frameSize = s;
+        });
+        if (!lacing.isWhole) return Refuse(node, LossKind::kBadLacing);
+        size =
+            Lacing() == kLacingFixed ? frames * frameSize : DataPosition + DataSize - lacing.framesPosition;
+    }
+    if (size > room) return kFailure;
+    const Result result = file->Read(out, static_cast<uint32_t>(size));
+    if (!Failed(result)) len = static_cast<long>(size);
+    return result;
+}
+
+}  // namespace MatroskaExtReader

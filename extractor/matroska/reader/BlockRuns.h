@@ -1,0 +1,94 @@
+// The block headers of Clusters, parsed once and shared by all iterators of a file.
+//
+// A BlockRun is a stretch of up to kBlocks consecutive blocks of one Cluster, in file order, filled only as
+// far as somebody has walked. The cache keeps the runs that were used last; an iterator keeps its own alive.
+// So a file whose tracks are read side by side pays for each header once, not once a track, and what is kept
+// is bounded: kRuns runs of kBlocks heads of 48 bytes, plus one run an iterator. A run that fell out of the
+// cache is walked again.
+#pragma once
+
+#include <utils/RefBase.h>
+
+#include <stdint.h>
+
+#include <vector>
+
+#include "matroska/reader/MatroskaElements.h"
+#include "matroska/reader/Node.h"
+
+namespace MatroskaExtReader {
+
+class CMatroskaFile;
+
+// What delivering a block needs of its header and, for a BlockGroup, of its group.
+struct BlockHead {
+    uint64_t trackNumber;
+    uint64_t dataPosition;
+    uint64_t dataSize;
+    uint64_t duration;  // timecode units
+    int64_t reference;
+    int16_t timeCode;
+    uint8_t flags;
+    bool hasReference : 1;
+    bool hasDuration : 1;
+
+    static BlockHead Of(const BlockGroup& group);
+    void Fill(BlockGroup& group) const;
+};
+
+class BlockRun : public android::RefBase {
+  public:
+    static constexpr size_t kBlocks = 128;
+
+    // Makes block `index` known. False when the Cluster has no such block behind the ones before it.
+    bool Reach(size_t index);
+    const BlockHead& At(size_t index) const { return mHeads[index]; }
+    bool IsFull() const { return mHeads.size() == kBlocks; }
+
+    // The Cluster has a Timecode child, and its value in timecode units. Known once block 0 was reached.
+    bool HasTimecode() const { return mHasTimecode; }
+    uint64_t ClusterTimecode() const { return mClusterTimecode; }
+    // Where the walk found the Cluster to end. Meaningful once Reach has answered false on a run that is not
+    // full.
+    uint64_t WalkEnd() const { return mWalkEnd; }
+
+  private:
+    friend class BlockRunCache;
+
+    void Restart(uint64_t key, bool isFirst);
+    void BeginCluster(CMatroskaNode* cluster);
+    void Continue(const BlockRun& before);
+    void TakeTimecode(CMatroskaNode* node);
+    bool TakeNextBlock();
+    bool TakeBlock();
+    void Finish();
+
+    uint64_t mKey = 0;  // header start of the Cluster, or of the last block of the run before
+    bool mIsFirst = false;
+    bool mHasEnded = false;
+    bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
+    bool mHasTimecode = false;
+    uint64_t mClusterTimecode = 0;
+    uint64_t mWalkEnd = 0;
+    android::sp<CMatroskaNode> mTail;  // the element that the walk stands on
+    android::sp<BlockGroup> mScratch;
+    std::vector<BlockHead> mHeads;
+};
+
+class BlockRunCache {
+  public:
+    static constexpr size_t kRuns = 48;
+
+    // The first run of the Cluster at `cluster`.
+    android::sp<BlockRun> First(CMatroskaNode* cluster);
+    // The run behind `run`, which must be full.
+    android::sp<BlockRun> After(const BlockRun& run);
+
+  private:
+    android::sp<BlockRun> Find(uint64_t key, bool isFirst);
+    android::sp<BlockRun> Make(uint64_t key, bool isFirst);
+
+    std::vector<android::sp<BlockRun>> mRuns;  // most recently used last
+};
+
+}  // namespace MatroskaExtReader

@@ -1,0 +1,116 @@
+#include "matroska/reader/MatroskaReader.h"
+#include "matroska/reader/ParseChildren.h"
+
+namespace MatroskaExtReader {
+
+Result Cue::Parse(CMatroskaNode* node) {
+    return VisitChildren(node, [this](CMatroskaNode* child) {
+        if (child->Id() == id::kCuePoint) (void)ParsePoint(child);
+        return true;
+    });
+}
+
+// Appends the point when it has a readable child, as a list of repeated masters would.
+Result Cue::ParsePoint(CMatroskaNode* node) {
+    if (Points.size() >= limit::kCuePoints) {
+        node->File()->Losses.Add(LossKind::kLimit, node->HeaderStart(), node->Size());
+        return kFailure;
+    }
+    CuePoint point;
+    point.FirstPosition = static_cast<uint32_t>(Positions.size());
+    CUInt time;
+    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
+        if (child->Id() == id::kCueTime) (void)time.Parse(child);
+        if (child->Id() == id::kCueTrackPositions) (void)ParsePosition(child);
+        return true;
+    });
+    if (Failed(result)) return result;
+    point.CueTime = time.Get();
+    point.PositionCount = static_cast<uint32_t>(Positions.size()) - point.FirstPosition;
+    Points.push_back(point);
+    return kOk;
+}
+
+Result Cue::ParsePosition(CMatroskaNode* node) {
+    if (Positions.size() >= limit::kCuePositions) return kFailure;
+    CueTrackPosition position;
+    position.FirstReference = static_cast<uint32_t>(References.size());
+    CUInt value;
+    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
+        uint64_t* member = nullptr;
+        switch (child->Id()) {
+            case id::kCueTrack:
+                member = &position.CueTrack;
+                break;
+            case id::kCueClusterPosition:
+                member = &position.CueClusterPosition;
+                break;
+            case id::kCueBlockNumber:
+                member = &position.CueBlockNumber;
+                break;
+            case id::kCueCodecState:
+                member = &position.CueCodecState;
+                break;
+            case id::kCueReference:
+                (void)ParseReference(child);
+                break;
+            default:
+                break;
+        }
+        if (member != nullptr) {
+            (void)value.Parse(child);
+            *member = value.Get();
+        }
+        return true;
+    });
+    if (Failed(result)) return result;
+    position.ReferenceCount = static_cast<uint32_t>(References.size()) - position.FirstReference;
+    Positions.push_back(position);
+    return kOk;
+}
+
+Result Cue::ParseReference(CMatroskaNode* node) {
+    if (References.size() >= limit::kCuePositions) return kFailure;
+    CueReference reference;
+    CUInt value;
+    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
+        uint64_t* member = nullptr;
+        switch (child->Id()) {
+            case id::kCueRefTime:
+                member = &reference.CueRefTime;
+                break;
+            case id::kCueRefCluster:
+                member = &reference.CueRefCluster;
+                break;
+            case id::kCueRefNumber:
+                member = &reference.CueRefNumber;
+                break;
+            case id::kCueRefCodecState:
+                member = &reference.CueRefCodecState;
+                break;
+            default:
+                break;
+        }
+        if (member != nullptr) {
+            (void)value.Parse(child);
+            *member = value.Get();
+        }
+        return true;
+    });
+    if (!Failed(result)) References.push_back(reference);
+    return result;
+}
+
+void Cue::AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition) {
+    CuePoint point;
+    point.CueTime = time;
+    point.FirstPosition = static_cast<uint32_t>(Positions.size());
+    point.PositionCount = 1;
+    CueTrackPosition position;
+    position.CueTrack = track;
+    position.CueClusterPosition = clusterPosition;
+    Points.push_back(point);
+    Positions.push_back(position);
+}
+
+}  // namespace MatroskaExtReader

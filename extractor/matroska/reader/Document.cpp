@@ -1,0 +1,72 @@
+// The order of opening a document, and the look-up of its tracks.
+#include <string.h>
+
+#include "matroska/reader/MatroskaReader.h"
+#include "matroska/reader/ParseChildren.h"
+
+namespace MatroskaExtReader {
+
+namespace {
+
+constexpr uint64_t kFirstUnreadableVersion = 3;
+
+bool IsReadable(const EBML& header) {
+    const char* type = header.DocType.c_str();
+    const bool isKnown = strcmp(type, "matroska") == 0 || strcmp(type, "webm") == 0;
+    return isKnown && header.DocTypeReadVersion.Get() < kFirstUnreadableVersion;
+}
+
+}  // namespace
+
+Result CMatroskaFile::Parse(CMatroskaNode* root) {
+    bool isRejected = false;
+    const Result result = VisitChildren(root, [&](CMatroskaNode* child) {
+        if (child->Id() == id::kEbml) {
+            (void)Header.Parse(child);
+            isRejected = !IsReadable(Header);
+        } else if (child->Id() == id::kSegment && Segment.Info.SegmentUID.empty()) {
+            // Deliberate: a Segment without a UID lets a later one add to the same model, one with a UID does
+            // not.
+            (void)Segment.ParseMinimal(child);
+        }
+        return !isRejected;
+    });
+    return isRejected ? kFailure : result;
+}
+
+Result CMatroskaFile::Init() {
+    SeekTo(0);
+    const android::sp<CMatroskaNode> root = new CMatroskaNode(this);
+    if (Failed(Parse(root.get()))) return kFailure;
+    mSegmentNode = root->Child(id::kSegment, true);
+    for (const AutoPtr<Track>& tracks : Segment.Tracks) {
+        for (const AutoPtr<TrackEntry>& entry : tracks->Entries) entry->InitInfo();
+    }
+    IndexTracks();
+    mMasterTrack = static_cast<uint32_t>(Segment.GetMasterTrack());
+    return mSegmentNode != nullptr ? kOk : kFailure;
+}
+
+uint32_t CMatroskaFile::GetTrackCnt() const {
+    size_t count = 0;
+    for (const AutoPtr<Track>& tracks : Segment.Tracks) count += tracks->Entries.size();
+    return static_cast<uint32_t>(count);
+}
+
+void CMatroskaFile::IndexTracks() {
+    mTracksByNumber.clear();
+    for (size_t i = Segment.Tracks.size();
+         i-- > 0;) {  // the last Tracks element that has a number answers for it
+        for (const AutoPtr<TrackEntry>& entry : Segment.Tracks[i]->Entries) {
+            const uint64_t number = entry->TrackNumber.Get();
+            if (number <= UINT32_MAX) mTracksByNumber.emplace(static_cast<uint32_t>(number), entry.get());
+        }
+    }
+}
+
+TrackEntry* CMatroskaFile::FindTrack(uint32_t number) const {
+    const auto found = mTracksByNumber.find(number);
+    return found == mTracksByNumber.end() ? nullptr : found->second;
+}
+
+}  // namespace MatroskaExtReader

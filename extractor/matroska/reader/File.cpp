@@ -1,0 +1,75 @@
+// Byte access, and the limits on what a file may make the reader keep.
+#include "matroska/reader/MatroskaReader.h"
+
+#include <string.h>
+
+#include <algorithm>
+
+namespace MatroskaExtReader {
+
+CMatroskaFile::CMatroskaFile(const android::sp<android::DataSource>& source)
+    : mSource(source),
+      mPosition(0),
+      mLength(kMaxPosition),
+      mHasKnownLength(false),
+      mMasterTrack(1),
+      mKeptBytes(0) {
+    off64_t length = 0;
+    if (mSource->getSize(&length) == android::OK && length >= 0) {
+        mLength = static_cast<uint64_t>(length);
+        mHasKnownLength = true;
+    }
+}
+
+CMatroskaFile::~CMatroskaFile() {}
+
+template <typename T>
+Result CMatroskaFile::Read(T& value) {
+    uint8_t bytes[sizeof(T)];
+    if (Failed(Read(bytes, sizeof(T)))) return kFailure;
+    std::reverse(bytes, bytes + sizeof(T));  // the file is big-endian, the host is not
+    memcpy(&value, bytes, sizeof(T));
+    return kOk;
+}
+
+template Result CMatroskaFile::Read<uint8_t>(uint8_t&);
+template Result CMatroskaFile::Read<int16_t>(int16_t&);
+template Result CMatroskaFile::Read<uint32_t>(uint32_t&);
+template Result CMatroskaFile::Read<int32_t>(int32_t&);
+template Result CMatroskaFile::Read<uint64_t>(uint64_t&);
+template Result CMatroskaFile::Read<int64_t>(int64_t&);
+template Result CMatroskaFile::Read<float>(float&);
+template Result CMatroskaFile::Read<double>(double&);
+
+bool CMatroskaFile::CanDeliver(uint64_t position, uint64_t size) const {
+    if (position > kMaxPosition || size > kMaxPosition - position) return false;
+    if (mHasKnownLength && position + size > mLength) return false;
+    if (size == 0 || (mHasKnownLength && size <= limit::kUnprobedBytes)) return true;
+    // What getSize says may be wrong, and without it nothing is known: the far end has to answer.
+    uint8_t last;
+    return mSource->readAt(static_cast<off64_t>(position + size - 1), &last, 1) == 1;
+}
+
+bool CMatroskaFile::Admit(uint32_t& counter, uint32_t limit, uint64_t position) {
+    if (counter < limit) {
+        ++counter;
+        return true;
+    }
+    Losses.Add(LossKind::kLimit, position, 0);
+    return false;
+}
+
+bool CMatroskaFile::AdmitBytes(uint64_t position, uint64_t size) {
+    // Elements of a sound file do not overlap, so all of them together fit the file.
+    const uint64_t bound = mHasKnownLength
+                               ? std::min(limit::kKeptBytes, AddSaturating(mLength, limit::kUnprobedBytes))
+                               : limit::kKeptBytes;
+    if (size > bound - mKeptBytes) {
+        Losses.Add(LossKind::kLimit, position, size);
+        return false;
+    }
+    mKeptBytes += size;
+    return true;
+}
+
+}  // namespace MatroskaExtReader

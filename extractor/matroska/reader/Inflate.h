@@ -1,0 +1,41 @@
+// zlib (RFC 1950) inflation of one frame at a time, with one stream that is kept and reused.
+//
+// A frame counts as complete when output room was left over, all input was used, or the stream ended, looked
+// at after every 1000 bytes of output; a truncated stream therefore yields what those steps had yielded. One
+// thread at a time.
+#pragma once
+
+#include <stdint.h>
+#include <zlib.h>
+
+#include <vector>
+
+namespace MatroskaExtReader {
+
+class Inflater {
+  public:
+    Inflater() : mIsOpen(false) {}
+    ~Inflater();
+    Inflater(const Inflater&) = delete;
+    Inflater& operator=(const Inflater&) = delete;
+
+    // Inflates `size` bytes at `data`. False when the stream is corrupt, needs a dictionary, or would yield
+    // more than `limit` bytes. The output is valid until the next call.
+    bool Run(const uint8_t* data, uint32_t size, uint32_t limit);
+    const uint8_t* Output() const { return mOutput.data(); }
+    uint32_t OutputSize() const { return mOutputSize; }
+    // Gives back an output buffer that one large frame made large.
+    void Trim();
+
+  private:
+    bool Open();
+    bool RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit, bool* isDecided);
+    bool RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit);
+
+    z_stream mStream;
+    bool mIsOpen;
+    std::vector<uint8_t> mOutput;
+    uint32_t mOutputSize = 0;
+};
+
+}  // namespace MatroskaExtReader

@@ -1,0 +1,125 @@
+// The reader's file object: one byte source, one read position, the parsed document and what is derived from
+// it.
+//
+// Every read is one DataSource::readAt at the current position; nothing is read ahead and no bytes are
+// cached, so the source is expected to cache. The object has no lock: one thread at a time, which the media
+// sources' mutex provides. A source whose getSize fails or answers a negative number has an unknown length:
+// navigation then takes the largest signed 64-bit length, and whether a payload can be delivered is found by
+// reading its last byte.
+#pragma once
+
+#include <utils/Errors.h>
+#include <utils/String8.h>
+#include <media/stagefright/DataSource.h>
+
+#include <stdint.h>
+
+#include <unordered_map>
+#include <vector>
+
+#include "matroska/SubtitleQueue.h"
+#include "matroska/reader/BlockRuns.h"
+#include "matroska/reader/CheckedMath.h"
+#include "matroska/reader/ElementIds.h"
+#include "matroska/reader/Inflate.h"
+#include "matroska/reader/Limits.h"
+#include "matroska/reader/Losses.h"
+#include "matroska/reader/MatroskaElements.h"
+#include "matroska/reader/Node.h"
+
+namespace MatroskaExtReader {
+
+// One entry of the sync index.
+struct IndexItem {
+    int64_t Time;       // microseconds
+    uint64_t Position;  // of a Cluster, in bytes from the Segment's data start
+};
+
+class CMatroskaFile {
+  public:
+    // Asks the source for its size once and reads nothing.
+    explicit CMatroskaFile(const android::sp<android::DataSource>& source);
+    ~CMatroskaFile();
+    CMatroskaFile(const CMatroskaFile&) = delete;
+    CMatroskaFile& operator=(const CMatroskaFile&) = delete;
+
+    // ---- bytes ----
+    // `n` bytes at the position, which moves by what the source delivered. A short read is a failure.
+    Result Read(uint8_t* buffer, uint32_t n) {
+        const ssize_t got = mSource->readAt(static_cast<off64_t>(mPosition), buffer, n);
+        if (got > 0) mPosition += static_cast<uint64_t>(got);
+        return got == static_cast<ssize_t>(n) ? kOk : kFailure;
+    }
+    // One big-endian value of T's width.
+    template <typename T>
+    Result Read(T& value);
+    void SeekTo(uint64_t position) { mPosition = position; }
+    uint64_t Position() const { return mPosition; }
+    // Of the source, as navigation takes it; see HasKnownLength.
+    uint64_t Length() const { return mLength; }
+    bool HasKnownLength() const { return mHasKnownLength; }
+    // Can the source deliver `size` bytes from `position`? May read one byte; leaves the position alone.
+    bool CanDeliver(uint64_t position, uint64_t size) const;
+
+    // ---- document ----
+    // The EBML header and the head of every Segment below `root`.
+    Result Parse(CMatroskaNode* root);
+    // Opens the document: Parse, the Segment node, the facts of every track, the master track.
+    Result Init();
+    uint32_t GetTrackCnt() const;
+    // The entry with that TrackNumber, or null. Of several Tracks elements the last one that has it answers,
+    // within one element the first entry. Costs the same however many tracks there are.
+    TrackEntry* FindTrack(uint32_t number) const;
+
+    // ---- sync index ----
+    // Makes a Cue from a visit of every Cluster, for a file without Cues.
+    void RebuildIndex();
+    // Fills and sorts the index from all Cues.
+    android::status_t BuildIndexForSync();
+    const std::vector<IndexItem>& Index() const { return mIndex; }
+
+    // ---- parts ----
+    EBML Header;
+    MatroskaExtReader::Segment Segment;
+    android::SubtitleQueue Subtitles;
+    BlockRunCache Blocks;
+
+    CMatroskaNode* SegmentNode() const { return mSegmentNode.get(); }
+    uint32_t MasterTrack() const { return mMasterTrack; }
+    uint64_t TimecodeScale() const { return Segment.Info.TimecodeScale.Get(); }
+    // Timecode units to microseconds, in wrapping unsigned 64-bit arithmetic.
+    uint64_t ToMicroseconds(uint64_t units) const {
+        return MultiplyWrappingDivide(units, TimecodeScale(), 1000);
+    }
+    Inflater& SharedInflater() { return mInflater; }
+
+    // ---- limits and losses ----
+    // Counts one more object of a kind of which `limit` may be kept; false, with a loss, beyond that.
+    bool Admit(uint32_t& counter, uint32_t limit, uint64_t position);
+    // The same for the bytes of a string or binary that the model keeps.
+    bool AdmitBytes(uint64_t position, uint64_t size);
+    struct Counters {
+        uint32_t tracks = 0, seekEntries = 0, chapterObjects = 0, attachedFiles = 0;
+        uint32_t contentEncodings = 0, clusterObjects = 0, chapterDepth = 0;
+    } Counts;
+    MatroskaExtReader::Losses Losses;
+
+  private:
+    friend class ChildWalk;
+
+    void IndexTracks();
+
+    android::sp<android::DataSource> mSource;
+    uint64_t mPosition;
+    uint64_t mLength;
+    bool mHasKnownLength;
+    android::sp<CMatroskaNode> mSegmentNode;
+    uint32_t mMasterTrack;
+    std::vector<IndexItem> mIndex;                              // ascending by Time
+    std::unordered_map<uint32_t, TrackEntry*> mTracksByNumber;  // entries are owned by the Segment
+    uint64_t mKeptBytes;
+    std::vector<android::sp<CMatroskaNode>> mSpareNodes;  // for ChildWalk
+    Inflater mInflater;
+};
+
+}  // namespace MatroskaExtReader

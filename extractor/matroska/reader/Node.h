@@ -1,0 +1,114 @@
+// A reference-counted cursor on one EBML element (RFC 8794): its ID, size and place, and how to reach its
+// children and siblings.
+//
+// Positions are absolute byte offsets. A walk always moves forward and never leaves the parent: for
+// navigation an element's end is the parent's end where its own lies past that or past 2^63. The payload size
+// stays the element's own. What a node needs to know of its parent it copies when it is made, so no cursor
+// depends on another's life. Nodes share the file's one read position: one thread at a time per file.
+#pragma once
+
+#include <utils/RefBase.h>
+
+#include <stdint.h>
+
+#include "matroska/reader/Values.h"
+
+namespace MatroskaExtReader {
+
+class CMatroskaFile;
+
+class CMatroskaNode : public android::RefBase {
+  public:
+    // The root: the whole file as one element without a header. Reads nothing.
+    explicit CMatroskaNode(CMatroskaFile* file);
+    // A child of `parent`, decoded at the file's current position; see IsValid.
+    explicit CMatroskaNode(const CMatroskaNode* parent);
+
+    // Decodes the header at the file's position. Nothing is known of the element after a failure.
+    Result Parse();
+
+    void SeekTo(int64_t position);
+    int64_t GetPos() const;
+    int64_t GetLength() const;
+    Result Read(uint8_t* buffer, uint32_t size);
+
+    android::sp<CMatroskaNode> Copy() const;
+
+    // The first child (`id` 0), or the first child with `id`: through the SeekHead in a Segment, else by
+    // walking when `scan` is set. Null when there is none.
+    android::sp<CMatroskaNode> Child(uint32_t id, bool scan) const;
+    // Moves this node to the next sibling, or to the next one with the same ID. False at the parent's end.
+    bool Next(bool sameId);
+    // The absolute position of the first SeekHead entry for `id` at or behind `from`; 0 when there is none.
+    uint64_t FindPos(uint32_t id, int64_t from) const;
+
+    // The first block element (BlockGroup or SimpleBlock) of this Cluster; null when there is none.
+    android::sp<CMatroskaNode> GetFirstBlock() const;
+    // Moves this node to the next block element of its Cluster.
+    bool NextBlock();
+
+    bool IsValid() const { return mId.IsSet() && mSize.IsSet(); }
+    uint32_t Id() const { return static_cast<uint32_t>(mId.Get()); }
+    uint64_t Size() const { return mSize.Get(); }
+    uint64_t HeaderStart() const { return mHeaderStart; }
+    uint64_t DataStart() const { return mDataStart; }
+    CMatroskaFile* File() const { return mFile; }
+    bool IsBlockElement() const;
+    // The size field held the marker of an unknown size.
+    bool HasUnknownSize() const { return mSize.IsUnknown(); }
+
+    // Where the element's own size puts its end, not past 2^63.
+    uint64_t PayloadEnd() const;
+    // Where navigation takes the end to be: within the parent and, for a Cluster of unknown size, where a
+    // level-1 element begins among its children (that is looked for on the first call).
+    uint64_t End() const;
+    // Spares a Cluster of unknown size the search, where a walk over its blocks has found the end already.
+    void KnowOpenEnd(uint64_t end) { mOpenEnd = end; }
+
+  private:
+    friend class ChildWalk;
+
+    // What navigation needs to know of the enclosing element.
+    struct Parent {
+        bool mPresent = false;
+        uint32_t mId = 0;
+        uint64_t mEnd = 0;
+        bool mIsOpenCluster = false;  // a Cluster of unknown size: a level-1 ID ends it
+    };
+
+    void BecomeFirstChildOf(const CMatroskaNode* parent);
+    void BecomeChildOf(const CMatroskaNode* parent);
+    bool Find(uint32_t id, bool scan);
+    bool FinishStep();
+    bool Resync();
+    uint64_t FindOpenClusterEnd() const;
+
+    CMatroskaFile* mFile;  // not owned
+    Parent mParent;
+    CID mId;
+    CLength mSize;
+    uint64_t mHeaderStart;
+    uint64_t mDataStart;
+    mutable uint64_t mOpenEnd;  // the found end of a Cluster of unknown size; 0 until it was looked for
+};
+
+// A walk over the children of one element, in file order, on a node that is borrowed from the file: walks
+// cost no allocation, however many masters a file has. Children must not be kept beyond the walk.
+class ChildWalk {
+  public:
+    explicit ChildWalk(CMatroskaNode* parent);
+    ~ChildWalk();
+    ChildWalk(const ChildWalk&) = delete;
+    ChildWalk& operator=(const ChildWalk&) = delete;
+
+    // False when the element has no child with a readable header.
+    bool HasChild() const { return mHasChild; }
+    CMatroskaNode* Node() const { return mNode.get(); }
+    bool Next() { return mNode->Next(false); }
+
+  private:
+    android::sp<CMatroskaNode> mNode;
+    bool mHasChild;
+};
+
+}  // namespace MatroskaExtReader

@@ -1,0 +1,73 @@
+// The sync index: from the Cues, or from a visit of every Cluster where there are none.
+#include <algorithm>
+
+#include "matroska/reader/MatroskaReader.h"
+
+namespace MatroskaExtReader {
+
+namespace {
+
+// Deliberate: the Duration that a scan leaves has the precision of a single-precision float.
+double RoundedToSingle(uint64_t units) {
+    return static_cast<double>(static_cast<float>(units));
+}
+
+bool IsEarlier(const IndexItem& a, const IndexItem& b) {
+    return a.Time < b.Time;
+}
+
+// Strictly descending by Time.
+bool IsDescending(const std::vector<IndexItem>& items) {
+    for (size_t i = 1; i < items.size(); ++i) {
+        if (items[i].Time >= items[i - 1].Time) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void CMatroskaFile::RebuildIndex() {
+    Segment.Info.Duration.Set(0.0);
+    const uint64_t master = Segment.GetMasterTrack();
+    AutoPtr<Cue> cue = new Cue;
+    cue->IsSynthesised = true;
+    const android::sp<CMatroskaNode> root = new CMatroskaNode(this);
+    const android::sp<CMatroskaNode> segment = root->Child(id::kSegment, true);
+    android::sp<CMatroskaNode> node;
+    if (segment != nullptr) node = segment->Child(id::kCluster, true);
+    while (node != nullptr) {  // bounded: every step moves forward
+        if (cue->Points.size() >= limit::kCuePoints) {
+            Losses.Add(LossKind::kLimit, node->HeaderStart(), 0);
+            break;
+        }
+        AutoPtr<Cluster> cluster = new Cluster;
+        (void)cluster->ParseTimeCode(node.get());
+        const uint64_t time = cluster->Timecode.Get();
+        Segment.Info.Duration.Set(RoundedToSingle(time));
+        cue->AddPoint(time, master, node->HeaderStart() - Segment.DataStart);
+        if (!node->Next(true)) break;
+    }
+    Segment.Cues.Append(cue);
+}
+
+android::status_t CMatroskaFile::BuildIndexForSync() {
+    mIndex.clear();
+    for (const AutoPtr<Cue>& cue : Segment.Cues) {
+        mIndex.reserve(mIndex.size() + cue->Points.size());
+        for (size_t i = cue->Points.size(); i-- > 0;) {
+            const CuePoint& point = cue->Points[i];
+            if (point.PositionCount == 0) continue;  // names no place
+            const uint64_t position = cue->PositionsOf(point)[0].CueClusterPosition;
+            mIndex.push_back(IndexItem{static_cast<int64_t>(ToMicroseconds(point.CueTime)), position});
+        }
+    }
+    // Cues in their usual order arrive here backwards.
+    if (IsDescending(mIndex)) {
+        std::reverse(mIndex.begin(), mIndex.end());
+    } else {
+        std::stable_sort(mIndex.begin(), mIndex.end(), IsEarlier);
+    }
+    return android::OK;
+}
+
+}  // namespace MatroskaExtReader

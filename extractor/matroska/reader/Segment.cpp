@@ -1,0 +1,163 @@
+// The Segment: its full and its minimal walk, SeekHead, Info, and what is answered from them.
+#include "matroska/reader/MatroskaReader.h"
+#include "matroska/reader/ParseChildren.h"
+
+namespace MatroskaExtReader {
+
+Result EBML::Parse(CMatroskaNode* node) {
+    static const ChildRow<EBML> kRows[] = {
+        {id::kEbmlVersion, &EBML::EBMLVersion},
+        {id::kEbmlReadVersion, &EBML::EBMLReadVersion},
+        {id::kEbmlMaxIdLength, &EBML::EBMLMaxIDLength},
+        {id::kEbmlMaxSizeLength, &EBML::EBMLMaxSizeLength},
+        {id::kDocType, &EBML::DocType},
+        {id::kDocTypeVersion, &EBML::DocTypeVersion},
+        {id::kDocTypeReadVersion, &EBML::DocTypeReadVersion},
+    };
+    return ParseChildren(*this, node, kRows);
+}
+
+Result SeekHead::Parse(CMatroskaNode* node) {
+    static const ChildRow<SeekHead> kRows[] = {
+        {id::kSeekId, &SeekHead::SeekID},
+        {id::kSeekPosition, &SeekHead::SeekPosition},
+    };
+    return ParseChildren(*this, node, kRows);
+}
+
+Result Seek::Parse(CMatroskaNode* node) {
+    return VisitChildren(node, [this](CMatroskaNode* child) {
+        CMatroskaFile* file = child->File();
+        if (child->Id() == id::kSeek &&
+            file->Admit(file->Counts.seekEntries, limit::kSeekEntries, child->HeaderStart())) {
+            (void)Entries.Parse(child);
+        }
+        return true;
+    });
+}
+
+Result Info::Parse(CMatroskaNode* node) {
+    static const ChildRow<MatroskaExtReader::Info> kRows[] = {
+        {id::kSegmentUid, &Info::SegmentUID},
+        {id::kPrevUid, &Info::PrevUID},
+        {id::kNextUid, &Info::NextUID},
+        {id::kSegmentFilename, &Info::SegmentFilename},
+        {id::kPrevFilename, &Info::PrevFilename},
+        {id::kNextFilename, &Info::NextFilename},
+        {id::kTimecodeScale, &Info::TimecodeScale},
+        {id::kDuration, &Info::Duration},
+        {id::kDateUtc, &Info::DateUTC},
+        {id::kTitle, &Info::Title},
+        {id::kMuxingApp, &Info::MuxingApp},
+        {id::kWritingApp, &Info::WritingApp},
+    };
+    return ParseChildren(*this, node, kRows);
+}
+
+Result Segment::Parse(CMatroskaNode* node) {
+    static const ChildRow<Segment> kRows[] = {
+        {id::kSeekHead, [](Segment& s, CMatroskaNode* child) { return s.SeekHeads.Parse(child); }},
+        {id::kInfo, [](Segment& s, CMatroskaNode* child) { return s.Info.Parse(child); }},
+        {id::kCluster, [](Segment& s, CMatroskaNode* child) { return s.Clusters.Parse(child); }},
+        {id::kTracks, [](Segment& s, CMatroskaNode* child) { return s.Tracks.Parse(child); }},
+        {id::kCues, [](Segment& s, CMatroskaNode* child) { return s.Cues.Parse(child); }},
+        {id::kAttachments, [](Segment& s, CMatroskaNode* child) { return s.Attachments.Parse(child); }},
+        {id::kChapters, [](Segment& s, CMatroskaNode* child) { return s.Chapters.Parse(child); }},
+    };
+    if (node == nullptr) return kNullNode;
+    DataStart = node->DataStart();
+    Size = node->Size();
+    return ParseChildren(*this, node, kRows);
+}
+
+Result Segment::ParseMinimal(CMatroskaNode* node) {
+    if (node == nullptr) return kNullNode;
+    DataStart = node->DataStart();
+    Size = node->Size();
+    const int headElements = ParseHead(node);
+    FollowSeekHeads(node);
+    if (headElements >= 3) ParseBehindClusters(node);
+    return kOk;
+}
+
+// Reads Info, SeekHead and Tracks where they come before the Clusters, and Cues met on the way. Answers how
+// many of the three kinds it read. The walk ends early once three were read and Tracks is among them.
+int Segment::ParseHead(CMatroskaNode* node) {
+    int count = 0;
+    bool hasTracks = false;
+    (void)VisitChildren(node, [&](CMatroskaNode* child) {
+        switch (child->Id()) {
+            case id::kInfo:
+                (void)Info.Parse(child);
+                ++count;
+                break;
+            case id::kSeekHead:
+                (void)SeekHeads.Parse(child);
+                ++count;
+                break;
+            case id::kTracks:
+                (void)Tracks.Parse(child);
+                hasTracks = true;
+                ++count;
+                break;
+            case id::kCues:
+                (void)Cues.Parse(child);
+                break;
+            default:
+                break;
+        }
+        return !(count > 2 && hasTracks);
+    });
+    return count;
+}
+
+// SeekHeads that a SeekHead names, as long as they lie further on in the file.
+void Segment::FollowSeekHeads(CMatroskaNode* node) {
+    CMatroskaFile* file = node->File();
+    AutoPtr<CMatroskaNode> further = node->Copy();
+    for (uint32_t followed = 0; followed < limit::kFollowedSeekHeads; ++followed) {
+        const uint64_t position = node->FindPos(id::kSeekHead, static_cast<int64_t>(file->Position()));
+        if (position == 0) return;
+        file->SeekTo(position);
+        further = new CMatroskaNode(node);
+        if (!further->IsValid() || further->Id() != id::kSeekHead) return;
+        (void)SeekHeads.Parse(further.get());
+    }
+}
+
+// Cues, Chapters and Attachments, where they were not met yet and the SeekHead leads to them.
+void Segment::ParseBehindClusters(CMatroskaNode* node) {
+    AutoPtr<CMatroskaNode> child;
+    if (Cues.isEmpty() && (child = node->Child(id::kCues, false)) != nullptr) {
+        do {  // bounded: every step moves forward
+            (void)Cues.Parse(child.get());
+        } while (child->Next(true));
+    }
+    if (Chapters.isEmpty() && (child = node->Child(id::kChapters, false)) != nullptr) {
+        (void)Chapters.Parse(child.get());
+    }
+    if (Attachments.isEmpty() && (child = node->Child(id::kAttachments, false)) != nullptr) {
+        (void)Attachments.Parse(child.get());
+    }
+}
+
+uint64_t Segment::GetDuration() const {
+    return SaturatingUint64(static_cast<double>(Info.TimecodeScale.Get()) * Info.Duration.Get());
+}
+
+uint64_t Segment::GetMasterTrack() const {
+    uint64_t firstAudio = 0;
+    for (const AutoPtr<Track>& tracks : Tracks) {
+        for (const AutoPtr<TrackEntry>& entry : tracks->Entries) {
+            const uint64_t number = entry->TrackNumber.Get();
+            if (entry->TrackType.Get() == kTrackTypeVideo) {
+                if (number != 0) return number;
+                break;  // the first video track speaks for its Tracks element
+            }
+            if (entry->TrackType.Get() == kTrackTypeAudio && firstAudio == 0) firstAudio = number;
+        }
+    }
+    return firstAudio != 0 ? firstAudio : 1;
+}
+
+}  // namespace MatroskaExtReader

@@ -4,8 +4,6 @@
 
 #include <stdlib.h>
 
-#include <utility>
-
 #include <host/AllocationLimit.h>
 #include <media/stagefright/MetaData.h>
 #include <media/stagefright/foundation/ABuffer.h>
@@ -67,7 +65,7 @@ MediaBuffer::~MediaBuffer() {
     CHECK(mObserver == NULL);
     if (mOwnsData) free(mData);
     if (mOriginal != nullptr) mOriginal->release();
-    ReturnMetaData(std::move(mMetaData));
+    ReturnMetaData(mMetaData);
 }
 
 void MediaBuffer::release() {
@@ -126,7 +124,9 @@ void MediaBuffer::setObserver(MediaBufferObserver* observer) {
 MediaBuffer* MediaBuffer::clone() {
     CHECK(mGraphicBuffer == NULL);
     MediaBuffer* copy = new MediaBuffer(mData, mSize);
+    ReturnMetaData(copy->mMetaData);
     copy->mMetaData = new MetaData(*mMetaData);
+    copy->mMetaData->incStrong(nullptr);
     add_ref();
     copy->mOriginal = this;
     return copy;

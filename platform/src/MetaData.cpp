@@ -26,6 +26,17 @@ String8 FourCC(uint32_t key) {
     return String8(text);
 }
 
+// memcpy, with the usual sizes known to the compiler.
+void copyBytes(void* to, const void* from, size_t size) {
+    if (size == sizeof(uint64_t)) {
+        memcpy(to, from, sizeof(uint64_t));
+    } else if (size == sizeof(uint32_t)) {
+        memcpy(to, from, sizeof(uint32_t));
+    } else if (size > 0) {
+        memcpy(to, from, size);
+    }
+}
+
 template <typename T>
 T valueAt(const void* data, size_t index = 0) {
     T value;
@@ -34,6 +45,54 @@ T valueAt(const void* data, size_t index = 0) {
 }
 
 }  // namespace
+
+inline void MetaData::Item::store(uint32_t newType, const void* data, size_t newSize) {
+    void* to = bytes;
+    if (newSize > kInlineBytes) {
+        to = malloc(newSize);
+        CHECK(to != NULL);
+    }
+    copyBytes(to, data, newSize);
+    if (newSize > kInlineBytes) block = to;
+    type = newType;
+    size = newSize;
+}
+
+inline void MetaData::Item::release() {
+    if (size > kInlineBytes) free(block);
+    size = 0;
+}
+
+inline size_t MetaData::lowerBound(uint32_t key) const {
+    // Mostly there are two or three items, and a new key goes behind them.
+    size_t low = 0;
+    size_t high = mCount;
+    while (high - low > kInlineItems) {
+        const size_t middle = (low + high) / 2;
+        if (mItems[middle].key < key) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    while (low < high && mItems[low].key < key) ++low;
+    return low;
+}
+
+inline MetaData::Item* MetaData::insertAt(size_t index) {
+    if (mCount == mCapacity) {
+        const uint32_t capacity = mCapacity * 2;
+        Item* grown = static_cast<Item*>(malloc(capacity * sizeof(Item)));
+        CHECK(grown != NULL);
+        memcpy(grown, mItems, mCount * sizeof(Item));
+        if (mItems != mInline) free(mItems);
+        mItems = grown;
+        mCapacity = capacity;
+    }
+    for (size_t i = mCount; i > index; --i) mItems[i] = mItems[i - 1];
+    ++mCount;
+    return &mItems[index];
+}
 
 MetaData::MetaData() : mItems(mInline), mCount(0), mCapacity(kInlineItems) {}
 
@@ -51,23 +110,6 @@ MetaData::~MetaData() {
     if (mItems != mInline) free(mItems);
 }
 
-void MetaData::Item::store(uint32_t newType, const void* data, size_t newSize) {
-    void* to = bytes;
-    if (newSize > kInlineBytes) {
-        to = malloc(newSize);
-        CHECK(to != NULL);
-    }
-    if (newSize > 0) memcpy(to, data, newSize);
-    if (newSize > kInlineBytes) block = to;
-    type = newType;
-    size = newSize;
-}
-
-void MetaData::Item::release() {
-    if (size > kInlineBytes) free(block);
-    size = 0;
-}
-
 void MetaData::clear() {
     for (uint32_t i = 0; i < mCount; ++i) mItems[i].release();
     mCount = 0;
@@ -76,20 +118,6 @@ void MetaData::clear() {
         mItems = mInline;
         mCapacity = kInlineItems;
     }
-}
-
-size_t MetaData::lowerBound(uint32_t key) const {
-    size_t low = 0;
-    size_t high = mCount;
-    while (low < high) {
-        const size_t middle = (low + high) / 2;
-        if (mItems[middle].key < key) {
-            low = middle + 1;
-        } else {
-            high = middle;
-        }
-    }
-    return low;
 }
 
 const MetaData::Item* MetaData::find(uint32_t key) const {
@@ -102,21 +130,6 @@ const MetaData::Item* MetaData::findTyped(uint32_t key, uint32_t type, size_t si
     if (item == nullptr || item->type != type) return nullptr;
     CHECK_EQ(item->size, size);
     return item;
-}
-
-MetaData::Item* MetaData::insertAt(size_t index) {
-    if (mCount == mCapacity) {
-        const uint32_t capacity = mCapacity * 2;
-        Item* grown = static_cast<Item*>(malloc(capacity * sizeof(Item)));
-        CHECK(grown != NULL);
-        memcpy(grown, mItems, mCount * sizeof(Item));
-        if (mItems != mInline) free(mItems);
-        mItems = grown;
-        mCapacity = capacity;
-    }
-    memmove(mItems + index + 1, mItems + index, (mCount - index) * sizeof(Item));
-    ++mCount;
-    return &mItems[index];
 }
 
 bool MetaData::remove(uint32_t key) {

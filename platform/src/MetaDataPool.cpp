@@ -3,7 +3,6 @@
 #include <stddef.h>
 
 #include <atomic>
-#include <utility>
 
 #if defined(__has_feature)
 #define POOL_HAS_FEATURE(name) __has_feature(name)
@@ -23,50 +22,58 @@ constexpr bool kPooling = true;
 
 constexpr size_t kMaxPooled = 64;
 
+// Needs no construction and no destruction: buffers may come before and stay behind every other static
+// object. Each object in it has one strong reference, which is the pool's.
 struct Pool {
     std::atomic_flag busy = ATOMIC_FLAG_INIT;
     size_t count = 0;
-    sp<MetaData> items[kMaxPooled];
+    MetaData* items[kMaxPooled] = {};
 
     bool tryLock() { return !busy.test_and_set(std::memory_order_acquire); }
     void unlock() { busy.clear(std::memory_order_release); }
 };
 
-// Never destroyed: buffers may outlive this library's static objects.
-Pool& pool() {
-    static Pool& instance = *new Pool;
-    return instance;
-}
+Pool gPool;
 
-// Whether `metaData` is the only reference, and everything that former holders did to the object has
-// happened.
-bool isSoleReference(const sp<MetaData>& metaData) {
-    if (metaData->getStrongCount() != 1 || metaData->getWeakRefs()->getWeakCount() != 1) return false;
+// Whether the caller's reference is the only one, and everything that former holders did to the object has
+// happened. Every strong reference holds a weak one too, so counting those is enough.
+bool isSoleReference(const MetaData* metaData) {
+    if (metaData->getWeakRefs()->getWeakCount() != 1) return false;
 #if !defined(__SANITIZE_THREAD__) && !POOL_HAS_FEATURE(thread_sanitizer)  // which cannot follow fences
     std::atomic_thread_fence(std::memory_order_acquire);
 #endif
     return true;
 }
 
-}  // namespace
-
-sp<MetaData> TakeMetaData() {
-    Pool& stock = pool();
-    sp<MetaData> taken;
-    if (kPooling && stock.tryLock()) {
-        if (stock.count > 0) taken = std::move(stock.items[--stock.count]);
-        stock.unlock();
-    }
-    return taken != nullptr ? taken : sp<MetaData>(new MetaData);
+bool putIntoPool(MetaData* metaData) {
+    if (!gPool.tryLock()) return false;
+    const bool room = gPool.count < kMaxPooled;
+    if (room) gPool.items[gPool.count++] = metaData;
+    gPool.unlock();
+    return room;
 }
 
-void ReturnMetaData(sp<MetaData> metaData) {
-    if (!kPooling || !isSoleReference(metaData)) return;
-    metaData->clear();
-    Pool& stock = pool();
-    if (!stock.tryLock()) return;
-    if (stock.count < kMaxPooled) stock.items[stock.count++] = std::move(metaData);
-    stock.unlock();
+}  // namespace
+
+MetaData* TakeMetaData() {
+    MetaData* taken = nullptr;
+    if (kPooling && gPool.tryLock()) {
+        if (gPool.count > 0) taken = gPool.items[--gPool.count];
+        gPool.unlock();
+    }
+    if (taken == nullptr) {
+        taken = new MetaData;
+        taken->incStrong(nullptr);
+    }
+    return taken;
+}
+
+void ReturnMetaData(MetaData* metaData) {
+    if (kPooling && isSoleReference(metaData)) {
+        metaData->clear();
+        if (putIntoPool(metaData)) return;
+    }
+    metaData->decStrong(nullptr);
 }
 
 }  // namespace android

@@ -5,16 +5,14 @@
 // sanitizer, so that a use after release shows.
 #pragma once
 
-#include <utils/RefBase.h>
-
 #include <media/stagefright/MetaData.h>
 
 namespace android {
 
-// An empty MetaData that nobody else refers to.
-sp<MetaData> TakeMetaData();
+// An empty MetaData with one strong reference, the caller's.
+MetaData* TakeMetaData();
 
-// Takes an object back, or drops it when somebody else still refers to it.
-void ReturnMetaData(sp<MetaData> metaData);
+// Takes the caller's reference over: keeps the object, or lets go of it when somebody else still refers to it.
+void ReturnMetaData(MetaData* metaData);
 
 }  // namespace android

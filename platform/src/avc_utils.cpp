@@ -254,8 +254,8 @@ sp<MetaData> MakeAVCCodecSpecificData(const sp<ABuffer>& accessUnit) {
     FindAVCDimensions(seqParamSet, &width, &height, &sarWidth, &sarHeight);
 
     Nal pps;
-    const bool picParamSetFound = findNal(accessUnit, kNalPictureParameterSet, &pps);
-    CHECK(picParamSetFound);
+    const uint8_t* picParamSet = findNal(accessUnit, kNalPictureParameterSet, &pps) ? pps.bytes : NULL;
+    CHECK(picParamSet != NULL);
 
     sp<ABuffer> record = makeAvcRecord(sps, pps);
     sp<MetaData> meta = new MetaData;

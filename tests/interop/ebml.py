@@ -120,7 +120,7 @@ def _uint(b):
 
 
 def _float(b):
-    return {0: lambda: 0.0, 4: lambda: struct.unpack('>f', b)[0], 8: lambda: struct.unpack('>d', b)[0]}[len(b)]()
+    return struct.unpack({4: '>f', 8: '>d'}[len(b)], b)[0] if b else 0.0
 
 
 def _text(b):

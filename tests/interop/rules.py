@@ -183,7 +183,7 @@ def units(doc, track):
     return subtitle_units(doc, track) if track.type == SUBTITLE else frame_units(doc, track)
 
 
-# --- what `mkvx info` says -------------------------------------------------------------------------------------------
+# --- what `mkvx info` says -------------------------------------------------
 
 def language(track):
     if track.type == SUBTITLE or track.name:
@@ -209,8 +209,9 @@ def esds(config):
         return None
     inner = len(config) + len(descriptor_size(len(config)))
     outer = inner + 1 + len(descriptor_size(inner + 1))
+    object_type = b'\x40' if len(config) <= 127 else b'\x01'
     record = (b'\x03' + descriptor_size(outer + 17) + bytes(3) + b'\x04' + descriptor_size(inner + 14) +
-              (b'\x40' if len(config) <= 127 else b'\x01') + bytes(12) + b'\x05' + descriptor_size(len(config)) + config)
+              object_type + bytes(12) + b'\x05' + descriptor_size(len(config)) + config)
     return record[:outer + 18 + len(descriptor_size(outer + 14))]
 
 

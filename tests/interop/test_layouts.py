@@ -16,7 +16,7 @@ def no_cues(doc):
     return doc.count(ebml.CUES) == 0
 
 
-# --- lacing -------------------------------------------------------------------------------------------------------------
+# --- lacing -------------------------------------------------
 
 LACING = [
     ('as the muxer sees fit', [], lambda d: lacings(d) & {1, 2, 3}),
@@ -42,7 +42,7 @@ def test_fixed_size_laces(mux, check):
     assert 2 in lacings(doc)
 
 
-# --- content encodings --------------------------------------------------------------------------------------------------
+# --- content encodings -------------------------------------------------
 
 def test_zlib_on_every_track(mux, check):
     lines = mux.srt('zlib.srt', [(100, 400, 'first'), (500, 900, 'second')])
@@ -59,7 +59,7 @@ def test_stripped_headers(mux, check, stream, count):
     assert stream == 'mpeg4' or any(len(b.frames) > 1 for b in doc.blocks)
 
 
-# --- order, number and size of the level-1 elements -----------------------------------------------------------------------
+# --- order, number and size of the level-1 elements -------------------------------------------------
 
 def behind_clusters(element_id):
     return lambda d: d.first(element_id) > d.first(ebml.CLUSTER)
@@ -142,7 +142,7 @@ def test_tracks_rewritten_behind_the_clusters(mux, check):
     assert behind_clusters(ebml.TRACKS)(doc)
 
 
-# --- tracks ---------------------------------------------------------------------------------------------------------------
+# --- tracks -------------------------------------------------
 
 def test_track_numbers_of_two_bytes(mux, check):
     short = mux.path('short.mp3')

@@ -31,4 +31,14 @@ set(EXTRACTOR_SOURCES
   matroska/reader/TrackFacts.cpp
   matroska/reader/Tracks.cpp
   matroska/reader/Values.cpp
+  matroska/BlockCursor.cpp
+  matroska/FrameInspection.cpp
+  matroska/IteratorSeek.cpp
+  matroska/MatroskaExtExtractor.cpp
+  matroska/MatroskaExtIterator.cpp
+  matroska/MatroskaExtSource.cpp
+  matroska/PluginExports.cpp
+  matroska/SubtitleCollection.cpp
+  matroska/SubtitleQueue.cpp
+  matroska/TrackDiscovery.cpp
 )

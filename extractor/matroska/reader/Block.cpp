@@ -188,6 +188,7 @@ Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool
     if (!IsDeliverable(*file)) return Refuse(node, LossKind::kBeyondSource);
     file->SeekTo(DataPosition);
     FramesPosition = DataPosition;
+    const size_t firstSize = FrameSizes.size();  // a block that is parsed again has its sizes twice
     if (Lacing() == kLacingNone) {
         FrameSizes.push_back(DataSize);
     } else {
@@ -197,18 +198,19 @@ Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool
         FramesPosition = lacing.framesPosition;
         if (!lacing.isWhole) return Refuse(node, LossKind::kBadLacing);
     }
-    return sizesOnly || track == nullptr ? kOk : ReadFrames(node, *track);
+    return sizesOnly || track == nullptr ? kOk : ReadFrames(node, *track, firstSize);
 }
 
 // Reads each frame whole and undoes the track's encodings. What grew beyond the block's limit stays as
 // stored.
-Result SimpleBlock::ReadFrames(CMatroskaNode* node, const TrackEntry& track) {
+Result SimpleBlock::ReadFrames(CMatroskaNode* node, const TrackEntry& track, size_t firstSize) {
     CMatroskaFile* file = node->File();
     uint32_t roomLeft = limit::kRestoredBlockBytes;
     file->SeekTo(FramesPosition);
-    for (const uint64_t size : FrameSizes) {
+    for (size_t i = firstSize; i < FrameSizes.size(); ++i) {
         AutoPtr<CBinary> frame = new CBinary;
-        if (!frame->Resize(static_cast<uint32_t>(size))) return Refuse(node, LossKind::kRefusedAllocation);
+        if (!frame->Resize(static_cast<uint32_t>(FrameSizes[i])))
+            return Refuse(node, LossKind::kRefusedAllocation);
         if (Failed(file->Read(frame->data(), frame->size()))) return Refuse(node, LossKind::kBeyondSource);
         DecodedFrames.push_back(frame);
     }
@@ -278,6 +280,7 @@ Result SimpleBlock::ReadDecoded(CMatroskaNode* node, const TrackEntry& track, ui
     len = 0;
     if (DecodedFrames.empty() && Failed(ParseData(node, &track, false))) return kFailure;
     if (track.IsVorbis) {
+        if (DecodedFrames.empty()) return kFailure;  // a lace without frames
         const AutoPtr<CBinary> frame = DecodedFrames.front();
         DecodedFrames.erase(DecodedFrames.begin());
         if (!room.Put(frame->data(), frame->size())) return kFailure;

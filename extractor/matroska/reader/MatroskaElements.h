@@ -276,10 +276,17 @@ class Cue : public android::RefBase {
     std::vector<CueReference> References;
     bool IsSynthesised = false;  // made by a scan of the Clusters
 
+    // Whether the points' times, in the wrapping microseconds of CMatroskaFile::ToMicroseconds, never
+    // descend.
+    bool IsOrdered(const CMatroskaFile& file) const;
+
   private:
     Result ParsePoint(CMatroskaNode* node);
     Result ParsePosition(CMatroskaNode* node);
     Result ParseReference(CMatroskaNode* node);
+
+    enum Order { kUnknown, kOrdered, kUnordered };
+    mutable Order mOrder = kUnknown;
 };
 
 // ---- Chapters
@@ -367,6 +374,8 @@ class SimpleBlock {
 
     // The whole block lies within what the source can deliver and its size fits the interfaces.
     bool IsDeliverable(const CMatroskaFile& file) const;
+    // GetSize or ParseData found that the block cannot be delivered.
+    bool IsRefused() const { return mIsRefused; }
     bool IsKeyFrameFlagged() const { return (Flags.Get() & 0x80) != 0; }
     uint32_t Lacing() const { return (Flags.Get() >> 1) & 3; }
     // Makes the object as new, keeping its allocations.
@@ -386,7 +395,7 @@ class SimpleBlock {
                        uint32_t timeBase);
     Result ReadRestoringHeaders(CMatroskaNode* node, const TrackEntry& track, uint8_t* out, long& len);
     Result ReadPlain(CMatroskaNode* node, uint8_t* out, long& len);
-    Result ReadFrames(CMatroskaNode* node, const TrackEntry& track);
+    Result ReadFrames(CMatroskaNode* node, const TrackEntry& track, size_t firstSize);
     Result Refuse(CMatroskaNode* node, LossKind kind);
     uint64_t DecodedSize(const TrackEntry& track) const;
     uint64_t RestoredSize(const TrackEntry& track) const;

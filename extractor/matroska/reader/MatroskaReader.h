@@ -77,6 +77,9 @@ class CMatroskaFile {
     // Fills and sorts the index from all Cues.
     android::status_t BuildIndexForSync();
     const std::vector<IndexItem>& Index() const { return mIndex; }
+    // How many of the Cue's first points a look-up for `timeUs` has to go through, backwards: in an ordered
+    // list those at or before it, else all of them.
+    size_t CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const;
 
     // ---- parts ----
     EBML Header;

@@ -70,4 +70,23 @@ android::status_t CMatroskaFile::BuildIndexForSync() {
     return android::OK;
 }
 
+bool Cue::IsOrdered(const CMatroskaFile& file) const {
+    if (mOrder == kUnknown) {
+        const bool isOrdered =
+            std::is_sorted(Points.begin(), Points.end(), [&](const CuePoint& a, const CuePoint& b) {
+                return file.ToMicroseconds(a.CueTime) < file.ToMicroseconds(b.CueTime);
+            });
+        mOrder = isOrdered ? kOrdered : kUnordered;
+    }
+    return mOrder == kOrdered;
+}
+
+size_t CMatroskaFile::CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const {
+    if (!cue.IsOrdered(*this)) return cue.Points.size();
+    const auto behind = std::upper_bound(
+        cue.Points.begin(), cue.Points.end(), timeUs,
+        [this](uint64_t time, const CuePoint& point) { return time < ToMicroseconds(point.CueTime); });
+    return static_cast<size_t>(behind - cue.Points.begin());
+}
+
 }  // namespace MatroskaExtReader

@@ -1,0 +1,128 @@
+#define LOG_TAG "MatroskaExtExtractor"
+#include "matroska/MatroskaExtExtractor.h"
+
+#include <android/log.h>
+#include <media/stagefright/DataSource.h>
+#include <string.h>
+#include <strings.h>
+
+#include "matroska/FatalCheck.h"
+#include "matroska/MatroskaExtIterator.h"
+#include "matroska/MatroskaExtSource.h"
+#include "utils/CodecConfig.h"
+#include "utils/MimeTypes.h"
+
+namespace android {
+
+using namespace MatroskaExtReader;
+
+namespace {
+
+constexpr int kThumbnailCheckLine = 1276;
+
+}  // namespace
+
+MatroskaExtExtractor::MatroskaExtExtractor(const sp<DataSource>& source)
+    : mFile(new CMatroskaFile(source)), mThumbnailsFound(false), mSubtitleCount(0) {
+    if (Failed(mFile->Init())) return;
+    BuildIndex(source);
+    addTracks();
+}
+
+MatroskaExtExtractor::~MatroskaExtExtractor() {
+    mFile.reset();
+}
+
+// A source that caches what it fetches over a network is not made to visit every Cluster.
+void MatroskaExtExtractor::BuildIndex(const sp<DataSource>& source) {
+    if ((source->flags() & DataSource::kIsCachingDataSource) != 0) {
+        __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "mkv http source");
+        return;
+    }
+    if (mFile->Segment.Cues.isEmpty()) mFile->RebuildIndex();
+    (void)mFile->BuildIndexForSync();
+}
+
+void MatroskaExtExtractor::addTracks() {
+    for (const AutoPtr<Track>& tracks : mFile->Segment.Tracks) {
+        for (const AutoPtr<TrackEntry>& entry : tracks->Entries) AddTrack(*entry);
+    }
+}
+
+// Deliberate: a subtitle track never counts into mSubtitleCount. The count was meant for subtitle tracks that
+// come through the codec tables, and none does; the merging of events depends on its staying 0.
+void MatroskaExtExtractor::AddTrack(const TrackEntry& entry) {
+    const DiscoveredTrack track = DiscoverTrack(mFile.get(), entry);
+    if (track.mDrop != DropReason::kNone) {
+        mDroppedTracks.push_back(DroppedTrack{entry.TrackNumber.Get(), entry.Position, track.mDrop});
+        return;
+    }
+    mTracks.push();
+    TrackInfo* info = &mTracks.editItemAt(mTracks.size() - 1);
+    info->mTrackNum = static_cast<uint32_t>(entry.TrackNumber.Get());
+    info->mMeta = track.mMeta;
+    info->mType = static_cast<uint32_t>(entry.TrackType.Get());
+    if (track.mNeedsFirstFrame) UseHeadersOfFirstFrame(info);
+}
+
+// MPEG-4 visual whose CodecPrivate is only a bitmap header: the configuration stands at the start of the
+// first frame, which is then delivered without it.
+void MatroskaExtExtractor::UseHeadersOfFirstFrame(TrackInfo* info) {
+    MatroskaExtIterator iterator(mFile.get(), 0, 0, info->mTrackNum, nullptr);
+    long long position;
+    unsigned int size;
+    const std::unique_ptr<unsigned char[]> frame(iterator.getM4vExtraInfo(position, size));
+    info->mExtraPos = position;
+    info->mExtraSize = size;
+    if (frame != nullptr) AddESDSFromSpecificInfo(info->mMeta, frame.get(), size);
+}
+
+size_t MatroskaExtExtractor::countTracks() {
+    return mTracks.size();
+}
+
+sp<MediaSource> MatroskaExtExtractor::getTrack(size_t index) {
+    if (index >= mTracks.size()) return nullptr;
+    const TrackInfo& info = mTracks[index];
+    return new MatroskaExtSource(this, info.mExtraPos, info.mExtraSize, static_cast<unsigned int>(index),
+                                 &mLock, info.mType);
+}
+
+sp<MetaData> MatroskaExtExtractor::getTrackMetaData(size_t index, uint32_t flags) {
+    if (index >= mTracks.size()) return nullptr;
+    if ((flags & kIncludeExtensiveMetaData) != 0 && !mThumbnailsFound) {
+        findThumbnails();
+        mThumbnailsFound = true;
+    }
+    return mTracks[index].mMeta;
+}
+
+sp<MetaData> MatroskaExtExtractor::getMetaData() {
+    const CNode<Track>& tracks = mFile->Segment.Tracks;
+    const char* mime = MEDIA_MIMETYPE_CONTAINER_MATROSKA;
+    if (strcmp(mFile->Header.DocType.c_str(), "webm") == 0) {
+        mime = MEDIA_MIMETYPE_CONTAINER_WEBM;
+    } else if (tracks.size() == 1 && tracks[0]->Entries.size() == 1 &&
+               tracks[0]->Entries[0]->TrackType.Get() == kTrackTypeAudio) {
+        mime = MEDIA_MIMETYPE_CONTAINER_MKA;
+    }
+    sp<MetaData> meta = new MetaData;
+    meta->setCString(kKeyMIMEType, mime);
+    return meta;
+}
+
+// The first video track gets a quarter of the duration; no frame is looked at.
+void MatroskaExtExtractor::findThumbnails() {
+    for (size_t i = 0; i < mTracks.size(); ++i) {
+        const char* mime;
+        if (!mTracks[i].mMeta->findCString(kKeyMIMEType, &mime)) {
+            FailCheck("info->mMeta->findCString(kKeyMIMEType, &mime)", kThumbnailCheckLine);
+        }
+        if (strncasecmp(mime, "video/", 6) != 0) continue;
+        const uint64_t durationUs = static_cast<uint64_t>(DurationUs(*mFile));
+        mTracks[i].mMeta->setInt64(kKeyThumbnailTime, static_cast<int64_t>(durationUs >> 2));
+        return;
+    }
+}
+
+}  // namespace android

@@ -1,0 +1,227 @@
+// The block walk and the delivery of frames.
+#define LOG_TAG "MatroskaExtExtractor"
+#include "matroska/MatroskaExtIterator.h"
+
+#include <android/log.h>
+#include <media/stagefright/MediaBuffer.h>
+#include <media/stagefright/MediaErrors.h>
+#include <media/stagefright/MetaData.h>
+
+#include <algorithm>
+
+#include "matroska/MatroskaExtExtractor.h"
+#include "matroska/MetaDataKeys.h"
+
+namespace android {
+
+using namespace MatroskaExtReader;
+
+namespace {
+
+// A frame later than this may be skipped, to a sync point that is not further ahead than the slack allows.
+constexpr long long kTolerableLatenessUs = 400000;
+constexpr long long kSyncPointSlackUs = 100000;
+
+long long AddTimes(long long a, long long b) {
+    return static_cast<long long>(AddWrapping(static_cast<uint64_t>(a), static_cast<uint64_t>(b)));
+}
+
+}  // namespace
+
+MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlockPos, unsigned int stripSize,
+                                         unsigned int trackNumber, MatroskaExtExtractor* extractor)
+    : mFile(file),
+      mClusterTimecode(0),
+      mEOS(false),
+      mStripBlockPos(stripBlockPos),
+      mStripSize(stripSize),
+      mTrackNumber(trackNumber),
+      mIndexCursor(0),
+      mLastSubtitleTrack(-1),
+      mSubtitleMergeDecided(false),
+      mSubtitleMergeEnabled(true),
+      mExtractor(extractor) {}
+
+void MatroskaExtIterator::reset() {
+    mCluster = mFile->SegmentNode() != nullptr ? mFile->SegmentNode()->Child(id::kCluster, true) : nullptr;
+    mBlock.Clear();
+    ClearPending();
+    mEOS = false;
+}
+
+// ---- block walk
+// --------------------------------------------------------------------------------------------------
+
+bool MatroskaExtIterator::advance() {
+    while (StepToNextBlock()) {  // bounded: every step moves forward in the file
+        TakeBlock();
+        if (!mPendingBlocks.empty()) return true;
+    }
+    mEOS = true;
+    return false;
+}
+
+bool MatroskaExtIterator::StepToNextBlock() {
+    if (mCluster == nullptr || !mCluster->IsValid()) return false;
+    if (mBlock.IsValid() ? mBlock.MoveToNext(mFile, mCluster.get()) : EnterCluster()) return true;
+    do {  // bounded: every step moves forward in the file
+        mBlock.Clear();
+        // Whether the Segment goes on is judged by this iterator's own Cluster, never by the shared read
+        // position.
+        if (!mCluster->Next(true)) {
+            mCluster.clear();
+            return false;
+        }
+    } while (!EnterCluster());
+    return true;
+}
+
+// Takes up the Cluster's first block, and its Timecode where it has one.
+bool MatroskaExtIterator::EnterCluster() {
+    if (!mBlock.MoveToFirst(mFile, mCluster.get())) return false;
+    if (mBlock.HasTimecode()) mClusterTimecode = mBlock.ClusterTimecode();
+    return true;
+}
+
+// Makes the block that the walk stands on pending when it is this track's own. The master track's iterator
+// queues what belongs to a subtitle track; anything else is passed over.
+void MatroskaExtIterator::TakeBlock() {
+    const BlockHead& head = mBlock.Head();
+    if (head.trackNumber == mTrackNumber) {
+        AppendPending(head);
+        return;
+    }
+    if (!CollectsSubtitles() || head.trackNumber > UINT32_MAX) return;
+    const TrackEntry* track = mFile->FindTrack(static_cast<uint32_t>(head.trackNumber));
+    if (track == nullptr || track->SubtitleType == kSubtitleNone) return;
+    AutoPtr<BlockGroup> group = new BlockGroup;
+    head.Fill(*group);
+    (void)collectSubtitles(*group);  // an event that cannot be read is dropped
+}
+
+void MatroskaExtIterator::AppendPending(const BlockHead& head) {
+    AutoPtr<BlockGroup> group = mSpareBlock;
+    mSpareBlock.clear();
+    if (group == nullptr) group = new BlockGroup;
+    head.Fill(*group);
+    mPendingBlocks.push_back(group);
+}
+
+void MatroskaExtIterator::PopPending() {
+    mSpareBlock = mPendingBlocks.front();
+    mPendingBlocks.erase(mPendingBlocks.begin());
+}
+
+void MatroskaExtIterator::ClearPending() {
+    while (!mPendingBlocks.empty()) PopPending();
+}
+
+bool MatroskaExtIterator::HasPending() {
+    return !mPendingBlocks.empty() || (!mEOS && advance());
+}
+
+long long MatroskaExtIterator::BlockTimeUs(const BlockGroup& group) const {
+    const uint64_t units = AddWrapping(static_cast<uint64_t>(group.Block.TimeCode.Get()), mClusterTimecode);
+    return static_cast<long long>(mFile->ToMicroseconds(units));
+}
+
+long long MatroskaExtIterator::EndTimeUs(const BlockGroup& group) const {
+    const uint64_t duration = mFile->ToMicroseconds(group.BlockDuration.Get());
+    return AddTimes(BlockTimeUs(group), static_cast<long long>(duration));
+}
+
+const TrackEntry* MatroskaExtIterator::TrackOf(const BlockGroup& group) const {
+    const uint64_t number = group.Block.TrackNumber.Get();
+    return number > UINT32_MAX ? nullptr : mFile->FindTrack(static_cast<uint32_t>(number));
+}
+
+// ---- reading
+// -----------------------------------------------------------------------------------------------------
+
+status_t MatroskaExtIterator::read(MediaBuffer** out, const MediaSource::ReadOptions* options) {
+    *out = nullptr;
+    long long lateByUs = 0;
+    if (options != nullptr) {
+        int64_t seekTimeUs;
+        MediaSource::ReadOptions::SeekMode mode;
+        if (options->getSeekTo(&seekTimeUs, &mode)) ServeSeek(seekTimeUs);
+        lateByUs = options->getLateBy();
+    }
+    if (!HasPending() || !SkipWhenLate(lateByUs)) return ERROR_END_OF_STREAM;
+    return ReadPending(out);
+}
+
+// Seeks, and sets the index cursor on the first entry behind the target.
+void MatroskaExtIterator::ServeSeek(long long timeUs) {
+    seekToTime(timeUs);
+    const std::vector<IndexItem>& index = mFile->Index();
+    const auto behind =
+        std::upper_bound(index.begin(), index.end(), timeUs,
+                         [](long long time, const IndexItem& item) { return time < item.Time; });
+    mIndexCursor = static_cast<uint32_t>(behind - index.begin());
+}
+
+// Moves the index cursor along, and when the consumer is late jumps to the sync point there. At most one jump
+// a read. False when the jump ran off the end of the file.
+bool MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
+    const std::vector<IndexItem>& index = mFile->Index();
+    while (mIndexCursor < index.size()) {  // bounded: a second round has no lateness
+        const long long timeUs = BlockTimeUs(*mPendingBlocks.front());
+        if (index[mIndexCursor].Time < timeUs) ++mIndexCursor;
+        if (lateByUs <= kTolerableLatenessUs || mIndexCursor >= index.size()) break;
+        const IndexItem entry = index[mIndexCursor];
+        __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
+                            "something wrong? iLate = %lld, timeUs = %lld, curIndexTime = %lld", lateByUs,
+                            timeUs, static_cast<long long>(entry.Time));
+        if (AddTimes(AddTimes(lateByUs, timeUs), kSyncPointSlackUs) < entry.Time) break;
+        seekToPosition(static_cast<long long>(entry.Position), entry.Time);
+        lateByUs = 0;
+        ++mIndexCursor;
+        if (!HasPending()) return false;
+    }
+    return true;
+}
+
+status_t MatroskaExtIterator::ReadPending(MediaBuffer** out) {
+    const AutoPtr<BlockGroup> group = mPendingBlocks.front();
+    MediaBuffer* buffer = ReadBlock(*group);
+    const bool hasMoreFrames = buffer != nullptr && !group->Block.DecodedFrames.empty();
+    const TrackEntry* track = TrackOf(*group);
+    if (!(hasMoreFrames && track != nullptr && track->IsVorbis)) PopPending();
+    if (buffer == nullptr) return ERROR_END_OF_STREAM;
+    *out = buffer;
+    return OK;
+}
+
+MediaBuffer* MatroskaExtIterator::ReadBlock(BlockGroup& group) {
+    const TrackEntry* track = TrackOf(group);
+    const uint32_t size = group.Block.GetSize(AnyNode(), track);
+    if (group.Block.IsRefused()) return nullptr;
+    MediaBuffer* buffer = new MediaBuffer(size);
+    if (buffer->data() == nullptr &&
+        size != 0) {  // the allocation was refused, which the buffer does not say
+        mFile->Losses.Add(LossKind::kRefusedAllocation, group.Block.DataPosition, size);
+        buffer->release();
+        return nullptr;
+    }
+    const sp<MetaData> meta = buffer->meta_data();
+    meta->setInt64(kKeyTime, BlockTimeUs(group));
+    meta->setInt32(kKeyIsSyncFrame, group.IsKeyFrame() ? 1 : 0);
+    if (track != nullptr && track->SubtitleType != kSubtitleNone) {
+        meta->setInt64(kKeySubtitleEnd, EndTimeUs(group));
+    }
+    long sizeRead = static_cast<long>(size);
+    const Result result = group.Block.Read(AnyNode(), track, static_cast<uint8_t*>(buffer->data()), sizeRead,
+                                           static_cast<uint32_t>(mClusterTimecode));
+    if (Failed(result)) {  // here the reader's results become the framework's
+        buffer->release();
+        return nullptr;
+    }
+    const size_t length = static_cast<size_t>(sizeRead);
+    const bool isStripped = static_cast<int64_t>(group.Block.DataPosition) == mStripBlockPos;
+    const size_t offset = isStripped ? std::min<size_t>(mStripSize, length) : 0;
+    buffer->set_range(offset, length - offset);
+    return buffer;
+}
+
+}  // namespace android

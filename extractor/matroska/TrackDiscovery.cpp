@@ -1,0 +1,255 @@
+#define LOG_TAG "MatroskaExtExtractor"
+#include "matroska/TrackDiscovery.h"
+
+#include <android/log.h>
+#include <string.h>
+#include <strings.h>
+
+#include <memory>
+#include <new>
+#include <string>
+
+#include "matroska/AacProbe.h"
+#include "matroska/CodecPrivate.h"
+#include "matroska/MatroskaExtIterator.h"
+#include "matroska/MetaDataKeys.h"
+#include "utils/CodecConfig.h"
+#include "utils/CodecTags.h"
+#include "utils/MimeTypes.h"
+
+namespace android {
+
+using namespace MatroskaExtReader;
+
+namespace {
+
+std::string TextOf(const ByteBuffer& bytes) {
+    return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.TextLength());
+}
+
+// Deliberate: every name and language is handed out without its last byte.
+std::string WithoutLastByte(const char* text) {
+    const size_t length = strlen(text);
+    return std::string(text, length == 0 ? 0 : length - 1);
+}
+
+bool BeginsWith(const std::string& text, const char* prefix) {
+    return text.compare(0, strlen(prefix), prefix) == 0;
+}
+
+// Deliberate: the name of a track wins over its language. False when the track says neither.
+bool LanguageOf(const TrackEntry& entry, std::string* language) {
+    if (entry.Name.c_str()[0] != '\0') {
+        *language = WithoutLastByte(entry.Name.c_str());
+        return true;
+    }
+    if (entry.Language.c_str()[0] == '\0') return false;
+    *language = WithoutLastByte(entry.Language.c_str());
+    if (BeginsWith(*language, "ch")) {
+        *language = "\xE7\xAE\x80\xE4\xBD\x93\xE4\xB8\xAD\xE6\x96\x87";  // "Simplified Chinese" in Chinese
+    } else if (BeginsWith(*language, "en")) {
+        *language = "\xE8\x8B\xB1\xE6\x96\x87";  // "English" in Chinese
+    }
+    return true;
+}
+
+// Deliberate: each track of a file gets the whole file's average, where its own rate is not known.
+void EstimateBitRate(const CMatroskaFile& file, MetaData* meta) {
+    int32_t rate = 0;
+    (void)meta->findInt32(kKeyBitRate, &rate);
+    if (file.Segment.Tracks.size() != 1 || rate != 0) return;
+    const uint64_t duration = file.Segment.GetDuration();
+    const uint64_t length = file.HasKnownLength() ? file.Length() : 0;
+    const uint64_t estimate = duration == 0 ? 0 : MultiplyWrappingDivide(length, 8000000000u, duration);
+    meta->setInt32(kKeyBitRate, static_cast<int32_t>(estimate));
+}
+
+// Sets 'flag' and 'cdid' when the platform's optional library knows a decoder for the tag.
+bool UsePlatformCodec(uint32_t codecTag, MetaData* meta) {
+    const int codec = getCodecIDFromFourCC(codecTag);
+    if (codec <= 0) return false;
+    meta->setInt32(kKeyPlatformFlags, kPlatformFlagFrames);
+    meta->setInt32(kKeyPlatformCodec, codec);
+    return true;
+}
+
+// ---- audio
+// -------------------------------------------------------------------------------------------------------
+
+DropReason ConfigureAac(const TrackEntry& entry, const sp<MetaData>& meta) {
+    const ByteBuffer& config = entry.CodecPrivate;
+    if (config.size() >= 2) {
+        AacProbe probe;
+        if (probe.Probe(config.data(), config.size()) == AacProbe::Verdict::kUnsupportedFormat) {
+            (void)UsePlatformCodec(entry.FourCC, meta.get());
+        }
+        AddESDSFromSpecificInfo(meta, config.data(), config.size());
+        return DropReason::kNone;
+    }
+    if (config.data() != nullptr) return DropReason::kNone;  // too short to be used, but there
+
+    uint8_t made[2];
+    const uint32_t channels = static_cast<uint32_t>(entry.Audio.Channels.Get());
+    switch (MakeAacSpecificConfig(TextOf(entry.CodecID).c_str(), entry.Audio.SamplingFrequency.Get(),
+                                  channels, made)) {
+        case AacConfigVerdict::kNoProfile:
+            return DropReason::kAacNoProfile;
+        case AacConfigVerdict::kBadFrequency:
+            return DropReason::kAacFrequency;
+        case AacConfigVerdict::kBadProfile:
+            return DropReason::kAacProfile;
+        case AacConfigVerdict::kOk:
+            break;
+    }
+    AddESDSFromSpecificInfo(meta, made, sizeof(made));
+    return DropReason::kNone;
+}
+
+DropReason DescribeAudio(const TrackEntry& entry, const char* mime, const sp<MetaData>& meta) {
+    meta->setInt32(kKeySampleRate, SaturatingInt32(entry.Audio.SamplingFrequency.Get()));
+    meta->setInt32(kKeyChannelCount, static_cast<int32_t>(entry.Audio.Channels.Get()));
+    if (strcasecmp(mime, MEDIA_MIMETYPE_AUDIO_FLAC) == 0) {
+        meta->setInt32(kKeyPlatformFlags, kPlatformFlagFrames);
+    }
+    const ByteBuffer& config = entry.CodecPrivate;
+    if (strcmp(mime, MEDIA_MIMETYPE_AUDIO_AAC) == 0) return ConfigureAac(entry, meta);
+    if (strcmp(mime, MEDIA_MIMETYPE_AUDIO_VORBIS) == 0) {
+        addVorbis2CodecInfo(meta, config.data(), config.size());
+    } else if (strcmp(mime, MEDIA_MIMETYPE_AUDIO_LPCM) == 0) {
+        meta->setInt32(kKeyBitsPerSample, static_cast<int32_t>(entry.Audio.BitDepth.Get()));
+    } else {
+        AddESDSFromSpecificInfo(meta, config.data(), config.size());
+    }
+    return DropReason::kNone;
+}
+
+// ---- video
+// -------------------------------------------------------------------------------------------------------
+
+// A bitmap header made for the track, and the codec private behind it.
+void AddBitmapHeader(const TrackEntry& entry, const sp<MetaData>& meta) {
+    const ByteBuffer& config = entry.CodecPrivate;
+    const uint64_t size = kBitmapHeaderSize + uint64_t{config.size()};
+    const std::unique_ptr<uint8_t[]> record(size > UINT32_MAX ? nullptr : new (std::nothrow) uint8_t[size]);
+    if (record == nullptr) return;
+    WriteBitmapHeader(record.get(), static_cast<uint32_t>(entry.Video.PixelWidth.Get()),
+                      static_cast<uint32_t>(entry.Video.PixelHeight.Get()), entry.FourCC);
+    if (!config.empty()) memcpy(record.get() + kBitmapHeaderSize, config.data(), config.size());
+    AddESDSFromSpecificInfo(meta, record.get(), static_cast<unsigned int>(size));
+}
+
+// Cuts MPEG-4 headers out of the first frame. The codec table leads no track with these codec IDs here, since
+// both become "video/mp4v-es"; it stands for a table that does.
+void AddMpeg4Headers(CMatroskaFile* file, const TrackEntry& entry, const sp<MetaData>& meta) {
+    const std::string codecId = TextOf(entry.CodecID);
+    if (codecId != "V_MPEG4/ISO/ASP" && codecId != "V_MPEG4/ISO/SP") return;
+    const uint32_t number = static_cast<uint32_t>(entry.TrackNumber.Get());
+    MatroskaExtIterator iterator(file, 0, 0, number, nullptr);
+    const std::vector<uint8_t> headers = iterator.getMpeg4Headers();
+    if (!headers.empty()) meta->setData(kKeyMpeg4Headers, 0, headers.data(), headers.size());
+}
+
+void ConfigureWithoutPrivate(CMatroskaFile* file, const TrackEntry& entry, const char* mime,
+                             const sp<MetaData>& meta) {
+    if (strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_MPEG4) != 0) {
+        AddMpeg4Headers(file, entry, meta);
+    } else if (UsePlatformCodec(entry.FourCC, meta.get())) {
+        meta->setCString(kKeyMIMEType, MEDIA_MIMETYPE_VIDEO_FFMPEG);
+    }
+}
+
+DropReason ConfigureAvc(CMatroskaFile* file, const TrackEntry& entry, sp<MetaData>* meta) {
+    if (TextOf(entry.CodecID) != "V_MS/VFW/FOURCC") {
+        (*meta)->setData(kKeyAVCC, 0, entry.CodecPrivate.data(), entry.CodecPrivate.size());
+        return DropReason::kNone;
+    }
+    MatroskaExtIterator iterator(file, 0, 0, static_cast<uint32_t>(entry.TrackNumber.Get()), nullptr);
+    *meta = iterator.getH264ExtraInfo();
+    return *meta != nullptr ? DropReason::kNone : DropReason::kNoParameterSets;
+}
+
+DropReason DescribeVideo(CMatroskaFile* file, const TrackEntry& entry, const char* mime,
+                         DiscoveredTrack* track) {
+    const sp<MetaData> meta = track->mMeta;
+    meta->setInt32(kKeyWidth, static_cast<int32_t>(entry.Video.PixelWidth.Get()));
+    meta->setInt32(kKeyHeight, static_cast<int32_t>(entry.Video.PixelHeight.Get()));
+    const ByteBuffer& config = entry.CodecPrivate;
+    if (strcmp(mime, MEDIA_MIMETYPE_VIDEO_AVC) == 0) return ConfigureAvc(file, entry, &track->mMeta);
+    if (strcmp(mime, MEDIA_MIMETYPE_VIDEO_HEVC) == 0) {
+        meta->setData(kKeyHVCC, 0, config.data(), config.size());
+    } else if (strcmp(mime, MEDIA_MIMETYPE_VIDEO_MPEG1) == 0 ||
+               strcmp(mime, MEDIA_MIMETYPE_VIDEO_MPEG2) == 0 || strcmp(mime, MEDIA_MIMETYPE_VIDEO_MIX) == 0) {
+        AddBitmapHeader(entry, meta);
+    } else if (!config.empty()) {
+        AddESDSFromSpecificInfo(meta, config.data(), config.size());
+        track->mNeedsFirstFrame =
+            strcmp(mime, MEDIA_MIMETYPE_VIDEO_MPEG4) == 0 && NeedsExtraDataStep(config.data(), config.size());
+    } else {
+        ConfigureWithoutPrivate(file, entry, mime, meta);
+    }
+    return DropReason::kNone;
+}
+
+// ---- subtitles
+// ---------------------------------------------------------------------------------------------------
+
+DiscoveredTrack DiscoverSubtitle(const CMatroskaFile& file, const TrackEntry& entry) {
+    DiscoveredTrack track;
+    const char* mime = entry.SubtitleType == kSubtitleUtf8   ? MEDIA_MIMETYPE_SUBTITLE_UTF8
+                       : entry.SubtitleType == kSubtitleAss  ? MEDIA_MIMETYPE_SUBTITLE_ASS
+                       : entry.SubtitleType == kSubtitleAss2 ? MEDIA_MIMETYPE_SUBTITLE_ASS2
+                                                             : nullptr;
+    if (mime == nullptr) {
+        track.mDrop = DropReason::kSubtitleKind;
+        return track;
+    }
+    track.mMeta = new MetaData;
+    track.mMeta->setCString(kKeyMIMEType, mime);
+    track.mMeta->setInt64(kKeyDuration, DurationUs(file));
+    track.mMeta->setCString(kKeyMediaLanguage, WithoutLastByte(entry.Name.c_str()).c_str());
+    return track;
+}
+
+DropReason DescribeByType(CMatroskaFile* file, const TrackEntry& entry, const char* mime,
+                          DiscoveredTrack* track) {
+    switch (entry.TrackType.Get()) {
+        case kTrackTypeAudio:
+            return DescribeAudio(entry, mime, track->mMeta);
+        case kTrackTypeVideo:
+            return DescribeVideo(file, entry, mime, track);
+        default:
+            return DropReason::kTrackType;
+    }
+}
+
+}  // namespace
+
+int64_t DurationUs(const CMatroskaFile& file) {
+    return static_cast<int64_t>(AddWrapping(file.Segment.GetDuration(), 500) / 1000);
+}
+
+DiscoveredTrack DiscoverTrack(CMatroskaFile* file, const TrackEntry& entry) {
+    if (entry.TrackType.Get() == kTrackTypeSubtitle) return DiscoverSubtitle(*file, entry);
+    DiscoveredTrack track;
+    const char* mime = GetMimeType(entry.FourCC);
+    if (mime == nullptr) {
+        track.mDrop = DropReason::kUnmappedCodec;
+        return track;
+    }
+    __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "addTracks(mime): %s", mime);
+    track.mMeta = new MetaData;
+    track.mMeta->setCString(kKeyMIMEType, mime);
+    track.mMeta->setInt32(kKeyBitRate, static_cast<int32_t>(entry.AvgBytesPerSec * 8));
+    track.mDrop = DescribeByType(file, entry, mime, &track);
+    if (track.mDrop != DropReason::kNone) {
+        track.mMeta.clear();
+        return track;
+    }
+    track.mMeta->setInt64(kKeyDuration, DurationUs(*file));
+    EstimateBitRate(*file, track.mMeta.get());
+    std::string language;
+    if (LanguageOf(entry, &language)) track.mMeta->setCString(kKeyMediaLanguage, language.c_str());
+    return track;
+}
+
+}  // namespace android

@@ -31,13 +31,18 @@ status_t randomAccessSize(int fd, off64_t* size) {
     return OK;
 }
 
+// How many of `total` bytes lie at or behind `offset`; BAD_VALUE for a negative one.
+off64_t bytesBehind(off64_t offset, off64_t total) {
+    if (offset < 0) return BAD_VALUE;
+    return offset < total ? total - offset : 0;
+}
+
 // Copies the part of a `total` bytes long block that a read asks for.
 ssize_t copyFrom(const uint8_t* bytes, size_t total, off64_t offset, void* data, size_t size) {
-    if (offset < 0) return BAD_VALUE;
-    if (static_cast<uint64_t>(offset) >= total) return 0;
-    const size_t from = static_cast<size_t>(offset);
-    const size_t count = std::min({size, total - from, static_cast<size_t>(SSIZE_MAX)});
-    if (count > 0) memcpy(data, bytes + from, count);
+    const off64_t rest = bytesBehind(offset, static_cast<off64_t>(total));
+    if (rest <= 0) return static_cast<ssize_t>(rest);
+    const size_t count = std::min(size, static_cast<size_t>(rest));
+    if (count > 0) memcpy(data, bytes + offset, count);
     return static_cast<ssize_t>(count);
 }
 
@@ -62,7 +67,9 @@ PreadSource::~PreadSource() {
 
 ssize_t PreadSource::readAt(off64_t offset, void* data, size_t size) {
     if (mStatus != OK) return mStatus;
-    size = std::min(size, static_cast<size_t>(SSIZE_MAX));
+    const off64_t rest = bytesBehind(offset, mSize);
+    if (rest <= 0) return static_cast<ssize_t>(rest);
+    size = static_cast<size_t>(std::min<uint64_t>({size, static_cast<uint64_t>(rest), SSIZE_MAX}));
     size_t done = 0;
     // One call, save where a signal interrupts it or the kernel's limit for one (about 2 GiB) cuts it short.
     while (done < size) {
@@ -70,8 +77,8 @@ ssize_t PreadSource::readAt(off64_t offset, void* data, size_t size) {
                                       offset + static_cast<off64_t>(done));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return done > 0 ? static_cast<ssize_t>(done) : -errno;
+        if (count == 0) break;  // the file is shorter now
         done += static_cast<size_t>(count);
-        if (count == 0 || offset + static_cast<off64_t>(done) >= mSize) break;
     }
     return static_cast<ssize_t>(done);
 }

@@ -16,6 +16,7 @@ class MappedSource : public FlaggedSource {
     explicit MappedSource(const char* path);
 
     status_t initCheck() const override { return mStatus; }
+    // BAD_VALUE for a negative offset.
     ssize_t readAt(off64_t offset, void* data, size_t size) override;
     status_t getSize(off64_t* size) override;
     String8 getUri() override { return mPath; }

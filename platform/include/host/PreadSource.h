@@ -18,7 +18,8 @@ class PreadSource : public FlaggedSource {
     explicit PreadSource(int fd);
 
     status_t initCheck() const override { return mStatus; }
-    // Fewer bytes than asked for only at the file's end. A failure is a negated errno value.
+    // Fewer bytes than asked for only at the end, which is the size taken at first also when the file has
+    // grown. BAD_VALUE for a negative offset; another failure is a negated errno value.
     ssize_t readAt(off64_t offset, void* data, size_t size) override;
     status_t getSize(off64_t* size) override;
     // The path as given; empty for a descriptor.

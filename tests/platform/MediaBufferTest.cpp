@@ -1,0 +1,217 @@
+#include <gtest/gtest.h>
+
+#include <stdint.h>
+#include <string.h>
+
+#include <thread>
+#include <vector>
+
+#include <host/AllocationLimit.h>
+#include <media/stagefright/MediaBuffer.h>
+#include <media/stagefright/MediaSource.h>
+#include <media/stagefright/MetaData.h>
+#include <media/stagefright/foundation/ABuffer.h>
+#include <ui/GraphicBuffer.h>
+
+namespace android {
+namespace {
+
+// A group of one buffer, as a player's buffer pool would be.
+class Group : public MediaBufferObserver {
+  public:
+    void signalBufferReturned(MediaBuffer* buffer) override { returned.push_back(buffer); }
+    std::vector<MediaBuffer*> returned;
+};
+
+TEST(MediaBuffer, KindsOfData) {
+    uint8_t bytes[10] = {};
+    MediaBuffer* wrapping = new MediaBuffer(bytes, sizeof(bytes));
+    EXPECT_EQ(wrapping->data(), bytes);
+    wrapping->release();
+
+    MediaBuffer* owning = new MediaBuffer(1000);
+    ASSERT_NE(owning->data(), nullptr);
+    memset(owning->data(), 1, 1000);
+    EXPECT_EQ(owning->size(), 1000u);
+    EXPECT_EQ(owning->range_offset(), 0u);
+    EXPECT_EQ(owning->range_length(), 1000u);
+    owning->release();
+
+    sp<ABuffer> shared = new ABuffer(100);
+    shared->setRange(10, 50);
+    MediaBuffer* sharing = new MediaBuffer(shared);
+    EXPECT_EQ(sharing->data(), shared->base() + 10);
+    EXPECT_EQ(sharing->size(), 50u);
+    EXPECT_EQ(shared->getStrongCount(), 2);
+    sharing->release();
+    EXPECT_EQ(shared->getStrongCount(), 1);
+}
+
+TEST(MediaBuffer, RangeMovesNothingButTheRange) {
+    MediaBuffer* buffer = new MediaBuffer(100);
+    void* const data = buffer->data();
+    buffer->meta_data()->setInt32('key ', 1);
+    buffer->set_range(100, 0);
+    buffer->set_range(30, 70);
+    EXPECT_EQ(buffer->data(), data);
+    EXPECT_EQ(buffer->size(), 100u);
+    // The end is a plain sum: a range whose end wraps passes.
+    buffer->set_range(SIZE_MAX, 1);
+    EXPECT_EQ(buffer->range_offset(), SIZE_MAX);
+    buffer->reset();
+    EXPECT_EQ(buffer->range_offset(), 0u);
+    EXPECT_EQ(buffer->range_length(), 100u);
+    EXPECT_FALSE(buffer->meta_data()->hasData('key '));
+    EXPECT_DEATH(buffer->set_range(31, 70), "CHECK");
+    buffer->release();
+}
+
+TEST(MediaBuffer, ObserverGetsTheBufferBackAndKeepsIt) {
+    Group group;
+    MediaBuffer* buffer = new MediaBuffer(10);
+    EXPECT_EQ(buffer->refcount(), 0);
+    buffer->setObserver(&group);
+    buffer->add_ref();
+    buffer->add_ref();
+    buffer->release();
+    EXPECT_TRUE(group.returned.empty());
+    buffer->release();
+    EXPECT_EQ(group.returned, std::vector<MediaBuffer*>{buffer});
+    EXPECT_EQ(buffer->refcount(), 0);
+    EXPECT_DEATH(buffer->release(), "CHECK") << "released once too often";
+    EXPECT_DEATH(buffer->setObserver(&group), "CHECK") << "has one already";
+    buffer->setObserver(nullptr);
+    buffer->release();
+}
+
+TEST(MediaBufferDeathTest, ReleasesThatMustNotBe) {
+    MediaBuffer* counted = new MediaBuffer(10);
+    counted->add_ref();
+    EXPECT_DEATH(counted->release(), "CHECK_EQ\\( .*failed: 1 vs. 0") << "a count, but no observer";
+
+    Group group;
+    counted->setObserver(&group);
+    counted->release();
+    counted->setObserver(nullptr);
+    counted->release();
+
+    MediaBuffer* graphic = new MediaBuffer(sp<GraphicBuffer>(new GraphicBuffer));
+    EXPECT_EQ(graphic->range_length(), 1u);
+    EXPECT_DEATH(graphic->data(), "CHECK");
+    EXPECT_DEATH(graphic->size(), "CHECK");
+    graphic->release();
+}
+
+TEST(MediaBuffer, CloneSharesBytesAndCopiesTheRest) {
+    Group group;
+    MediaBuffer* original = new MediaBuffer(100);
+    original->setObserver(&group);
+    original->add_ref();
+    original->set_range(10, 20);
+    original->meta_data()->setInt64(kKeyTime, 5);
+
+    MediaBuffer* clone = original->clone();
+    EXPECT_EQ(clone->data(), original->data());
+    EXPECT_EQ(clone->range_length(), 100u);
+    clone->meta_data()->setInt64(kKeyTime, 6);
+    int64_t time = 0;
+    EXPECT_TRUE(original->meta_data()->findInt64(kKeyTime, &time));
+    EXPECT_EQ(time, 5);
+
+    original->release();
+    EXPECT_TRUE(group.returned.empty()) << "the clone still needs the bytes";
+    clone->release();
+    EXPECT_EQ(group.returned, std::vector<MediaBuffer*>{original});
+    original->setObserver(nullptr);
+    original->release();
+}
+
+TEST(MediaBuffer, AllocationLimitHitsLargerBuffersOnly) {
+    const host::ScopedAllocationLimit limit(100);
+    for (size_t size : {100u, 101u}) {
+        MediaBuffer* buffer = new MediaBuffer(size);
+        EXPECT_EQ(buffer->data() == nullptr, size > 100);
+        EXPECT_EQ(buffer->size(), size);
+        buffer->release();
+    }
+}
+
+// Metadata objects are used again; nobody may notice.
+TEST(MediaBuffer, MetadataThatSomebodyStillHoldsIsNotUsedAgain) {
+    MediaBuffer* buffer = new MediaBuffer(1);
+    sp<MetaData> held = buffer->meta_data();
+    held->setInt64(kKeyTime, 42);
+    buffer->release();
+
+    MediaBuffer* another = new MediaBuffer(1);
+    wp<MetaData> watched = another->meta_data();
+    another->release();
+
+    std::vector<MediaBuffer*> next;
+    for (int i = 0; i < 100; ++i) {
+        next.push_back(new MediaBuffer(1));
+        sp<MetaData> meta = next.back()->meta_data();
+        EXPECT_NE(meta, held);
+        EXPECT_FALSE(meta->hasData(kKeyTime));
+        meta->setInt64(kKeyTime, i);
+    }
+    EXPECT_EQ(watched.promote(), nullptr);
+    int64_t time = 0;
+    EXPECT_TRUE(held->findInt64(kKeyTime, &time));
+    EXPECT_EQ(time, 42);
+    for (MediaBuffer* each : next) each->release();
+    MediaBuffer* last = new MediaBuffer(1);
+    EXPECT_FALSE(last->meta_data()->hasData(kKeyTime));
+    last->release();
+}
+
+TEST(MediaBuffer, ThreadsShareTheStock) {
+    const auto work = [](int64_t seed) {
+        for (int64_t i = 0; i < 5000; ++i) {
+            std::vector<MediaBuffer*> buffers;
+            for (int64_t j = 0; j < 4; ++j) {
+                buffers.push_back(new MediaBuffer(16));
+                ASSERT_FALSE(buffers.back()->meta_data()->setInt64(kKeyTime, seed + i + j));
+            }
+            for (int64_t j = 0; j < 4; ++j) {
+                int64_t time = -1;
+                ASSERT_TRUE(buffers[j]->meta_data()->findInt64(kKeyTime, &time));
+                ASSERT_EQ(time, seed + i + j);
+                buffers[j]->release();
+            }
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int64_t t = 0; t < 4; ++t) threads.emplace_back(work, t * 1000000);
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST(ReadOptions, SeekIsAnsweredInEveryCase) {
+    MediaSource::ReadOptions options;
+    int64_t time = -1;
+    MediaSource::ReadOptions::SeekMode mode = MediaSource::ReadOptions::SEEK_NEXT_SYNC;
+    EXPECT_FALSE(options.getSeekTo(&time, &mode));
+    EXPECT_EQ(time, 0) << "written even without a seek";
+
+    options.setSeekTo(5, MediaSource::ReadOptions::SEEK_CLOSEST);
+    options.setLateBy(7);
+    options.setNonBlocking();
+    EXPECT_TRUE(options.getSeekTo(&time, &mode));
+    EXPECT_EQ(time, 5);
+    EXPECT_EQ(mode, MediaSource::ReadOptions::SEEK_CLOSEST);
+
+    options.clearSeekTo();
+    EXPECT_FALSE(options.getSeekTo(&time, &mode));
+    EXPECT_EQ(time, 0);
+    EXPECT_EQ(mode, MediaSource::ReadOptions::SEEK_CLOSEST_SYNC);
+    EXPECT_EQ(options.getLateBy(), 7) << "has nothing to do with the seek";
+
+    options.setSeekTo(-9);
+    options.reset();
+    EXPECT_FALSE(options.getSeekTo(&time, &mode));
+    EXPECT_EQ(options.getLateBy(), 0);
+    EXPECT_FALSE(options.getNonBlocking());
+}
+
+}  // namespace
+}  // namespace android

@@ -1,0 +1,237 @@
+#include <gtest/gtest.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <host/MappedSource.h>
+#include <host/MemorySource.h>
+#include <host/PreadSource.h>
+#include <media/stagefright/FileSource.h>
+
+#include "support/LogCapture.h"
+
+namespace android {
+namespace {
+
+// A folder that is gone, with its files, at the end of the test.
+class Sources : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = ::testing::TempDir() + "sourcesXXXXXX";
+        ASSERT_NE(mkdtemp(&pattern[0]), nullptr);
+        mFolder = pattern;
+    }
+    void TearDown() override {
+        for (const std::string& file : mFiles) unlink(file.c_str());
+        rmdir(mFolder.c_str());
+    }
+
+    std::string PathFor(const std::string& name) {
+        mFiles.push_back(mFolder + "/" + name);
+        return mFiles.back();
+    }
+
+    std::string FileWith(const std::string& name, const std::string& content) {
+        const std::string path = PathFor(name);
+        const int fd = open(path.c_str(), O_CREAT | O_WRONLY, 0600);
+        EXPECT_EQ(write(fd, content.data(), content.size()), static_cast<ssize_t>(content.size()));
+        close(fd);
+        return path;
+    }
+
+    std::string mFolder;
+    std::vector<std::string> mFiles;
+};
+
+struct Kind {
+    const char* name;
+    std::function<sp<DataSource>(const std::string& path)> open;
+    ssize_t negativeOffset;  // what a read at -1 answers
+};
+
+const Kind kKinds[] = {
+    {"FileSource", [](const std::string& path) { return new FileSource(path.c_str()); }, UNKNOWN_ERROR},
+    {"PreadSource", [](const std::string& path) { return new host::PreadSource(path.c_str()); }, BAD_VALUE},
+    {"PreadSource on a descriptor",
+     [](const std::string& path) { return new host::PreadSource(open(path.c_str(), O_RDONLY)); }, BAD_VALUE},
+    {"MappedSource", [](const std::string& path) { return new host::MappedSource(path.c_str()); }, BAD_VALUE},
+    {"MemorySource", [](const std::string&) { return new host::MemorySource("0123456789", 10); }, BAD_VALUE},
+};
+
+TEST_F(Sources, ReadsMeetTheEnd) {
+    struct Read {
+        off64_t offset;
+        size_t size;
+        const char* expected;
+    };
+    const Read reads[] = {
+        {0, 10, "0123456789"}, {3, 4, "3456"}, {8, 4, "89"},       {10, 1, ""},
+        {11, 5, ""},           {5, 0, ""},     {INT64_MAX, 9, ""}, {0, 64, "0123456789"},
+    };
+    const std::string path = FileWith("digits", "0123456789");
+    for (const Kind& kind : kKinds) {
+        SCOPED_TRACE(kind.name);
+        sp<DataSource> source = kind.open(path);
+        ASSERT_EQ(source->initCheck(), OK);
+        off64_t size = -1;
+        EXPECT_EQ(source->getSize(&size), OK);
+        EXPECT_EQ(size, 10);
+        EXPECT_EQ(source->flags(), 0u);
+        for (const Read& read : reads) {
+            char bytes[64];
+            const ssize_t count = source->readAt(read.offset, bytes, read.size);
+            ASSERT_GE(count, 0) << read.offset;
+            EXPECT_EQ(std::string(bytes, static_cast<size_t>(count)), read.expected) << read.offset;
+        }
+        char byte;
+        testing_support::LogCapture quiet;
+        EXPECT_EQ(source->readAt(-1, &byte, 1), kind.negativeOffset);
+    }
+}
+
+TEST_F(Sources, SayWhyTheyCannotBeUsed) {
+    const std::string fifo = PathFor("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const int keepOpen = open(fifo.c_str(), O_RDWR);  // or opening it to read would wait
+    struct Case {
+        std::string path;
+        status_t status;
+    };
+    const Case cases[] = {{mFolder + "/missing", -ENOENT}, {mFolder, -EISDIR}, {fifo, -ESPIPE}};
+    for (const Case& c : cases) {
+        const sp<DataSource> sources[] = {new host::PreadSource(c.path.c_str()),
+                                          new host::MappedSource(c.path.c_str())};
+        for (const sp<DataSource>& source : sources) {
+            char byte;
+            off64_t size = 7;
+            EXPECT_EQ(source->initCheck(), c.status) << c.path;
+            EXPECT_EQ(source->readAt(0, &byte, 1), c.status);
+            EXPECT_EQ(source->getSize(&size), c.status);
+            EXPECT_EQ(size, 0);
+        }
+    }
+    close(keepOpen);
+}
+
+TEST_F(Sources, EmptyFileIsUsableAndEmpty) {
+    const std::string path = FileWith("empty", "");
+    const sp<DataSource> sources[] = {new FileSource(path.c_str()), new host::PreadSource(path.c_str()),
+                                      new host::MappedSource(path.c_str()),
+                                      new host::MemorySource(nullptr, 0)};
+    for (const sp<DataSource>& source : sources) {
+        char byte;
+        off64_t size = 7;
+        EXPECT_EQ(source->initCheck(), OK);
+        EXPECT_EQ(source->readAt(0, &byte, 1), 0);
+        EXPECT_EQ(source->getSize(&size), OK);
+        EXPECT_EQ(size, 0);
+    }
+}
+
+TEST_F(Sources, ReachPastFourGigabytes) {
+    const off64_t far = (off64_t{5} << 30) + 3;
+    const std::string path = FileWith("large", "start");
+    const int fd = open(path.c_str(), O_WRONLY);
+    ASSERT_EQ(pwrite64(fd, "end", 3, far), 3);
+    close(fd);
+    for (const Kind& kind : kKinds) {
+        if (std::string(kind.name) == "MemorySource") continue;
+        SCOPED_TRACE(kind.name);
+        sp<DataSource> source = kind.open(path);
+        off64_t size = 0;
+        char bytes[8] = {};
+        EXPECT_EQ(source->getSize(&size), OK);
+        EXPECT_EQ(size, far + 3);
+        EXPECT_EQ(source->readAt(far, bytes, sizeof(bytes)), 3);
+        EXPECT_STREQ(bytes, "end");
+    }
+}
+
+TEST_F(Sources, FlagsAreTheTestsToSet) {
+    sp<host::MemorySource> source = new host::MemorySource("x", 1);
+    source->setFlags(DataSource::kIsCachingDataSource | DataSource::kIsHTTPBasedSource);
+    EXPECT_EQ(source->flags(), 12u);
+}
+
+TEST_F(Sources, FileSourceWindow) {
+    const std::string path = FileWith("digits", "0123456789");
+    struct Case {
+        const char* why;
+        int64_t windowOffset, windowLength;
+        off64_t offset;
+        size_t size;
+        ssize_t count;
+        const char* bytes;
+    };
+    const Case cases[] = {
+        {"inside", 3, 4, 1, 2, 2, "45"},
+        {"shortened at the window's end", 3, 4, 2, 8, 2, "56"},
+        {"behind the window", 3, 4, 4, 1, 0, ""},
+        {"before the window", 3, 4, -2, 3, 3, "123"},
+        {"before the file", 3, 4, -4, 3, UNKNOWN_ERROR, ""},
+        {"window longer than the file", 8, 100, 0, 50, 2, "89"},
+        {"in the window, behind the file", 8, 100, 5, 50, 0, ""},
+    };
+    testing_support::LogCapture quiet;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        sp<DataSource> source = new FileSource(open(path.c_str(), O_RDONLY), c.windowOffset, c.windowLength);
+        off64_t size = 0;
+        EXPECT_EQ(source->getSize(&size), OK);
+        EXPECT_EQ(size, c.windowLength);
+        char bytes[64] = {};
+        EXPECT_EQ(source->readAt(c.offset, bytes, c.size), c.count);
+        EXPECT_STREQ(bytes, c.bytes);
+    }
+    EXPECT_DEATH(new FileSource(0, -1, 5), "CHECK");
+    EXPECT_DEATH(new FileSource(0, 1, -5), "CHECK");
+}
+
+TEST_F(Sources, FileSourceWithoutAFileAnswersNoInit) {
+    testing_support::LogCapture log;
+    sp<DataSource> source = new FileSource((mFolder + "/missing").c_str());
+    ASSERT_EQ(log.WithTag("FileSource").size(), 1u);
+    EXPECT_EQ(log.WithTag("FileSource")[0].priority, ANDROID_LOG_ERROR);
+    char byte;
+    off64_t size;
+    EXPECT_EQ(source->initCheck(), NO_INIT);
+    EXPECT_EQ(source->readAt(0, &byte, 1), NO_INIT);
+    EXPECT_EQ(source->getSize(&size), NO_INIT);
+}
+
+TEST_F(Sources, ThreadsReadAtTheirOwnPlaces) {
+    std::string content(1 << 16, '\0');
+    for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i >> 8);
+    const std::string path = FileWith("ramp", content);
+    for (const Kind& kind : kKinds) {
+        if (std::string(kind.name) == "MemorySource") continue;
+        SCOPED_TRACE(kind.name);
+        sp<DataSource> source = kind.open(path);
+        std::atomic<int> wrong{0};
+        const auto work = [&](size_t start) {
+            for (size_t i = 0; i < 2000; ++i) {
+                const size_t place = (start + i * 257) % content.size();
+                char byte = 0;
+                if (source->readAt(static_cast<off64_t>(place), &byte, 1) != 1 || byte != content[place])
+                    ++wrong;
+            }
+        };
+        std::thread first(work, 0);
+        std::thread second(work, 40000);
+        first.join();
+        second.join();
+        EXPECT_EQ(wrong, 0);
+    }
+}
+
+}  // namespace
+}  // namespace android

@@ -128,7 +128,7 @@ size_t firstVideo(const std::vector<const TrackEntry*>& entries) {
 double benchOpen(const sp<android::DataSource>& source) {
     const double start = nowMs();
     sp<MatroskaExtExtractor> extractor = new MatroskaExtExtractor(source);
-    const bool good = extractor->file()->GetTrackCnt() > 0;
+    const bool good = extractor->File()->GetTrackCnt() > 0;
     extractor.clear();
     return good ? nowMs() - start : -1;
 }
@@ -138,9 +138,9 @@ double benchDemux(const sp<android::DataSource>& source, SinkOptions options, Ta
     Sink sink(options, tallies);
     const double start = nowMs();
     sp<MatroskaExtExtractor> extractor = new MatroskaExtExtractor(source);
-    const auto entries = entriesOf(*extractor->file());
+    const auto entries = entriesOf(*extractor->File());
     tallies.resize(entries.size());
-    demuxAll(extractor->file(), sink, entries);
+    demuxAll(extractor->File(), sink, entries);
     extractor.clear();
     return entries.empty() ? -1 : nowMs() - start;
 }
@@ -149,7 +149,7 @@ double benchSeek(const sp<android::DataSource>& source, size_t count, SinkOption
     tallies.clear();
     Sink sink(options, tallies);
     const sp<MatroskaExtExtractor> extractor = new MatroskaExtExtractor(source);
-    CMatroskaFile* file = extractor->file();
+    CMatroskaFile* file = extractor->File();
     const auto entries = entriesOf(*file);
     if (entries.empty()) return -1;
     tallies.resize(entries.size());

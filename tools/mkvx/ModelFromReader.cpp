@@ -60,21 +60,21 @@ OwnReader::~OwnReader() {
 
 std::vector<OfferedTrack> OwnReader::offered() const {
     std::vector<OfferedTrack> out;
-    const auto& tracks = mState->extractor->tracks();
+    const auto& tracks = mState->extractor->Tracks();
     for (size_t i = 0; i < tracks.size(); ++i) out.push_back({tracks[i].mTrackNum, kindOf(tracks[i].mType)});
     return out;
 }
 
 size_t OwnReader::entryCount() const {
-    return mState->extractor->file()->GetTrackCnt();
+    return mState->extractor->File()->GetTrackCnt();
 }
 
 uint64_t OwnReader::masterTrack() const {
-    return mState->extractor->file()->MasterTrack();
+    return mState->extractor->File()->MasterTrack();
 }
 
 std::unique_ptr<TwinCursor> OwnReader::cursor(uint32_t trackNumber) const {
-    return std::make_unique<IteratorTwin>(mState->extractor->file(), trackNumber);
+    return std::make_unique<IteratorTwin>(mState->extractor->File(), trackNumber);
 }
 
 }  // namespace mkvx

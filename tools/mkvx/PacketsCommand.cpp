@@ -100,6 +100,11 @@ class Listing {
     Sha1 mSha1;
 };
 
+// Empty for a good value, else what is wrong with it.
+std::string requirePositive(const std::string& text) {
+    return text.find_first_not_of("0") == std::string::npos ? "has to be more than 0" : "";
+}
+
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
@@ -124,7 +129,7 @@ void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     command->add_option("--track", options->track,
                         "Only the track with this index (from 0, as info shows it)");
     command->add_option("--limit", options->limit, "At most this many units per track")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Validator(requirePositive, "N > 0"));
     command->add_flag("--all", options->all,
                       "Go on past units that cannot be read; a player stops at the first");
     addFormatOption(*command, options->format,

@@ -5,6 +5,7 @@
 #include "Failure.h"
 #include "Probe.h"
 #include "Source.h"
+#include "matroska/MetaDataKeys.h"
 
 namespace mkvx {
 namespace {
@@ -13,15 +14,14 @@ using android::MediaExtractor;
 using android::MetaData;
 using android::sp;
 
-constexpr uint32_t kKeyM4vHeaders = 'MP4C';  // the plug-in's own key
-
 struct ConfigKey {
     uint32_t key;
     const char* name;
 };
 constexpr ConfigKey kConfigKeys[] = {
-    {android::kKeyAVCC, "avcc"},       {android::kKeyHVCC, "hvcc"},        {android::kKeyESDS, "esds"},
-    {android::kKeyVorbisInfo, "vinf"}, {android::kKeyVorbisBooks, "vboo"}, {kKeyM4vHeaders, "MP4C"},
+    {android::kKeyAVCC, "avcc"},        {android::kKeyHVCC, "hvcc"},
+    {android::kKeyESDS, "esds"},        {android::kKeyVorbisInfo, "vinf"},
+    {android::kKeyVorbisBooks, "vboo"}, {android::kKeyMpeg4Headers, "MP4C"},
 };
 
 std::optional<int32_t> int32Of(const sp<MetaData>& meta, uint32_t key) {

@@ -3,13 +3,9 @@
 #include <media/stagefright/MetaData.h>
 #include <stdexcept>
 
+#include "matroska/MetaDataKeys.h"
+
 namespace mkvx {
-namespace {
-
-constexpr uint32_t kKeySubtitleEnd = 'subE';  // the plug-in's own key
-
-}  // namespace
-
 TrackReader::TrackReader(const android::sp<android::MediaSource>& source, std::unique_ptr<TwinCursor> twin)
     : mSource(source), mTwin(std::move(twin)) {
     if (mSource == nullptr || mSource->start() != android::OK)
@@ -48,7 +44,8 @@ Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer, Sha1& sh
     int64_t endUs = 0;
     meta->findInt64(android::kKeyTime, &unit.timeUs);
     unit.sync = meta->findInt32(android::kKeyIsSyncFrame, &sync) && sync != 0;
-    if (track.kind == TrackKind::kSubtitle && meta->findInt64(kKeySubtitleEnd, &endUs)) unit.endUs = endUs;
+    if (track.kind == TrackKind::kSubtitle && meta->findInt64(android::kKeySubtitleEnd, &endUs))
+        unit.endUs = endUs;
     unit.size = buffer.range_length();
     unit.sha1 = sha1.hex(static_cast<const uint8_t*>(buffer.data()) + buffer.range_offset(), unit.size);
     return unit;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <cstdio>
 #include <exception>
+#include <system_error>
 
 #include "Command.h"
 #include "Failure.h"
@@ -58,6 +59,8 @@ int main(int argc, char** argv) {
     } catch (const mkvx::FileFailure& failure) {
         std::fflush(stdout);
         return complain(failure.what(), mkvx::kExitFileUnusable);
+    } catch (const std::system_error& error) {  // the printing library met a full disk or a closed pipe
+        return complain(std::string("standard output: ") + error.what(), mkvx::kExitFileUnusable);
     } catch (const std::exception& error) {
         return complain(error.what(), mkvx::kExitFileUnusable);
     }

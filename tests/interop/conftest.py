@@ -3,8 +3,9 @@ import shutil
 
 import pytest
 
-import checks
-import muxing
+pytest.register_assert_rewrite('checks')     # so that a failure shows both sides
+import checks  # noqa: E402
+import muxing  # noqa: E402
 
 
 @pytest.fixture(scope='session')

@@ -55,6 +55,7 @@ class Block:
     key: bool
     lacing: int             # 0 none, 1 Xiph, 2 fixed, 3 EBML
     frames: list            # bytes, content encodings undone
+    all_ones: bool          # every value bit of the stored TrackNumber is set
     duration: int = None    # ticks; None when the block has none
     grouped: bool = False   # in a BlockGroup
 
@@ -65,6 +66,7 @@ class Document:
     doc_type: str = ''
     scale: int = 1000000    # nanoseconds per tick
     duration: float = 0.0   # ticks
+    last_cluster_ticks: int = 0
     level_1: list = field(default_factory=list)      # Element, in file order
     tracks: list = field(default_factory=list)       # of the first Tracks element
     blocks: list = field(default_factory=list)       # in file order
@@ -196,7 +198,7 @@ def undo(frame, encodings):
 
 
 def _read_block(data, element, cluster_ticks, tracks, simple):
-    number, at, _ = vint(data, element.start)
+    number, at, all_ones = vint(data, element.start)
     relative, flags = struct.unpack('>hB', data[at:at + 3])
     lacing = flags >> 1 & 3
     sizes, at = lace_sizes(data, at + 3, element.end, lacing)
@@ -205,7 +207,7 @@ def _read_block(data, element, cluster_ticks, tracks, simple):
     for size in sizes:
         frames.append(undo(data[at:at + size], encodings))
         at += size
-    return Block(number, cluster_ticks + relative, bool(flags & 0x80) if simple else True, lacing, frames)
+    return Block(number, cluster_ticks + relative, bool(flags & 0x80) if simple else True, lacing, frames, all_ones)
 
 
 def _read_group(data, element, cluster_ticks, tracks):
@@ -231,6 +233,7 @@ def _read_cluster(data, element, doc):
             doc.blocks.append(_read_block(data, e, ticks, doc.tracks, simple=True))
         elif e.id == 0xA0:
             doc.blocks.append(_read_group(data, e, ticks, doc.tracks))
+    doc.last_cluster_ticks = ticks
 
 
 def _read_segment(data, segment, doc):

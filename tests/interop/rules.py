@@ -10,12 +10,15 @@ This is the one place that states where the listing differs from a plain list of
  5. MPEG-4 part 2: configuration headers in front of the first picture move into the configuration (m4v_headers).
  6. Subtitles are collected while the master track is read, and handed out between its units (subtitle_units).
  7. The track's language is its Name, else its Language, without the last character; Chinese and English are spelt out.
+ 8. Without Cues the file is indexed by a scan, and its duration becomes the last Cluster's time in single precision.
+ 9. A TrackNumber stored with all its value bits set, 127 in one byte, reads as an unknown length: no track gets the
+    block.
 """
 import hashlib
 import struct
 from dataclasses import dataclass
 
-from ebml import AUDIO, SUBTITLE, VIDEO
+from ebml import AUDIO, CUES, SUBTITLE, VIDEO
 
 AVC, HEVC, MPEG4 = 'video/avc', 'video/hevc', 'video/mp4v-es'
 AAC, VORBIS, LPCM = 'audio/mp4a-latm', 'audio/vorbis', 'audio/lpcm'
@@ -75,6 +78,10 @@ def offered(doc):
     return [t for t in doc.tracks if mime_and_tag(t)[0]]
 
 
+def blocks_of(doc, track):
+    return [b for b in doc.blocks if b.track == track.number and not b.all_ones]
+
+
 def microseconds(doc, ticks):
     return ticks * doc.scale // 1000
 
@@ -106,7 +113,7 @@ def m4v_headers_are_cut(track):
 def frame_units(doc, track):
     """The units of a video or audio track."""
     mime = mime_and_tag(track)[0]
-    blocks = [b for b in doc.blocks if b.track == track.number]
+    blocks = blocks_of(doc, track)
     rewrite = mime in (AVC, HEVC) and blocks and blocks[0].frames[0][:4] != b'\0\0\0\1'
     result = []
     for i, block in enumerate(blocks):
@@ -166,7 +173,7 @@ def subtitle_units(doc, track):
         result.extend(unit(e.time_us, e.sync, e.data, e.end_us) for e in queue if e.number == wanted)
         queue.clear()
 
-    for block in doc.blocks:
+    for block in (b for b in doc.blocks if not b.all_ones):
         if block.track == master.number:
             for _ in block.frames if laces else [0]:
                 drain()
@@ -239,7 +246,7 @@ def config(doc, track):
     elif mime in MIXED:
         records = {'esds': esds(bitmap_header(track, tag) + private)}
     elif m4v_headers_are_cut(track):
-        first = next((b.frames[0] for b in doc.blocks if b.track == track.number), b'')
+        first = next((b.frames[0] for b in blocks_of(doc, track)), b'')
         records = {'esds': esds(first[:m4v_headers(first)] or private)}
     else:
         records = {'esds': esds(private)}
@@ -252,9 +259,15 @@ def container_mime(doc):
     return 'audio/x-matroska' if [t.type for t in doc.tracks] == [AUDIO] else 'video/x-matroska'
 
 
+def duration_ns(doc):
+    if doc.count(CUES):
+        return int(doc.duration * doc.scale)
+    return int(struct.unpack('f', struct.pack('f', doc.last_cluster_ticks))[0] * doc.scale)
+
+
 def track_info(doc, index, track):
-    duration_ns = int(doc.duration * doc.scale)
-    duration_us = (duration_ns + 500) // 1000
+    length_ns = duration_ns(doc)
+    duration_us = (length_ns + 500) // 1000
     info = {'index': index, 'number': track.number, 'type': TYPE_NAMES[track.type], 'mime': mime_and_tag(track)[0],
             'duration_us': duration_us, 'language': language(track)}
     if track.type == VIDEO:
@@ -264,7 +277,7 @@ def track_info(doc, index, track):
     if track.type == AUDIO:
         info.update(sample_rate=int(track.sample_rate), channels=track.channels)
     if track.type != SUBTITLE:
-        info['bit_rate'] = doc.size * 8000000000 // duration_ns if duration_ns else 0
+        info['bit_rate'] = doc.size * 8000000000 // length_ns if length_ns else 0
         if track.codec_id == 'A_MS/ACM':
             info['bit_rate'] = struct.unpack('<I', track.private[8:12])[0] * 8 or info['bit_rate']
     return {k: v for k, v in info.items() if v is not None}

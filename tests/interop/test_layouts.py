@@ -144,12 +144,12 @@ def test_tracks_rewritten_behind_the_clusters(mux, check):
 
 # --- tracks -------------------------------------------------
 
-def test_track_numbers_of_two_bytes(mux, check):
+def test_track_numbers_around_127(mux, check):
     short = mux.path('short.mp3')
     mux.run('ffmpeg', '-v', 'error', '-y', '-i', mux.stream('mp3'), '-c', 'copy', '-t', '0.2', short)
     mux.run('ffmpeg', '-v', 'error', '-y', '-i', short, *['-map', '0:a'] * 140, '-c', 'copy', mux.path('many.mka'))
     doc = check(mux.path('many.mka'))
-    assert len(doc.tracks) == 140 and doc.tracks[-1].number > 127
+    assert len(doc.tracks) == 140 and {b.track for b in doc.blocks if b.all_ones} == {127}
 
 
 def test_large_track_numbers(mux, check):

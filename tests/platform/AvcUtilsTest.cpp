@@ -82,6 +82,21 @@ Bytes HandMadeSps(bool fields, uint32_t aspectRatio) {
     return bits.Trailing();
 }
 
+// A High set of 64 x 48 with own scaling lists: one of 16 and one of 64 entries in full, one cut off after
+// its first.
+Bytes SpsWithScalingLists() {
+    Bits bits;
+    bits.u(8, 0x67).u(8, 100).u(16, 30).ue(0).ue(1).ue(0).ue(0).u(1, 0);
+    bits.u(1, 1);  // lists follow, here the fourth, the fifth and the last of eight
+    bits.u(3, 0).u(1, 1);
+    for (int i = 0; i < 16; ++i) bits.ue(1);
+    bits.u(1, 1).ue(16);  // 8 less 8: nothing more
+    bits.u(2, 0).u(1, 1);
+    for (int i = 0; i < 64; ++i) bits.ue(1);
+    bits.ue(0).ue(2).ue(1).u(1, 0).ue(3).ue(2).u(1, 1).u(1, 1).u(1, 0).u(1, 0);
+    return bits.Trailing();
+}
+
 TEST(MakeAVCCodecSpecificData, SizesAndRatios) {
     struct Case {
         const char* why;
@@ -109,6 +124,7 @@ TEST(MakeAVCCodecSpecificData, SizesAndRatios) {
         {"index past the table", HandMadeSps(false, 17), 156, 76, -1, -1},
         {"unspecified index", HandMadeSps(false, 0), 156, 76, -1, -1},
         {"square", HandMadeSps(false, 1), 156, 76, -1, -1},
+        {"scaling lists", SpsWithScalingLists(), 64, 48, -1, -1},
         {"own ratio", HandMadeSps(false, 255), 156, 76, 0x1234, 0xfedc},
     };
     const Bytes pps = FromHex("68ebe3cb22c0");

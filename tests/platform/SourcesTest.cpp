@@ -175,6 +175,7 @@ TEST_F(Sources, FileSourceWindow) {
     const Case cases[] = {
         {"inside", 3, 4, 1, 2, 2, "45"},
         {"shortened at the window's end", 3, 4, 2, 8, 2, "56"},
+        {"by one byte too", 3, 4, 2, 3, 2, "56"},
         {"behind the window", 3, 4, 4, 1, 0, ""},
         {"before the window", 3, 4, -2, 3, 3, "123"},
         {"before the file", 3, 4, -4, 3, UNKNOWN_ERROR, ""},

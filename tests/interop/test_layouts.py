@@ -1,5 +1,7 @@
 """The same kinds of streams in every layout that the muxers can write: lacing, encodings, order and size of the
 elements around the blocks. Each test insists that its file has the peculiarity it is named after."""
+import pathlib
+
 import ebml
 import pytest
 import rewriting
@@ -174,3 +176,8 @@ def test_language(mux, check, options):
 def test_delayed_and_trimmed_tracks(mux, check):
     doc = check(mux.mkvmerge('delayed.mkv', AV, per_input=['--sync', '0:1234']))
     assert min(b.ticks for b in doc.blocks) >= 1234
+
+
+def test_the_committed_sample(check):
+    doc = check(str(pathlib.Path(__file__).parents[2] / 'samples' / 'sample.mkv'))
+    assert [t.type for t in doc.tracks] == [ebml.VIDEO, ebml.AUDIO, ebml.SUBTITLE]

@@ -21,6 +21,9 @@ using Action = std::function<int()>;
 void addSniffCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addInfoCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addSeekCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addIndexCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
 
 }  // namespace mkvx

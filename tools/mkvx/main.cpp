@@ -46,6 +46,9 @@ int main(int argc, char** argv) {
     mkvx::addSniffCommand(app, globals, chosen);
     mkvx::addInfoCommand(app, globals, chosen);
     mkvx::addPacketsCommand(app, globals, chosen);
+    mkvx::addSeekCommand(app, globals, chosen);
+    mkvx::addLateCommand(app, globals, chosen);
+    mkvx::addIndexCommand(app, globals, chosen);
     mkvx::addBenchCommand(app, globals, chosen);
 
     try {

@@ -1,0 +1,82 @@
+// mkvx late FILE: what a player gets that says it is late.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "Command.h"
+#include "Failure.h"
+#include "FormatOption.h"
+#include "SeekLanding.h"
+#include "Session.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string file;
+    size_t track = 0;
+    size_t at = 0;
+    int64_t byUs = 0;
+    Format format = Format::kTable;
+};
+
+// The unit with that index, after the units in front of it were read on time.
+Landing readAt(const ExtractorPlugin& plugin, const Options& options, const TrackInfo& track, int64_t byUs) {
+    LandingProbe probe(plugin, options.file, track);
+    for (size_t i = 0; i < options.at; ++i)
+        if (!probe.read(nullptr).unit)
+            throw UsageFailure(fmt::format("{}: track {} has only {} units", options.file, track.index, i));
+    android::MediaSource::ReadOptions late;
+    late.setLateBy(byUs);
+    return probe.read(&late);
+}
+
+void print(const Options& options, const Landing& onTime, const Landing& late) {
+    const std::string due = onTime.unit ? std::to_string(onTime.unit->timeUs) : "null";
+    if (options.format == Format::kJsonLines) {
+        fmt::print(R"({{"track":{},"at":{},"by_us":{},"due_us":{},{}}})"
+                   "\n",
+                   options.track, options.at, options.byUs, due, landingFields(late));
+        return;
+    }
+    constexpr auto kRight = TextTable::Align::kRight;
+    TextTable table(
+        landingColumns({{"TRACK", kRight}, {"UNIT", kRight}, {"LATE (ms)", kRight}, {"DUE", kRight}}));
+    addLandingRow(table,
+                  {std::to_string(options.track), std::to_string(options.at),
+                   std::to_string(options.byUs / 1000), onTime.unit ? clockTime(onTime.unit->timeUs) : "end"},
+                  late);
+    fmt::print("{}", table.str());
+}
+
+int run(const Globals& globals, const Options& options) {
+    const ExtractorPlugin plugin = loadPlugin(globals.plugin);
+    const Session session(plugin, options.file);
+    const std::vector<TrackInfo>& tracks = session.info().tracks;
+    if (options.track >= tracks.size())
+        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
+                                       options.track, tracks.size()));
+    const TrackInfo& track = tracks[options.track];
+    if (track.kind == TrackKind::kSubtitle)
+        throw UsageFailure(
+            fmt::format("{}: track {} is a subtitle track, which skips nothing", options.file, track.index));
+    print(options, readAt(plugin, options, track, 0), readAt(plugin, options, track, options.byUs));
+    return kExitDone;
+}
+
+}  // namespace
+
+void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("late", "What a player gets that says how late it is");
+    command->add_option("FILE", options->file, "The file to read")->required();
+    command->add_option("--track", options->track, "The track with this index (from 0, as info shows it)")
+        ->required();
+    command->add_option("--at", options->at, "Be late at the unit with this index, from 0")->required();
+    command->add_option("--by", options->byUs, "How late, in microseconds")->required();
+    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"jsonl", Format::kJsonLines}});
+    command->footer("Example: mkvx late --track 0 --at 20 --by 500000 film.mkv");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

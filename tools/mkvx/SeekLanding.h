@@ -1,0 +1,50 @@
+// Where a source lands: the first unit after a request, and what the byte source had to give for it.
+#pragma once
+#include <media/stagefright/MediaSource.h>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "BenchSource.h"
+#include "Digest.h"
+#include "Model.h"
+#include "Plugin.h"
+#include "Text.h"
+
+namespace mkvx {
+
+struct Landing {
+    std::optional<Unit> unit;  // nothing: the source answered end of stream
+    uint64_t reads = 0;        // requests to the byte source
+    uint64_t readBytes = 0;
+};
+
+// One started source of one track, on an extractor and a byte source of its own, so that nobody else's
+// reading is counted. One thread. Throws FileFailure when the file cannot be opened.
+class LandingProbe {
+  public:
+    LandingProbe(const ExtractorPlugin& plugin, const std::string& path, const TrackInfo& track);
+    ~LandingProbe();
+
+    // One read, with `options` unless null.
+    Landing read(const android::MediaSource::ReadOptions* options);
+
+  private:
+    const TrackInfo& mTrack;
+    android::sp<CountingSource> mBytes;
+    android::sp<android::MediaSource> mSource;
+    Sha1 mSha1;
+};
+
+// Microseconds, or [-]HH:MM:SS with up to six decimals. Nothing when the text is neither or does not fit.
+std::optional<int64_t> parseTime(const std::string& text);
+
+// `"landed":...,"reads":...,"read_bytes":...`, the end that the JSON lines of all landings share.
+std::string landingFields(const Landing& landing);
+
+// The columns of a table that all landings share.
+std::vector<TextTable::Column> landingColumns(std::vector<TextTable::Column> first);
+void addLandingRow(TextTable& table, std::vector<std::string> first, const Landing& landing);
+
+}  // namespace mkvx

@@ -1,5 +1,6 @@
 #include "support/EbmlWriter.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -193,11 +194,11 @@ Element IdValue(uint32_t elementId, uint32_t value) {
     return Element(elementId, IdBytes(value));
 }
 
-// Lays the tree out depth first; positions are filled in once every label has its place.
+// Sizes first, from the leaves up; then the bytes; positions are filled in once every label has its place.
 class Writer {
   public:
     Document Run(const Elements& elements) {
-        for (const Element& element : elements) Emit(element, &mDocument.bytes, 0);
+        for (const Element& element : elements) Emit(Measure(element), 0);
         for (const Fixup& fixup : mFixups) {
             const Bytes position = BigEndian(mDocument.HeaderOf(fixup.target) - fixup.base, 8);
             std::copy(position.begin(), position.end(),
@@ -211,34 +212,47 @@ class Writer {
         uint64_t at, base;
         std::string target;
     };
+    struct Measured {
+        const Element* element;
+        Bytes header;
+        uint64_t size;  // of header and payload
+        std::vector<Measured> children;
+    };
 
-    static uint64_t PayloadSize(const Element& element) {
-        if (!element.mIsMaster) return element.mPayload.size();
-        uint64_t size = 0;
-        for (const Element& child : element.mChildren) size += HeaderOf(child).size() + PayloadSize(child);
-        return size;
-    }
-
-    static Bytes HeaderOf(const Element& element) {
+    static Bytes HeaderOf(const Element& element, uint64_t payloadSize) {
         if (element.mHeader) return *element.mHeader;
-        const uint64_t size = element.mDeclaredSize ? *element.mDeclaredSize : PayloadSize(element);
+        const uint64_t size = element.mDeclaredSize.value_or(payloadSize);
         return Concat({IdBytes(element.mId), element.mUnknownSize ? UnknownVint(element.mSizeWidth)
                                                                   : Vint(size, element.mSizeWidth)});
     }
 
-    void Emit(const Element& element, Bytes* out, uint64_t segmentData) {
+    static Measured Measure(const Element& element) {
+        Measured measured{&element, {}, element.mPayload.size(), {}};
+        for (const Element& child : element.mChildren) {
+            measured.children.push_back(Measure(child));
+            measured.size += measured.children.back().size;
+        }
+        measured.header = HeaderOf(element, measured.size);
+        measured.size += measured.header.size();
+        return measured;
+    }
+
+    void Emit(const Measured& measured, uint64_t segmentData) {
+        const Element& element = *measured.element;
+        Bytes* const out = &mDocument.bytes;
         Document::Place place;
         place.header = out->size();
-        Append(out, HeaderOf(element));
+        Append(out, measured.header);
         place.data = out->size();
         if (element.mId == id::kSegment) segmentData = place.data;
         if (!element.mTarget.empty()) mFixups.push_back({place.data, segmentData, element.mTarget});
         Append(out, element.mPayload);
-        for (const Element& child : element.mChildren) Emit(child, out, segmentData);
+        for (const Measured& child : measured.children) Emit(child, segmentData);
         place.end = out->size();
         if (element.mLabel.empty()) return;
-        if (!mDocument.places.emplace(element.mLabel, place).second)
+        if (!mDocument.places.emplace(element.mLabel, place).second) {
             Misuse("label used twice: " + element.mLabel);
+        }
     }
 
     Document mDocument;

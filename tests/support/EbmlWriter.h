@@ -41,7 +41,7 @@ class Element {
   public:
     Element(uint32_t elementId, Bytes payload) : mId(elementId), mPayload(std::move(payload)) {}
     Element(uint32_t elementId, std::vector<Element> children)
-        : mId(elementId), mIsMaster(true), mChildren(std::move(children)) {}
+        : mId(elementId), mChildren(std::move(children)) {}
 
     // A name by which the written document tells where this element stands.
     Element Label(std::string name) const;
@@ -58,7 +58,6 @@ class Element {
     friend class Writer;
     friend Element PositionOf(uint32_t elementId, std::string label);
     uint32_t mId = 0;
-    bool mIsMaster = false;
     Bytes mPayload;
     std::vector<Element> mChildren;
     std::string mLabel;

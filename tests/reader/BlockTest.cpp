@@ -1,0 +1,360 @@
+// Block headers, the three lacings and the ways of reading a block.
+#include "reader/BlockFixture.h"
+
+#include <cstring>
+
+namespace testing_support {
+namespace {
+
+using Sizes = std::vector<uint64_t>;
+
+TEST(Block, Header) {
+    const struct {
+        const char* name;
+        const char* block;
+        uint64_t track;
+        int64_t timecode;
+        uint8_t flags;
+        uint64_t dataOffset, dataSize;
+    } rows[] = {
+        {"one-byte track", "81 0005 80 AABB", 1, 5, 0x80, 4, 2},
+        {"negative timecode", "82 FFFB 00 AA", 2, -5, 0, 4, 1},
+        {"extreme timecode", "81 8000 0F AA", 1, -32768, 0x0F, 4, 1},
+        {"two-byte track", "4123 7FFF 81 AABBCC", 0x123, 32767, 0x81, 5, 3},
+        {"eight-byte track", "0100000000000001 0000 00 AA", 1, 0, 0, 11, 1},
+        {"no payload", "81 0000 00", 1, 0, 0, 4, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        OneBlock one(PlainTrack(), Bin(id::kSimpleBlock, Hex(row.block)));
+        EXPECT_EQ(row.track, one.Block().TrackNumber.Get());
+        EXPECT_EQ(row.timecode, one.Block().TimeCode.Get());
+        EXPECT_TRUE(one.Block().TimeCode.IsSet());
+        EXPECT_EQ(row.flags, one.Block().Flags.Get());
+        EXPECT_EQ(one.node->DataStart() + row.dataOffset, one.Block().DataPosition);
+        EXPECT_EQ(row.dataSize, one.Block().DataSize);
+    }
+}
+
+TEST(Block, ShorterThanItsHeaderItHasNoData) {
+    for (const char* bytes : {"", "81", "8100", "810000", "00", "4000"}) {
+        SCOPED_TRACE(bytes);
+        for (bool last : {false, true}) {
+            OneBlock one(
+                PlainTrack(),
+                last ? Bin(id::kSimpleBlock, Hex(bytes))
+                     : Raw(Write({Bin(id::kSimpleBlock, Hex(bytes)), Bin(id::kVoid, Bytes(30))}).bytes));
+            EXPECT_EQ(0u, one.Block().DataSize);
+            const std::string delivered = one.Deliver();
+            EXPECT_TRUE(delivered.empty() || delivered == "refused") << delivered;
+        }
+    }
+}
+
+std::vector<Bytes> Frames(const std::vector<size_t>& sizes) {
+    std::vector<Bytes> frames;
+    for (size_t i = 0; i < sizes.size(); ++i)
+        frames.push_back(Pattern(sizes[i], static_cast<uint8_t>(i + 1)));
+    return frames;
+}
+
+Sizes SizesOf(const std::vector<Bytes>& frames) {
+    Sizes sizes;
+    for (const Bytes& frame : frames) sizes.push_back(frame.size());
+    return sizes;
+}
+
+// What each kind of track makes of a laced block: everything in one piece, a prefix in front of each frame,
+// or one frame a read.
+void ExpectEveryPath(Lacing lacing, const std::vector<Bytes>& frames) {
+    const Element block = SimpleBlock(1, 0, kKeyFrame, lacing, frames);
+    OneBlock plain(PlainTrack(), block);
+    EXPECT_EQ(SizesOf(frames), plain.Sizes());
+    OneBlock whole(PlainTrack(), block);
+    EXPECT_EQ(whole.Block().DataSize, whole.Block().GetSize(whole.node.get(), whole.entry));
+    EXPECT_EQ(ToHex(Concat(frames)), whole.Deliver());
+
+    std::string prefixed;
+    for (const Bytes& frame : frames) prefixed += "cafe" + ToHex(frame);
+    OneBlock stripped(EncodedTrack({Encoding(0, 0, 3, Hex("CAFE"))}), block);
+    EXPECT_EQ(prefixed, stripped.Deliver());
+
+    OneBlock vorbis(Track(1, kAudioTrack, "A_VORBIS"), block);
+    for (const Bytes& frame : frames) {
+        EXPECT_EQ(frame.size(), vorbis.Block().GetSize(vorbis.node.get(), vorbis.entry));
+        EXPECT_EQ(ToHex(frame), vorbis.Deliver());
+    }
+    EXPECT_TRUE(vorbis.Block().DecodedFrames.empty());
+}
+
+TEST(Lacing, EveryPathDeliversEveryFrame) {
+    const struct {
+        Lacing lacing;
+        std::vector<size_t> sizes;
+    } rows[] = {
+        {Lacing::kNone, {5}},
+        {Lacing::kXiph, {7}},
+        {Lacing::kXiph, {3, 300, 5}},
+        {Lacing::kXiph, {254, 255, 256, 510, 1}},
+        {Lacing::kXiph, {0, 0, 4}},
+        {Lacing::kFixed, {9}},
+        {Lacing::kFixed, {4, 4, 4}},
+        {Lacing::kFixed, std::vector<size_t>(255, 2)},
+        {Lacing::kEbml, {3, 300}},
+        {Lacing::kEbml, {300, 3, 126, 127, 128, 20000, 1}},
+        {Lacing::kEbml, {0, 5, 0, 5}},
+        {Lacing::kXiph, std::vector<size_t>(256, 1)},
+        {Lacing::kEbml, std::vector<size_t>(256, 1)},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE("lacing " + std::to_string(static_cast<int>(row.lacing)) + ", frames " +
+                     std::to_string(row.sizes.size()));
+        ExpectEveryPath(row.lacing, Frames(row.sizes));
+    }
+}
+
+struct LacingRow {
+    const char* name;
+    uint8_t flags;
+    const char* payload;
+    Sizes sizes;
+    const char* delivered;
+};
+
+// Deliberate oddities of the counts, on hand-made payloads.
+TEST(Lacing, OddCounts) {
+    const LacingRow rows[] = {
+        {"fixed, a remainder that is never delivered", 0x04, "02 0102030405060708", Sizes(3, 2),
+         "010203040506"},
+        {"fixed, fewer bytes than frames", 0x04, "04 010203", Sizes(5, 0), ""},
+        {"fixed, count 255 wraps to no frames", 0x04, "FF 010203", {}, ""},
+        {"no lacing, no data", 0x00, "", Sizes{0}, ""},
+    };
+    for (const LacingRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Element block = SimpleBlock(1, 0, row.flags, Hex(row.payload));
+        OneBlock sizes(PlainTrack(), block);
+        EXPECT_EQ(row.sizes, sizes.Sizes());
+        OneBlock whole(PlainTrack(), block);
+        EXPECT_EQ(row.delivered, whole.Deliver());
+    }
+}
+
+// Deliberate: the count of differences is kept in eight bits, so one EBML-laced frame is read as 257 sizes.
+TEST(Lacing, EbmlCountZeroReads255Differences) {
+    const Bytes payload = Concat({Hex("00 80"), Bytes(255, 0xBF), Hex("AABB")});
+    const Element block = SimpleBlock(1, 0, 0x06, payload);
+    OneBlock sizes(PlainTrack(), block);
+    Sizes expected(256, 0);
+    expected.push_back(2);
+    EXPECT_EQ(expected, sizes.Sizes());
+    OneBlock whole(PlainTrack(), block);
+    EXPECT_EQ("aabb", whole.Deliver());
+    OneBlock stripped(EncodedTrack({Encoding(0, 0, 3, Hex("11"))}), block);
+    std::string prefixed;
+    for (int i = 0; i < 257; ++i) prefixed += "11";
+    EXPECT_EQ(prefixed + "aabb", stripped.Deliver());
+}
+
+// A block of which one lace does not fit is refused whole wherever its frames are told apart.
+TEST(Lacing, SizesThatDoNotFitAreRefused) {
+    const struct {
+        const char* name;
+        uint8_t flags;
+        const char* payload;
+    } rows[] = {
+        {"Xiph sum past the block", 0x02, "02 05 05 0102030405060708"},
+        {"Xiph 255 of nothing", 0x02, "01 FF00"},
+        {"Xiph run of FF to the end", 0x02, "01 FFFFFFFFFFFF"},
+        {"Xiph, no room for the sizes", 0x02, "FF 010101"},
+        {"Xiph, no count", 0x02, ""},
+        {"EBML first size past the block", 0x06, "01 88 0102"},
+        {"EBML difference below zero", 0x06, "02 81 80 0102030405"},
+        {"EBML size that does not decode", 0x06, "01 00 0102"},
+        {"EBML difference that does not decode", 0x06, "02 81 00 0102"},
+        {"EBML sum past the block", 0x06, "02 84 C4 0102030405"},
+        {"EBML differences near 2^55", 0x06, "03 81 01FFFFFFFFFFFFFE 01FFFFFFFFFFFFFE 0102"},
+        {"EBML, no count", 0x06, ""},
+        {"fixed, no count", 0x04, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Element block = SimpleBlock(1, 0, row.flags, Hex(row.payload));
+        OneBlock stripped(EncodedTrack({Encoding(0, 0, 3, Hex("11"))}), block);
+        EXPECT_EQ("refused", stripped.Deliver());
+        OneBlock vorbis(Track(1, kAudioTrack, "A_VORBIS"), block);
+        EXPECT_EQ("refused", vorbis.Deliver());
+        OneBlock zlib(EncodedTrack({Encoding(0, 0, 0)}), block);
+        EXPECT_EQ("refused", zlib.Deliver());
+        OneBlock plain(PlainTrack(), block);  // in one piece: within its bounds, whatever the sizes say
+        plain.Deliver();
+    }
+}
+
+TEST(Block, InAGroupTheLacingEndsWithTheBlockItself) {
+    const std::vector<Bytes> frames = Frames({3, 4, 5});
+    for (Lacing lacing : {Lacing::kXiph, Lacing::kEbml}) {
+        const Element group =
+            Master(id::kBlockGroup, {Bin(id::kBlock, BlockBytes(1, 0, 0, lacing, frames)),
+                                     Uint(id::kBlockDuration, 7), Bin(id::kVoid, Bytes(40))});
+        OneBlock sizes(PlainTrack(), group);
+        EXPECT_EQ((Sizes{3, 4, 5}), sizes.Sizes());
+        OneBlock whole(PlainTrack(), group);
+        EXPECT_EQ(ToHex(Concat(frames)), whole.Deliver());
+        OneBlock vorbis(Track(1, kAudioTrack, "A_VORBIS"), group);
+        for (const Bytes& frame : frames) EXPECT_EQ(ToHex(frame), vorbis.Deliver());
+    }
+}
+
+TEST(Block, GroupsKeepTheLastReferenceAndTheirDuration) {
+    OneBlock one(PlainTrack(), BlockGroup(1, 0, Hex("01"),
+                                          {Int(id::kReferenceBlock, -40, 1), Int(id::kReferenceBlock, 300, 2),
+                                           Uint(id::kBlockDuration, 25), Uint(id::kReferencePriority, 3),
+                                           Master(id::kTimeSlice, {Uint(id::kLaceNumber, 4)})}));
+    EXPECT_EQ(300, one.group->ReferenceBlock.Get());
+    EXPECT_FALSE(one.group->IsKeyFrame());
+    EXPECT_EQ(25u, one.group->BlockDuration.Get());
+    EXPECT_EQ(3u, one.group->ReferencePriority.Get());
+    ASSERT_EQ(1u, one.group->TimeSlices.size());
+    EXPECT_EQ(4u, one.group->TimeSlices[0]->LaceNumber.Get());
+
+    OneBlock key(PlainTrack(), BlockGroup(1, 0, Hex("01")));
+    EXPECT_TRUE(key.group->IsKeyFrame());
+    EXPECT_FALSE(key.group->BlockDuration.IsSet());
+}
+
+TEST(Block, SizesPastTheClusterAreReadWholeAndPastTheSourceRefused) {
+    const Bytes frame = Pattern(10, 3);
+    const Element longer = SimpleBlock(1, 0, kKeyFrame, frame).DeclaredSize(4 + 15);
+    for (bool known : {true, false}) {
+        SCOPED_TRACE(known);
+        Faults faults;
+        if (!known) faults.sizeStatus = android::UNKNOWN_ERROR;
+        const Document file =
+            Write({EbmlHeader(), Segment({Info(1), Master(id::kTracks, {PlainTrack()}), Cluster(0, {longer}),
+                                          Bin(id::kVoid, Hex("0102030405"))})});
+        InitialisedFile open(file, faults);
+        const auto node = open.SegmentNode()->Child(id::kCluster, true)->GetFirstBlock();
+        reader::SimpleBlock block;
+        block.Parse(node.get());
+        ASSERT_EQ(15u, block.GetSize(node.get(), open.file.FindTrack(1)));
+        Bytes out(15);
+        long length = 15;
+        EXPECT_EQ(reader::kOk, block.Read(node.get(), open.file.FindTrack(1), out.data(), length, 0));
+        EXPECT_EQ(ToHex(Concat({frame, Hex("EC85010203")})), ToHex(out));
+
+        OneBlock cut(PlainTrack(), longer, faults);
+        EXPECT_EQ(0u, cut.Block().GetSize(cut.node.get(), cut.entry));
+        EXPECT_EQ("refused", cut.Deliver());
+        OneBlock huge(PlainTrack(), SimpleBlock(1, 0, 0, frame).DeclaredSize((1ull << 40) + 4), faults);
+        EXPECT_EQ("refused", huge.Deliver());
+    }
+}
+
+TEST(Block, NothingIsWrittenPastTheRoomGiven) {
+    const std::vector<Bytes> frames = Frames({20, 30});
+    for (const Element& track : {PlainTrack(), EncodedTrack({Encoding(0, 0, 3, Hex("1122"))}),
+                                 Track(1, kAudioTrack, "A_VORBIS"), Track(1, kAudioTrack, "A_REAL/COOK")}) {
+        for (uint32_t room : {0u, 1u, 19u}) {
+            OneBlock one(track, SimpleBlock(1, 0, 0, Lacing::kXiph, frames));
+            one.Block().GetSize(one.node.get(), one.entry);
+            one.DeliverInto(room);  // the address sanitizer watches the exact buffer
+        }
+    }
+}
+
+TEST(Block, AnUnknownTrackIsReadPlainly) {
+    OneBlock one(PlainTrack(), SimpleBlock(9, 0, 0, Hex("010203")));
+    EXPECT_EQ(nullptr, one.entry);
+    EXPECT_EQ("010203", one.Deliver());
+}
+
+TEST(Block, OnTheStrippingPathReadNeedsTheSizesFirst) {
+    OneBlock one(EncodedTrack({Encoding(0, 0, 3, Hex("1122"))}), SimpleBlock(1, 0, 0, Hex("010203")));
+    EXPECT_EQ("", one.DeliverInto(100));
+    EXPECT_EQ("1122010203", one.Deliver());
+}
+
+// --- RealMedia ---
+
+TEST(RealMedia, AudioFramesGetARecordHeader) {
+    const std::vector<Bytes> frames = {Hex("AABBCC"), Hex("DDEE")};
+    OneBlock one(Track(1, kAudioTrack, "A_REAL/COOK"), SimpleBlock(1, -2, 0, Lacing::kXiph, frames));
+    ASSERT_EQ(16u * 2 + 5, one.Block().GetSize(one.node.get(), one.entry));
+    Bytes out(37);
+    long length = 37;
+    ASSERT_EQ(reader::kOk, one.Block().Read(one.node.get(), one.entry, out.data(), length, 1000));
+    EXPECT_EQ(37, length);
+    size_t at = 0;
+    for (const Bytes& frame : frames) {
+        uint32_t time = 0, address = 0;
+        uint16_t size = 0;
+        std::memcpy(&time, &out[at], 4);
+        std::memcpy(&size, &out[at + 10], 2);
+        std::memcpy(&address, &out[at + 12], 4);
+        EXPECT_EQ(998u, time);
+        EXPECT_EQ("000000000000", ToHex(&out[at + 4], 6));
+        EXPECT_EQ(frame.size(), size);
+        EXPECT_EQ(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(&out[at + 16])), address);
+        EXPECT_EQ(ToHex(frame), ToHex(&out[at + 16], frame.size()));
+        at += 16 + frame.size();
+    }
+}
+
+// Deliberate: room for a header is asked for, none is written.
+TEST(RealMedia, VideoFramesGetNone) {
+    OneBlock one(Track(1, kVideoTrack, "V_REAL/RV40"),
+                 SimpleBlock(1, 0, 0, Lacing::kXiph, {Hex("AABBCC"), Hex("DD")}));
+    EXPECT_EQ(2 * 27u + 4, one.Block().GetSize(one.node.get(), one.entry));
+    EXPECT_EQ("aabbccdd", one.Deliver());
+}
+
+// --- Clusters ---
+
+TEST(Cluster, OnlyTheFirstTimecodeCounts) {
+    const Document file = Write(
+        {Segment({Master(id::kCluster, {SimpleBlock(1, 0, 0, Hex("01")), Uint(id::kClusterTimecode, 300),
+                                        Uint(id::kClusterTimecode, 400)}),
+                  Master(id::kCluster, {SimpleBlock(1, 0, 0, Hex("01"))}), Master(id::kCluster, {})})});
+    OpenFile open(file.bytes);
+    const auto node = open.SegmentNode()->Child(id::kCluster, true);
+    const android::sp<reader::Cluster> cluster = new reader::Cluster;
+    EXPECT_EQ(reader::kOk, cluster->ParseTimeCode(node.get()));
+    EXPECT_EQ(300u, cluster->Timecode.Get());
+    ASSERT_TRUE(node->Next(true));
+    EXPECT_EQ(reader::kOk, cluster->ParseTimeCode(node.get()));
+    EXPECT_EQ(300u, cluster->Timecode.Get());  // none there: left alone
+    ASSERT_TRUE(node->Next(true));
+    EXPECT_EQ(reader::kFailure, cluster->ParseTimeCode(node.get()));
+    EXPECT_EQ(reader::kNullNode, cluster->ParseTimeCode(nullptr));
+}
+
+TEST(Cluster, AFullParseKeepsItsBlocks) {
+    OpenFile open(
+        Write({Segment({Cluster(5, {SimpleBlock(1, 0, 0, Hex("01")), BlockGroup(2, 1, Hex("02")),
+                                    SimpleBlock(3, 2, 0, Hex("03")), Uint(id::kClusterPrevSize, 77)})})})
+            .bytes);
+    ASSERT_EQ(reader::kOk, open.Model().Parse(open.SegmentNode().get()));
+    const reader::Cluster& cluster = *open.Model().Clusters[0];
+    ASSERT_EQ(2u, cluster.SimpleBlocks.size());
+    ASSERT_EQ(1u, cluster.BlockGroups.size());
+    EXPECT_EQ(3u, cluster.SimpleBlocks[1]->TrackNumber.Get());
+    EXPECT_EQ(2u, cluster.BlockGroups[0]->Block.TrackNumber.Get());
+    EXPECT_EQ(77u, cluster.PrevSize.Get());
+}
+
+TEST(BlockAdditions, DefaultIdAndBytes) {
+    OpenFile open(
+        Write({Master(id::kBlockAdditions, {Master(id::kBlockMore, {Bin(id::kBlockAdditional, Hex("AB"))}),
+                                            Master(id::kBlockMore, {Uint(id::kBlockAddId, 4)})})})
+            .bytes);
+    reader::BlockAdditions additions;
+    ASSERT_EQ(reader::kOk, additions.Parse(open.Root()->Child(0, false).get()));
+    ASSERT_EQ(2u, additions.size());
+    EXPECT_EQ(1, additions[0]->BlockAddID.Get());
+    EXPECT_EQ("ab", Show(additions[0]->BlockAdditional));
+    EXPECT_EQ(4, additions[1]->BlockAddID.Get());
+}
+
+}  // namespace
+}  // namespace testing_support

@@ -1,0 +1,285 @@
+// Opening a document: which headers are accepted, how much of the Segment is read, defaults.
+#include "reader/ReaderFixture.h"
+
+#include <cmath>
+
+namespace testing_support {
+namespace {
+
+using reader::kFailure;
+using reader::kOk;
+
+Element OneTrack(uint64_t number = 1) {
+    return Master(id::kTracks, {Track(number, 2, "A_AAC")});
+}
+Element Cues(const std::string& cluster) {
+    return Master(id::kCues, {CuePoint(0, 1, cluster)});
+}
+Element Chapters(uint64_t uid = 5) {
+    return Master(id::kChapters,
+                  {Master(id::kEditionEntry, {Master(id::kChapterAtom, {Uint(id::kChapterUid, uid)})})});
+}
+Element Attachments() {
+    return Master(id::kAttachments,
+                  {Master(id::kAttachedFile, {Str(id::kFileName, "f"), Uint(id::kFileUid, 9),
+                                              Bin(id::kFileData, Bytes(50)).Label("file data")})});
+}
+Element FirstCluster() {
+    return Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Bytes(100))}).Label("cluster");
+}
+
+TEST(Document, DocTypeAndReadVersionDecide) {
+    const struct {
+        const char* name;
+        std::string docType;
+        uint64_t readVersion;
+        reader::Result result;
+    } rows[] = {
+        {"matroska", "matroska", 2, kOk},
+        {"webm", "webm", 2, kOk},
+        {"read version 0", "webm", 0, kOk},
+        {"read version 3", "matroska", 3, kFailure},
+        {"read version 2^32", "matroska", 1ull << 32, kFailure},
+        {"capital letter", "Matroska", 2, kFailure},
+        {"longer", "matroska2", 2, kFailure},
+        {"shorter", "web", 2, kFailure},
+        {"empty", "", 2, kFailure},
+        {"zero byte behind the name", std::string("webm\0x", 6), 2, kOk},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        OpenFile open(
+            Write({EbmlHeader(row.docType, row.readVersion), Segment({Info(1), OneTrack()})}).bytes);
+        EXPECT_EQ(row.result, open.file.Init());
+        EXPECT_EQ(row.result == kOk ? 1u : 0u, open.file.GetTrackCnt());
+        EXPECT_STREQ(row.docType.c_str(), open.file.Header.DocType.c_str());
+    }
+}
+
+TEST(Document, HeadersThatAreMissing) {
+    OpenFile withoutDocType(
+        Write({Master(id::kEbml, {Uint(id::kEbmlVersion, 1)}), Segment({OneTrack()})}).bytes);
+    EXPECT_EQ(kFailure, withoutDocType.file.Init());
+    OpenFile withoutHeader(Write({Segment({OneTrack()})}).bytes);
+    EXPECT_EQ(kOk, withoutHeader.file.Init());
+    EXPECT_EQ(1u, withoutHeader.file.GetTrackCnt());
+    OpenFile withoutSegment(Write({EbmlHeader()}).bytes);
+    EXPECT_EQ(kFailure, withoutSegment.file.Init());
+    OpenFile nothing({});
+    EXPECT_EQ(kFailure, nothing.file.Init());
+    EXPECT_EQ(reader::kNullNode, nothing.file.Parse(nullptr));
+}
+
+TEST(Document, ASegmentUidShutsOutLaterSegments) {
+    const auto uid = Master(id::kInfo, {Bin(id::kSegmentUid, Hex("0102"))});
+    const struct {
+        const char* name;
+        Element firstInfo;
+        uint32_t tracks;
+    } rows[] = {{"with a UID", uid, 1}, {"without", Info(1), 2}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        OpenFile open(
+            Write({EbmlHeader(), Segment({row.firstInfo, OneTrack(1)}), Segment({Info(1), OneTrack(2)})})
+                .bytes);
+        EXPECT_EQ(kOk, open.file.Init());
+        EXPECT_EQ(row.tracks, open.file.GetTrackCnt());
+    }
+}
+
+// What one opening loaded, for the table below.
+std::string Loaded(OpenFile& open) {
+    const auto& segment = open.Model();
+    std::string text = "tracks " + std::to_string(open.file.GetTrackCnt());
+    text += " seekheads " + std::to_string(segment.SeekHeads.size());
+    text += " cues " + std::to_string(segment.Cues.size());
+    text += " chapters " + std::to_string(segment.Chapters.size());
+    text += " attachments " + std::to_string(segment.Attachments.size());
+    return text;
+}
+
+TEST(Document, HowMuchOfTheSegmentIsRead) {
+    const Element head =
+        SeekHead({{id::kCues, "cues"}, {id::kChapters, "chapters"}, {id::kAttachments, "files"}});
+    const Elements tail = {Cues("cluster").Label("cues"), Chapters().Label("chapters"),
+                           Attachments().Label("files")};
+    auto with = [&](Elements front) {
+        front.push_back(FirstCluster());
+        front.insert(front.end(), tail.begin(), tail.end());
+        return front;
+    };
+    const struct {
+        const char* name;
+        Elements children;
+        const char* loaded;
+        bool touchesCluster;
+    } rows[] = {
+        {"three up front: the rest by seeking", with({head, Info(1), OneTrack()}),
+         "tracks 1 seekheads 1 cues 1 chapters 1 attachments 1", false},
+        {"any order, a Void between", with({OneTrack(), Bin(id::kVoid, Bytes(9)), Info(1), head}),
+         "tracks 1 seekheads 1 cues 1 chapters 1 attachments 1", false},
+        {"two up front: walked to the end", with({Info(1), OneTrack()}),
+         "tracks 1 seekheads 0 cues 1 chapters 0 attachments 0", true},
+        {"Cues up front are not counted, and not read twice",
+         with({Cues("cluster").Label("first cues"), head, Info(1), OneTrack()}),
+         "tracks 1 seekheads 1 cues 1 chapters 1 attachments 1", false},
+        {"Tracks behind two SeekHeads and an Info",
+         with({head, SeekHead({{id::kTags, "cues"}}), Info(1), OneTrack()}),
+         "tracks 1 seekheads 2 cues 1 chapters 1 attachments 1", false},
+        {"Tracks behind the Cluster",
+         {head, SeekHead({{id::kTags, "cues"}}), Info(1), FirstCluster(), OneTrack(), tail[0], tail[1],
+          tail[2]},
+         "tracks 1 seekheads 2 cues 1 chapters 1 attachments 1",
+         true},
+        {"no Tracks at all", with({head, Info(1)}), "tracks 0 seekheads 1 cues 1 chapters 0 attachments 0",
+         true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Document file = Write({EbmlHeader(), Segment(row.children)});
+        Faults faults;
+        faults.recordCalls = true;
+        OpenFile open(file.bytes, faults);
+        EXPECT_EQ(kOk, open.file.Init());
+        EXPECT_EQ(row.loaded, Loaded(open));
+        EXPECT_EQ(row.touchesCluster, open.source->Touched(file.HeaderOf("cluster"), file.EndOf("cluster")));
+        EXPECT_FALSE(open.source->Touched(file.DataOf("file data"), file.EndOf("file data")));
+    }
+}
+
+TEST(Document, ASeekHeadBehindTheClustersIsFollowed) {
+    const Document file =
+        Write({EbmlHeader(),
+               Segment({SeekHead({{id::kSeekHead, "second"}}), Info(1), OneTrack(), FirstCluster(),
+                        Cues("cluster").Label("cues"), SeekHead({{id::kSeekHead, "third"}}).Label("second"),
+                        SeekHead({{id::kCues, "cues"}, {id::kChapters, "chapters"}}).Label("third"),
+                        Chapters().Label("chapters")})});
+    InitialisedFile open(file);
+    EXPECT_EQ("tracks 1 seekheads 3 cues 1 chapters 1 attachments 0", Loaded(open));
+}
+
+TEST(Document, EveryCuesElementIsReadButOneOfChapters) {
+    const Document file =
+        Write({EbmlHeader(),
+               Segment({SeekHead({{id::kCues, "cues"}, {id::kChapters, "chapters"}}), Info(1), OneTrack(),
+                        FirstCluster(), Cues("cluster").Label("cues"), Bin(id::kVoid, Bytes(3)),
+                        Cues("cluster"), Chapters().Label("chapters"), Chapters()})});
+    InitialisedFile open(file);
+    EXPECT_EQ("tracks 1 seekheads 1 cues 2 chapters 1 attachments 0", Loaded(open));
+}
+
+TEST(Document, SeekHeadsThatLeadNowhereDoNoHarm) {
+    auto position = [](uint32_t elementId, uint64_t value) {
+        return Master(id::kSeek, {IdValue(id::kSeekId, elementId), Uint(id::kSeekPosition, value, 8)});
+    };
+    const struct {
+        const char* name;
+        Element head;
+    } rows[] = {
+        {"at itself", SeekHead({{id::kSeekHead, "self"}, {id::kCues, "self"}}).Label("self")},
+        {"past the file",
+         Master(id::kSeekHead, {position(id::kSeekHead, 1 << 20), position(id::kCues, 1 << 20)})},
+        {"near 2^64", Master(id::kSeekHead, {position(id::kSeekHead, UINT64_MAX - 48),
+                                             position(id::kCues, UINT64_MAX - 48)})},
+        {"near 2^63",
+         Master(id::kSeekHead, {position(id::kSeekHead, INT64_MAX), position(id::kCues, INT64_MAX)})},
+        {"without a position",
+         Master(id::kSeekHead, {Master(id::kSeek, {IdValue(id::kSeekId, id::kSeekHead)})})},
+        {"without an ID", Master(id::kSeekHead, {Master(id::kSeek, {Uint(id::kSeekPosition, 3)})})},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        OpenFile open(Write({EbmlHeader(), Segment({row.head, Info(1), OneTrack(), FirstCluster()})}).bytes);
+        EXPECT_EQ(kOk, open.file.Init());
+        EXPECT_EQ(1u, open.file.GetTrackCnt());
+        EXPECT_EQ(0u, open.Model().Cues.size());
+    }
+}
+
+TEST(Document, Defaults) {
+    InitialisedFile open(Write(
+        {EbmlHeader(), Segment({Master(id::kInfo, {Str(id::kTitle, "t")}),
+                                Master(id::kTracks, {Master(id::kTrackEntry, {Uint(id::kTrackNumber, 1)}),
+                                                     Track(2, 1, "V", {Video(16, 9)})})})}));
+    const reader::Info& info = open.Model().Info;
+    EXPECT_EQ(1000000u, info.TimecodeScale.Get());
+    EXPECT_TRUE(info.TimecodeScale.IsSet());
+    EXPECT_FALSE(info.Duration.IsSet());
+    const reader::TrackEntry& track = *open.file.FindTrack(1);
+    EXPECT_EQ(1u, track.FlagEnabled.Get());
+    EXPECT_EQ(1u, track.FlagDefault.Get());
+    EXPECT_EQ(1u, track.FlagLacing.Get());
+    EXPECT_EQ(8000.0, track.Audio.SamplingFrequency.Get());
+    EXPECT_TRUE(track.Audio.SamplingFrequency.IsSet());
+    EXPECT_EQ(1u, track.Audio.Channels.Get());
+    EXPECT_EQ(0.0, track.TrackTimecodeScale.Get());
+    EXPECT_EQ(0u, track.ParsedParts);
+    EXPECT_EQ(1u, open.file.FindTrack(2)->ParsedParts);  // Video was there, Audio was not
+}
+
+TEST(Document, OddPlacesOfValues) {
+    InitialisedFile open(Write(
+        {EbmlHeader(),
+         Segment({Info(1),
+                  Master(id::kTracks, {Track(1, 1, "V_MPEG2",
+                                             {Uint(id::kFrameRate, 40000000),  // read as the DefaultDuration
+                                              Master(id::kVideo, {Flt(id::kFrameRate, 25.0),
+                                                                  Bin(id::kColourSpace, Text("I420"))})})}),
+                  Master(id::kCues, {Master(id::kCuePoint, {Uint(id::kCueTime, 3),
+                                                            Master(id::kCueTrackPositions,
+                                                                   {Uint(id::kCueBlockNumber, 7)})})})})}));
+    const reader::TrackEntry& track = *open.file.FindTrack(1);
+    EXPECT_EQ(40000000u, track.DefaultDuration.Get());
+    EXPECT_EQ(25.0, track.Video.FrameRate.Get());
+    EXPECT_EQ(0x49343230u, track.Video.ColourSpace.Get());
+    const reader::Cue& cue = *open.Model().Cues[0];
+    EXPECT_EQ(7u, cue.PositionsOf(cue.Points[0])->CueBlockNumber);
+}
+
+TEST(Document, ABadMemberDoesNotFailItsParent) {
+    InitialisedFile open(
+        Write({EbmlHeader(),
+               Segment({Master(id::kInfo, {Bin(id::kDuration, Hex("010203")), Uint(id::kTimecodeScale, 500)}),
+                        Master(id::kTracks, {Track(1, 2, "A_AAC", {Master(id::kAudio, {})}),
+                                             Master(id::kTrackEntry, {}),  // dropped: no child
+                                             Track(3, 2, "A_AAC")})})}));
+    EXPECT_EQ(500u, open.Model().Info.TimecodeScale.Get());
+    EXPECT_EQ(2u, open.file.GetTrackCnt());
+    EXPECT_EQ(0u, open.file.FindTrack(1)->ParsedParts);
+}
+
+TEST(Document, DurationInNanoseconds) {
+    const struct {
+        const char* name;
+        Element info;
+        uint64_t nanoseconds;
+    } rows[] = {
+        {"plain", Info(1234.5), 1234500000},
+        {"another scale", Info(3, 7), 21},
+        {"4-byte float", Master(id::kInfo, {Flt4(id::kDuration, 2.5f)}), 2500000},
+        {"none", Master(id::kInfo, {Uint(id::kTimecodeScale, 1)}), 0},
+        {"NaN", Info(std::nan("")), 0},
+        {"negative", Info(-1), 0},
+        {"infinite", Info(INFINITY), UINT64_MAX},
+        {"too large", Info(1e300), UINT64_MAX},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        InitialisedFile open(Write({EbmlHeader(), Segment({row.info, OneTrack()})}));
+        EXPECT_EQ(row.nanoseconds, open.Model().GetDuration());
+    }
+}
+
+TEST(Document, AttachedFilesAreKnownByPlaceOnly) {
+    const Document file = Write({EbmlHeader(), Segment({SeekHead({{id::kAttachments, "files"}}), Info(1),
+                                                        OneTrack(), Attachments().Label("files")})});
+    InitialisedFile open(file);
+    ASSERT_EQ(1u, open.Model().Attachments.size());
+    const reader::AttachedFile& attached = *open.Model().Attachments[0]->Files[0];
+    EXPECT_EQ(file.DataOf("file data"), attached.DataPosition);
+    EXPECT_EQ(50u, attached.DataSize);
+    EXPECT_EQ(9u, attached.FileUID.Get());
+}
+
+}  // namespace
+}  // namespace testing_support

@@ -1,0 +1,163 @@
+// The sync index: from Cues, from a visit of every Cluster, and its order.
+#include "reader/ReaderFixture.h"
+
+#include <algorithm>
+
+namespace testing_support {
+namespace {
+
+using Index = std::vector<std::pair<int64_t, uint64_t>>;
+
+Element Point(uint64_t time, uint64_t track, uint64_t position) {
+    return Master(id::kCuePoint, {Uint(id::kCueTime, time),
+                                  Master(id::kCueTrackPositions, {Uint(id::kCueTrack, track),
+                                                                  Uint(id::kCueClusterPosition, position)})});
+}
+
+Document WithCues(std::vector<Elements> cues, uint64_t timecodeScale = 1000000) {
+    Elements children = {Info(100, timecodeScale)};
+    for (const Elements& points : cues) children.push_back(Master(id::kCues, points));
+    children.push_back(Master(id::kTracks, {Track(1, 1, "V_MPEG2"), Track(2, 2, "A_AAC")}));
+    return Write({EbmlHeader(), Segment(children)});
+}
+
+Index IndexOf(OpenFile& open) {
+    open.file.BuildIndexForSync();
+    Index index;
+    for (const reader::IndexItem& item : open.file.Index()) index.push_back({item.Time, item.Position});
+    return index;
+}
+
+TEST(SeekIndex, FromCues) {
+    const Element twoPositions =
+        Master(id::kCuePoint,
+               {Uint(id::kCueTime, 5),
+                Master(id::kCueTrackPositions, {Uint(id::kCueTrack, 2), Uint(id::kCueClusterPosition, 51)}),
+                Master(id::kCueTrackPositions, {Uint(id::kCueTrack, 1), Uint(id::kCueClusterPosition, 52)})});
+    const struct {
+        const char* name;
+        std::vector<Elements> cues;
+        uint64_t scale;
+        Index index;
+    } rows[] = {
+        {"in order", {{Point(0, 1, 10), Point(2, 1, 20)}}, 1000000, {{0, 10}, {2000, 20}}},
+        {"out of order",
+         {{Point(2, 1, 20), Point(0, 1, 10), Point(1, 1, 15)}},
+         1000000,
+         {{0, 10}, {1000, 15}, {2000, 20}}},
+        {"the track is not asked", {{Point(1, 2, 10), Point(2, 99, 20)}}, 1000000, {{1000, 10}, {2000, 20}}},
+        {"equal times: the later in the file first",
+         {{Point(1, 1, 10), Point(1, 1, 20), Point(1, 1, 30)}},
+         1000000,
+         {{1000, 30}, {1000, 20}, {1000, 10}}},
+        {"two Cues: each in reverse, one behind the other",
+         {{Point(1, 1, 10), Point(1, 1, 11)}, {Point(1, 1, 20), Point(0, 1, 21)}},
+         1000000,
+         {{0, 21}, {1000, 11}, {1000, 10}, {1000, 20}}},
+        {"only the first position of a point counts", {{twoPositions}}, 1000000, {{5000, 51}}},
+        {"truncating division", {{Point(1, 1, 10), Point(3, 1, 20)}}, 1999, {{1, 10}, {5, 20}}},
+        {"the product wraps", {{Point((1ull << 62) + 5, 1, 10)}}, 4000, {{20, 10}}},
+        {"scale 0", {{Point(7, 1, 10)}}, 0, {{0, 10}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        InitialisedFile open(WithCues(row.cues, row.scale));
+        EXPECT_EQ(row.index, IndexOf(open));
+    }
+}
+
+// The order must be the one that a stable insertion gives, however many entries there are.
+TEST(SeekIndex, LargeIndexesKeepTheStableOrder) {
+    Elements points;
+    Index expected;
+    for (uint64_t i = 0; i < 20000; ++i) {
+        const uint64_t time = i * 7919 % 1009;
+        points.push_back(Point(time, 1, i));
+        expected.push_back({static_cast<int64_t>(time * 1000), i});
+    }
+    std::reverse(expected.begin(), expected.end());
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    InitialisedFile open(WithCues({points}));
+    EXPECT_EQ(expected, IndexOf(open));
+}
+
+struct RebuiltFile : InitialisedFile {
+    explicit RebuiltFile(const Document& document) : InitialisedFile(document) { file.RebuildIndex(); }
+};
+
+Elements Head() {
+    return {Info(77), Master(id::kTracks, {Track(1, 2, "A_AAC"), Track(4, 1, "V_MPEG2")})};
+}
+Document Clusters(Elements clusters, bool unknownSegment = false) {
+    Elements children = Head();
+    children.insert(children.end(), clusters.begin(), clusters.end());
+    const Element segment = Segment(children).Label("segment");
+    return Write({EbmlHeader(), unknownSegment ? segment.UnknownSize(8) : segment});
+}
+
+TEST(SeekIndex, WithoutCuesEveryClusterIsVisited) {
+    const Element block = SimpleBlock(4, 0, kKeyFrame, Bytes(40));
+    const Element late = Master(id::kCluster, {block, Uint(id::kClusterTimecode, 30)});
+    for (bool unknown : {false, true}) {
+        SCOPED_TRACE(unknown);
+        auto open = [&](const Element& cluster) { return unknown ? cluster.UnknownSize(8) : cluster; };
+        const Document file =
+            Clusters({open(Cluster(10, {block})).Label("a"), open(Cluster(20, {block})).Label("b"),
+                      Bin(id::kVoid, Bytes(5)), open(late).Label("c"),
+                      Master(id::kTags, {Bin(id::kVoid, Bytes(5))}), open(Cluster(5, {block})).Label("d")},
+                     unknown);
+        RebuiltFile rebuilt(file);
+        const uint64_t base = file.DataOf("segment");
+        EXPECT_EQ((Index{{5000, file.HeaderOf("d") - base},
+                         {10000, file.HeaderOf("a") - base},
+                         {20000, file.HeaderOf("b") - base},
+                         {30000, file.HeaderOf("c") - base}}),
+                  IndexOf(rebuilt));
+        EXPECT_EQ(5.0, rebuilt.Model().Info.Duration.Get());  // the last Cluster's, not the latest
+        ASSERT_EQ(1u, rebuilt.Model().Cues.size());
+        const reader::Cue& cue = *rebuilt.Model().Cues[0];
+        EXPECT_EQ(4u, cue.PositionsOf(cue.Points[0])->CueTrack);  // the master track
+    }
+}
+
+TEST(SeekIndex, TheDurationIsRoundedToSinglePrecision) {
+    const struct {
+        uint64_t timecode;
+        double duration;
+    } rows[] = {{16777215, 16777215.0},
+                {16777217, 16777216.0},
+                {16777219, 16777220.0},
+                {UINT64_MAX, 18446744073709551616.0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.timecode);
+        RebuiltFile open(Clusters({Cluster(1, {}), Cluster(row.timecode, {})}));
+        EXPECT_EQ(row.duration, open.Model().Info.Duration.Get());
+        EXPECT_TRUE(open.Model().Info.Duration.IsSet());
+    }
+}
+
+TEST(SeekIndex, ClustersWithoutATimecodeAndNoClusters) {
+    RebuiltFile open(Clusters({Cluster(9, {}), Master(id::kCluster, {SimpleBlock(1, 0, 0, Hex("01"))})}));
+    const Index index = IndexOf(open);
+    ASSERT_EQ(2u, index.size());
+    EXPECT_EQ(0, index[0].first);
+    EXPECT_EQ(0.0, open.Model().Info.Duration.Get());
+
+    RebuiltFile none(Clusters({}));
+    EXPECT_EQ(0.0, none.Model().Info.Duration.Get());  // the stored 77 is gone
+    EXPECT_TRUE(IndexOf(none).empty());
+}
+
+TEST(SeekIndex, TheVisitReadsNoPayload) {
+    const Document file =
+        Clusters({Cluster(1, {SimpleBlock(1, 0, kKeyFrame, Bytes(5000)).Label("payload")})});
+    Faults faults;
+    faults.recordCalls = true;
+    InitialisedFile open(file, faults);
+    open.file.RebuildIndex();
+    EXPECT_FALSE(open.source->Touched(file.DataOf("payload") + 8, file.EndOf("payload")));
+}
+
+}  // namespace
+}  // namespace testing_support

@@ -22,8 +22,9 @@ target_compile_options(project_warnings INTERFACE
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
 
 if(MKVX_SANITIZE)
-  # The plug-in is built without RTTI, which the vptr check would need.
-  add_compile_options(-fsanitize=${MKVX_SANITIZE} $<$<NOT:$<STREQUAL:${MKVX_SANITIZE},thread>>:-fno-sanitize=vptr>
-                      -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${MKVX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   add_link_options(-fsanitize=${MKVX_SANITIZE})
+  if(NOT MKVX_SANITIZE STREQUAL "thread")
+    add_compile_options(-fno-sanitize=vptr)  # the plug-in is built without RTTI, which that check needs
+  endif()
 endif()

@@ -24,8 +24,7 @@ constexpr int kMostInspectedBlocks = 50;
 // Reads the front pending block into `frame`, whose memory is kept when it is large enough.
 bool MatroskaExtIterator::InspectFrontFrame(InspectedFrame* frame) {
     BlockGroup& group = *mPendingBlocks.front();
-    const TrackEntry* track = TrackOf(group);
-    const uint32_t size = group.Block.GetSize(AnyNode(), track);
+    const uint32_t size = group.Block.GetSize(AnyNode(), mTrack);
     frame->size = 0;
     if (group.Block.IsRefused()) return false;
     if (frame->bytes == nullptr || frame->capacity < size) {
@@ -36,7 +35,7 @@ bool MatroskaExtIterator::InspectFrontFrame(InspectedFrame* frame) {
     }
     long sizeRead = static_cast<long>(size);
     // A frame that was cut short is inspected as far as it goes.
-    (void)group.Block.Read(AnyNode(), track, frame->bytes.get(), sizeRead,
+    (void)group.Block.Read(AnyNode(), mTrack, frame->bytes.get(), sizeRead,
                            static_cast<uint32_t>(mClusterTimecode));
     frame->size = static_cast<uint32_t>(sizeRead);
     return true;

@@ -26,7 +26,7 @@ bool MatroskaExtIterator::OpenCluster(uint64_t clusterPosition) {
 template <typename Examine>
 MatroskaExtIterator::Examined MatroskaExtIterator::ScanCluster(Examine examine) {
     do {  // bounded by the Cluster
-        if (mBlock.Head().trackNumber != mTrackNumber) continue;
+        if (mBlock.Head().header.trackNumber != mTrackNumber) continue;
         ClearPending();
         AppendPending(mBlock.Head());
         const Examined examined = examine(*mPendingBlocks.front());
@@ -90,10 +90,10 @@ long long MatroskaExtIterator::findThumbnailTimeUs() {
     uint32_t looks = 0, bestSize = 0;
     long long bestUs = 0;
     while (!mEOS && looks <= kMostThumbnailLooks && advance()) {  // bounded by the file
-        for (const AutoPtr<BlockGroup>& group : mPendingBlocks) {
+        for (const std::unique_ptr<BlockGroup>& group : mPendingBlocks) {
             if (!group->IsKeyFrame()) continue;
             ++looks;
-            const uint32_t size = group->Block.GetSize(AnyNode(), TrackOf(*group));
+            const uint32_t size = group->Block.GetSize(AnyNode(), mTrack);
             if (size <= bestSize) continue;
             bestSize = size;
             bestUs = BlockTimeUs(*group);

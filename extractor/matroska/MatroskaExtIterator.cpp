@@ -36,6 +36,7 @@ MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlo
       mStripBlockPos(stripBlockPos),
       mStripSize(stripSize),
       mTrackNumber(trackNumber),
+      mTrack(file->FindTrack(trackNumber)),
       mIndexCursor(0),
       mLastSubtitleTrack(-1),
       mSubtitleMergeDecided(false),
@@ -87,28 +88,27 @@ bool MatroskaExtIterator::EnterCluster() {
 // queues what belongs to a subtitle track; anything else is passed over.
 void MatroskaExtIterator::TakeBlock() {
     const BlockHead& head = mBlock.Head();
-    if (head.trackNumber == mTrackNumber) {
+    const uint64_t number = head.header.trackNumber;
+    if (number == mTrackNumber) {
         AppendPending(head);
         return;
     }
-    if (!CollectsSubtitles() || head.trackNumber > UINT32_MAX) return;
-    const TrackEntry* track = mFile->FindTrack(static_cast<uint32_t>(head.trackNumber));
+    if (!CollectsSubtitles() || number > UINT32_MAX) return;
+    const TrackEntry* track = mFile->FindTrack(static_cast<uint32_t>(number));
     if (track == nullptr || track->SubtitleType == kSubtitleNone) return;
-    AutoPtr<BlockGroup> group = new BlockGroup;
-    head.Fill(*group);
-    (void)collectSubtitles(*group);  // an event that cannot be read is dropped
+    BlockGroup group;
+    head.Fill(group);
+    (void)collectSubtitles(group, track);  // an event that cannot be read is dropped
 }
 
 void MatroskaExtIterator::AppendPending(const BlockHead& head) {
-    AutoPtr<BlockGroup> group = mSpareBlock;
-    mSpareBlock.clear();
-    if (group == nullptr) group = new BlockGroup;
-    head.Fill(*group);
-    mPendingBlocks.push_back(group);
+    if (mSpareBlock == nullptr) mSpareBlock.reset(new BlockGroup);
+    head.Fill(*mSpareBlock);
+    mPendingBlocks.push_back(std::move(mSpareBlock));
 }
 
 void MatroskaExtIterator::PopPending() {
-    mSpareBlock = mPendingBlocks.front();
+    mSpareBlock = std::move(mPendingBlocks.front());
     mPendingBlocks.erase(mPendingBlocks.begin());
 }
 
@@ -128,11 +128,6 @@ long long MatroskaExtIterator::BlockTimeUs(const BlockGroup& group) const {
 long long MatroskaExtIterator::EndTimeUs(const BlockGroup& group) const {
     const uint64_t duration = mFile->ToMicroseconds(group.BlockDuration.Get());
     return AddTimes(BlockTimeUs(group), static_cast<long long>(duration));
-}
-
-const TrackEntry* MatroskaExtIterator::TrackOf(const BlockGroup& group) const {
-    const uint64_t number = group.Block.TrackNumber.Get();
-    return number > UINT32_MAX ? nullptr : mFile->FindTrack(static_cast<uint32_t>(number));
 }
 
 // ---- reading
@@ -183,18 +178,16 @@ bool MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
 }
 
 status_t MatroskaExtIterator::ReadPending(MediaBuffer** out) {
-    const AutoPtr<BlockGroup> group = mPendingBlocks.front();
-    MediaBuffer* buffer = ReadBlock(*group);
-    const bool hasMoreFrames = buffer != nullptr && !group->Block.DecodedFrames.empty();
-    const TrackEntry* track = TrackOf(*group);
-    if (!(hasMoreFrames && track != nullptr && track->IsVorbis)) PopPending();
+    BlockGroup& group = *mPendingBlocks.front();
+    MediaBuffer* buffer = ReadBlock(group, mTrack);
+    const bool isVorbis = mTrack != nullptr && mTrack->IsVorbis;
+    if (!isVorbis || buffer == nullptr || group.Block.DecodedFrames.empty()) PopPending();
     if (buffer == nullptr) return ERROR_END_OF_STREAM;
     *out = buffer;
     return OK;
 }
 
-MediaBuffer* MatroskaExtIterator::ReadBlock(BlockGroup& group) {
-    const TrackEntry* track = TrackOf(group);
+MediaBuffer* MatroskaExtIterator::ReadBlock(BlockGroup& group, const TrackEntry* track) {
     const uint32_t size = group.Block.GetSize(AnyNode(), track);
     if (group.Block.IsRefused()) return nullptr;
     MediaBuffer* buffer = new MediaBuffer(size);

@@ -83,7 +83,6 @@ class MatroskaExtIterator {
     bool HasPending();
     long long BlockTimeUs(const BlockGroup& group) const;
     long long EndTimeUs(const BlockGroup& group) const;
-    const MatroskaExtReader::TrackEntry* TrackOf(const BlockGroup& group) const;
     MatroskaExtReader::CMatroskaNode* AnyNode() const { return mFile->SegmentNode(); }
 
     // reading
@@ -91,7 +90,7 @@ class MatroskaExtIterator {
     bool SkipWhenLate(long long lateByUs);
     status_t ReadPending(MediaBuffer** out);
     // The frame of `group` in a new buffer with its metadata and range set; null when it cannot be read.
-    MediaBuffer* ReadBlock(BlockGroup& group);
+    MediaBuffer* ReadBlock(BlockGroup& group, const MatroskaExtReader::TrackEntry* track);
 
     // seeking
     bool OpenCluster(uint64_t clusterPosition);
@@ -102,7 +101,7 @@ class MatroskaExtIterator {
 
     // subtitles
     bool CollectsSubtitles() const;
-    int collectSubtitles(BlockGroup& group);
+    int collectSubtitles(BlockGroup& group, const MatroskaExtReader::TrackEntry* track);
     bool MergeWithLast(MediaBuffer* buffer, const BlockGroup& group, unsigned int trackNumber);
     bool DecideMerging(ssize_t comma);
 
@@ -119,15 +118,15 @@ class MatroskaExtIterator {
     sp<MatroskaExtReader::CMatroskaNode> mCluster;
     BlockCursor mBlock;         // not valid before the Cluster's first block was taken
     uint64_t mClusterTimecode;  // of the last Cluster entered that had one
-    std::vector<MatroskaExtReader::AutoPtr<BlockGroup>>
-        mPendingBlocks;                                  // not fully delivered yet, front first
-    MatroskaExtReader::AutoPtr<BlockGroup> mSpareBlock;  // for reuse
+    std::vector<std::unique_ptr<BlockGroup>> mPendingBlocks;  // not fully delivered yet, front first
+    std::unique_ptr<BlockGroup> mSpareBlock;                  // for reuse
     bool mEOS;
     int64_t mStripBlockPos;
     uint32_t mStripSize;
     uint32_t mTrackNumber;
-    uint32_t mIndexCursor;       // into the file's sync index, for late-frame skipping
-    int64_t mLastSubtitleTrack;  // TrackNumber of the last record queued; -1 before
+    const MatroskaExtReader::TrackEntry* mTrack;  // null for a number that the file does not know
+    uint32_t mIndexCursor;                        // into the file's sync index, for late-frame skipping
+    int64_t mLastSubtitleTrack;                   // TrackNumber of the last record queued; -1 before
     bool mSubtitleMergeDecided;
     bool mSubtitleMergeEnabled;
     MatroskaExtExtractor* mExtractor;  // not owned; null for a temporary iterator

@@ -26,8 +26,8 @@ bool MatroskaExtIterator::CollectsSubtitles() const {
 }
 
 // Queues the event in `group`, a block of a subtitle track. ERROR_END_OF_STREAM when it cannot be read.
-int MatroskaExtIterator::collectSubtitles(BlockGroup& group) {
-    MediaBuffer* buffer = ReadBlock(group);
+int MatroskaExtIterator::collectSubtitles(BlockGroup& group, const TrackEntry* track) {
+    MediaBuffer* buffer = ReadBlock(group, track);
     if (buffer == nullptr) return ERROR_END_OF_STREAM;
     const unsigned int trackNumber = static_cast<unsigned int>(group.Block.TrackNumber.Get());
     if (MergeWithLast(buffer, group, trackNumber)) return 0;

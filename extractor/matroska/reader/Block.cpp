@@ -6,6 +6,7 @@
 #include "matroska/reader/Lacing.h"
 #include "matroska/reader/MatroskaReader.h"
 #include "matroska/reader/ParseChildren.h"
+#include "matroska/reader/Vint.h"
 
 namespace MatroskaExtReader {
 
@@ -21,9 +22,7 @@ struct FileBytes {
     CMatroskaFile* file;
     bool Take(uint8_t* out, unsigned n) { return !Failed(file->Read(out, n)); }
     uint64_t Position() const { return file->Position(); }
-    uint64_t LeftInFile() const {
-        return file->Length() > file->Position() ? file->Length() - file->Position() : 0;
-    }
+    uint64_t LeftInFile() const { return file->LeftInFile(); }
 };
 
 // Room in a caller's buffer that is filled from the front.
@@ -54,25 +53,46 @@ void WriteRealAudioHeader(uint8_t* out, uint32_t time, uint16_t frameSize) {
 // ---- headers and masters
 // -----------------------------------------------------------------------------------------
 
+// A track number, two bytes of timecode and the flags. The shortest header is read at once; the first byte
+// says how many more a longer track number takes. What cannot be read counts as zeros.
+BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end) {
+    uint8_t bytes[8 + 3] = {};
+    file.SeekTo(position);
+    const Result shortest = file.Read(bytes, 4);
+    const unsigned length = SizeLength(bytes[0]);
+    if (!Failed(shortest) && length > 1) (void)file.Read(bytes + 4, length - 1);
+    BlockHeader header = {};
+    if (length != 0) {
+        header.trackNumber = AppendBigEndian(SizeValueBits(bytes[0], length), bytes + 1, length - 1);
+        // A number with all bits set stands for what is left of the file, as any size does.
+        if (header.trackNumber == UnknownSizeMarker(length)) {
+            file.SeekTo(position + length);
+            header.trackNumber = file.LeftInFile();
+        }
+        header.timeCode = static_cast<int16_t>(AppendBigEndian(0, bytes + length, 2));
+        header.flags = bytes[length + 2];
+    }
+    header.dataPosition = position + (length == 0 ? 1 : length) + 3;
+    header.dataSize = end > header.dataPosition ? end - header.dataPosition : 0;
+    return header;
+}
+
+void SimpleBlock::SetHeader(const BlockHeader& header) {
+    TrackNumber.Set(header.trackNumber);
+    TimeCode.Set(header.timeCode);
+    Flags.Set(header.flags);
+    DataPosition = header.dataPosition;
+    DataSize = header.dataSize;
+}
+
 Result SimpleBlock::Parse(CMatroskaNode* node) {
-    CMatroskaFile* file = node->File();
-    file->SeekTo(node->DataStart());
-    CShort time;
-    (void)TrackNumber.Parse(node);  // a block shorter than its header shows in DataSize
-    (void)time.Parse(node);
-    (void)Flags.Parse(node);
-    TimeCode.Set(time.Get());
-    DataPosition = file->Position();
-    const uint64_t end = node->PayloadEnd();
-    DataSize = end > DataPosition ? end - DataPosition : 0;
+    SetHeader(ReadBlockHeader(*node->File(), node->DataStart(), node->PayloadEnd()));
     return kOk;
 }
 
 void SimpleBlock::Reset() {
-    TrackNumber = CLength();
-    TimeCode = CInt();
-    Flags = CByte();
-    DataPosition = FramesPosition = DataSize = 0;
+    SetHeader(BlockHeader{});
+    FramesPosition = 0;
     DecodedFrames.clear();
     FrameSizes.clear();
     mIsRefused = false;
@@ -106,9 +126,9 @@ Result BlockGroup::Parse(CMatroskaNode* node) {
 void BlockGroup::Reset() {
     Block.Reset();
     BlockDuration = CUInt();
-    ReferencePriority = CUInt();
     ReferenceBlock = CInt();
-    ReferenceVirtual = CInt();
+    if (ReferencePriority.IsSet()) ReferencePriority = CUInt();
+    if (ReferenceVirtual.IsSet()) ReferenceVirtual = CInt();
     if (!CodecState.empty()) CodecState.Clear();
     if (!TimeSlices.isEmpty()) TimeSlices.clear();
 }

@@ -1,35 +1,41 @@
 #include "matroska/reader/BlockRuns.h"
 
-#include <algorithm>
-
 #include "matroska/reader/MatroskaReader.h"
 
 namespace MatroskaExtReader {
 
 using android::sp;
 
+namespace {
+
+// Positions of neighbouring Clusters spread over the slots (Fibonacci hashing).
+size_t SlotOf(uint64_t key) {
+    static_assert(BlockRunCache::kRuns == 64, "the shift keeps six bits");
+    return static_cast<size_t>((key * 0x9E3779B97F4A7C15u) >> 58);
+}
+
+}  // namespace
+
 BlockHead BlockHead::Of(const BlockGroup& group) {
     const SimpleBlock& block = group.Block;
     BlockHead head;
-    head.trackNumber = block.TrackNumber.Get();
-    head.dataPosition = block.DataPosition;
-    head.dataSize = block.DataSize;
+    head.header = BlockHeader{block.TrackNumber.Get(), block.DataPosition, block.DataSize,
+                              static_cast<int16_t>(block.TimeCode.Get()), block.Flags.Get()};
     head.duration = group.BlockDuration.Get();
     head.reference = group.ReferenceBlock.Get();
-    head.timeCode = static_cast<int16_t>(block.TimeCode.Get());
-    head.flags = block.Flags.Get();
     head.hasReference = group.ReferenceBlock.IsSet();
     head.hasDuration = group.BlockDuration.IsSet();
     return head;
 }
 
+// The key-frame bit of a SimpleBlock speaks from here on as the absence of a reference does in a group.
+BlockHead BlockHead::OfSimpleBlock(const BlockHeader& header) {
+    return BlockHead{header, 0, 0, (header.flags & kKeyFrameFlag) == 0, false};
+}
+
 void BlockHead::Fill(BlockGroup& group) const {
     group.Reset();
-    group.Block.TrackNumber.Set(trackNumber);
-    group.Block.TimeCode.Set(timeCode);
-    group.Block.Flags.Set(flags);
-    group.Block.DataPosition = dataPosition;
-    group.Block.DataSize = dataSize;
+    group.Block.SetHeader(header);
     if (hasReference) group.ReferenceBlock.Set(reference);
     if (hasDuration) group.BlockDuration.Set(duration);
 }
@@ -42,14 +48,17 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
     mHasTimecode = false;
     mClusterTimecode = 0;
     mWalkEnd = 0;
-    mTail.clear();
     mHeads.clear();
 }
 
 void BlockRun::BeginCluster(CMatroskaNode* cluster) {
     mWalkEnd = cluster->DataStart();
-    mTail = cluster->Child(0, true);
-    bool isInside = mTail != nullptr;
+    if (mTail == nullptr) mTail = new CMatroskaNode(cluster->File());
+    bool isInside = mTail->MoveToFirstChildOf(cluster);
+    if (!isInside) {
+        mHasEnded = true;
+        return;
+    }
     while (isInside && !mTail->IsBlockElement()) {  // bounded: every step moves forward
         if (mTail->Id() == id::kClusterTimecode && !mHasTimecode) TakeTimecode(mTail.get());
         isInside = mTail->Next(false);
@@ -95,66 +104,45 @@ bool BlockRun::TakeNextBlock() {
 }
 
 bool BlockRun::TakeBlock() {
-    if (mScratch == nullptr) mScratch = new BlockGroup;
-    mScratch->Reset();
-    if (mTail->Id() == id::kBlockGroup) {
-        if (Failed(mScratch->Parse(mTail.get()))) return false;
-    } else {
-        (void)mScratch->Block.Parse(mTail.get());
-        // From here on the key-frame bit of a SimpleBlock speaks as the absence of a reference does in a
-        // group.
-        if (!mScratch->Block.IsKeyFrameFlagged()) mScratch->ReferenceBlock.Set(0);
+    if (mTail->Id() == id::kSimpleBlock) {
+        const BlockHeader header = ReadBlockHeader(*mTail->File(), mTail->DataStart(), mTail->PayloadEnd());
+        mHeads.push_back(BlockHead::OfSimpleBlock(header));
+        return true;
     }
-    mHeads.push_back(BlockHead::Of(*mScratch));
+    mScratch.Reset();
+    if (Failed(mScratch.Parse(mTail.get()))) return false;
+    mHeads.push_back(BlockHead::Of(mScratch));
     return true;
 }
 
 void BlockRun::Finish() {
     mHasEnded = true;
-    if (mTail == nullptr) return;
     const bool isChild = mTail->IsValid() && !IsLevelOne(mTail->Id());
     mWalkEnd = isChild ? mTail->End() : mTail->HeaderStart();
 }
 
 sp<BlockRun> BlockRunCache::First(CMatroskaNode* cluster) {
-    sp<BlockRun> run = Find(cluster->HeaderStart(), true);
-    if (run == nullptr) {
-        run = Make(cluster->HeaderStart(), true);
-        run->BeginCluster(cluster);
-    }
+    bool isNew;
+    const sp<BlockRun>& run = Slot(cluster->HeaderStart(), true, &isNew);
+    if (isNew) run->BeginCluster(cluster);
     return run;
 }
 
 sp<BlockRun> BlockRunCache::After(const BlockRun& before) {
-    const uint64_t key = before.mTail->HeaderStart();
-    sp<BlockRun> run = Find(key, false);
-    if (run == nullptr) {
-        run = Make(key, false);
-        run->Continue(before);
-    }
+    bool isNew;
+    const sp<BlockRun>& run = Slot(before.mTail->HeaderStart(), false, &isNew);
+    if (isNew) run->Continue(before);
     return run;
 }
 
-sp<BlockRun> BlockRunCache::Find(uint64_t key, bool isFirst) {
-    for (size_t i = mRuns.size(); i-- > 0;) {
-        if (mRuns[i]->mKey != key || mRuns[i]->mIsFirst != isFirst) continue;
-        std::rotate(mRuns.begin() + static_cast<ptrdiff_t>(i), mRuns.begin() + static_cast<ptrdiff_t>(i) + 1,
-                    mRuns.end());
-        return mRuns.back();
+const sp<BlockRun>& BlockRunCache::Slot(uint64_t key, bool isFirst, bool* isNew) {
+    sp<BlockRun>& run = mRuns[SlotOf(key)];
+    *isNew = run == nullptr || run->mKey != key || run->mIsFirst != isFirst;
+    if (*isNew) {
+        if (run == nullptr || run->getStrongCount() != 1)
+            run = new BlockRun;  // an iterator may stand in the old one
+        run->Restart(key, isFirst);
     }
-    return nullptr;
-}
-
-sp<BlockRun> BlockRunCache::Make(uint64_t key, bool isFirst) {
-    sp<BlockRun> run;
-    if (mRuns.size() >= kRuns) {
-        run = mRuns.front();
-        mRuns.erase(mRuns.begin());
-        if (run->getStrongCount() != 1) run.clear();  // an iterator still stands in it
-    }
-    if (run == nullptr) run = new BlockRun;
-    run->Restart(key, isFirst);
-    mRuns.push_back(run);
     return run;
 }
 

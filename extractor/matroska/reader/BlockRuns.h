@@ -22,17 +22,14 @@ class CMatroskaFile;
 
 // What delivering a block needs of its header and, for a BlockGroup, of its group.
 struct BlockHead {
-    uint64_t trackNumber;
-    uint64_t dataPosition;
-    uint64_t dataSize;
+    BlockHeader header;
     uint64_t duration;  // timecode units
     int64_t reference;
-    int16_t timeCode;
-    uint8_t flags;
-    bool hasReference : 1;
-    bool hasDuration : 1;
+    bool hasReference;
+    bool hasDuration;
 
     static BlockHead Of(const BlockGroup& group);
+    static BlockHead OfSimpleBlock(const BlockHeader& header);
     void Fill(BlockGroup& group) const;
 };
 
@@ -71,13 +68,13 @@ class BlockRun : public android::RefBase {
     uint64_t mClusterTimecode = 0;
     uint64_t mWalkEnd = 0;
     android::sp<CMatroskaNode> mTail;  // the element that the walk stands on
-    android::sp<BlockGroup> mScratch;
+    BlockGroup mScratch;
     std::vector<BlockHead> mHeads;
 };
 
 class BlockRunCache {
   public:
-    static constexpr size_t kRuns = 48;
+    static constexpr size_t kRuns = 64;
 
     // The first run of the Cluster at `cluster`.
     android::sp<BlockRun> First(CMatroskaNode* cluster);
@@ -85,10 +82,10 @@ class BlockRunCache {
     android::sp<BlockRun> After(const BlockRun& run);
 
   private:
-    android::sp<BlockRun> Find(uint64_t key, bool isFirst);
-    android::sp<BlockRun> Make(uint64_t key, bool isFirst);
+    // The run with this key, or one made anew in its slot, which says so.
+    const android::sp<BlockRun>& Slot(uint64_t key, bool isFirst, bool* isNew);
 
-    std::vector<android::sp<BlockRun>> mRuns;  // most recently used last
+    android::sp<BlockRun> mRuns[kRuns];  // each key has its one slot
 };
 
 }  // namespace MatroskaExtReader

@@ -354,6 +354,20 @@ class Attachment : public android::RefBase {
 // ---- Blocks
 // ------------------------------------------------------------------------------------------------------
 
+// The fixed part at the start of a block (RFC 9559, section 10.1).
+struct BlockHeader {
+    uint64_t trackNumber;
+    uint64_t dataPosition;  // first byte behind the flags
+    uint64_t dataSize;      // bytes from there to the block's own end
+    int16_t timeCode;       // timecode units relative to the Cluster's
+    uint8_t flags;
+};
+
+constexpr uint8_t kKeyFrameFlag = 0x80;  // of a SimpleBlock
+
+// Reads the header of the block whose element begins its data at `position` and ends at `end`.
+BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end);
+
 // One block: the SimpleBlock element, or the Block element of a BlockGroup (RFC 9559, section 10). Parse
 // reads the header only; GetSize must come before Read for the same block and track. `node` is any node of
 // the file.
@@ -362,6 +376,7 @@ class SimpleBlock {
     SimpleBlock() : DataPosition(0), FramesPosition(0), DataSize(0), mIsRefused(false) {}
 
     Result Parse(CMatroskaNode* node);
+    void SetHeader(const BlockHeader& header);
     // Decodes the lacing header into FrameSizes, and unless `sizesOnly` reads and expands every frame. A
     // failure means that a lace does not fit the block or cannot be read: Read then refuses the block as a
     // whole.
@@ -376,7 +391,7 @@ class SimpleBlock {
     bool IsDeliverable(const CMatroskaFile& file) const;
     // GetSize or ParseData found that the block cannot be delivered.
     bool IsRefused() const { return mIsRefused; }
-    bool IsKeyFrameFlagged() const { return (Flags.Get() & 0x80) != 0; }
+    bool IsKeyFrameFlagged() const { return (Flags.Get() & kKeyFrameFlag) != 0; }
     uint32_t Lacing() const { return (Flags.Get() >> 1) & 3; }
     // Makes the object as new, keeping its allocations.
     void Reset();
@@ -429,7 +444,7 @@ class BlockAdditions : public CNode<BlockMore> {
     Result Parse(CMatroskaNode* node);
 };
 
-class BlockGroup : public android::RefBase {
+class BlockGroup {
   public:
     Result Parse(CMatroskaNode* node);
     bool IsKeyFrame() const { return !ReferenceBlock.IsSet(); }
@@ -444,7 +459,7 @@ class BlockGroup : public android::RefBase {
     CNode<TimeSlice> TimeSlices;
 };
 
-class CBlockGroupNode : public CNode<BlockGroup> {};
+class CBlockGroupNode : public CNode<Shared<BlockGroup>> {};
 
 class Cluster : public android::RefBase {
   public:

@@ -58,6 +58,7 @@ class CMatroskaFile {
     // Of the source, as navigation takes it; see HasKnownLength.
     uint64_t Length() const { return mLength; }
     bool HasKnownLength() const { return mHasKnownLength; }
+    uint64_t LeftInFile() const { return mLength > mPosition ? mLength - mPosition : 0; }
     // Can the source deliver `size` bytes from `position`? May read one byte; leaves the position alone.
     bool CanDeliver(uint64_t position, uint64_t size) const;
 

@@ -3,10 +3,40 @@
 #include <algorithm>
 
 #include "matroska/reader/MatroskaReader.h"
+#include "matroska/reader/Vint.h"
 
 namespace MatroskaExtReader {
 
 using android::sp;
+
+namespace {
+
+struct ElementHeader {
+    uint32_t id;
+    uint64_t size;
+    bool hasUnknownSize;
+};
+
+// The ID and size at the file's position, in as few reads as can be had without touching a byte behind them:
+// two bytes are always there, and each read's bytes say how many must follow.
+bool ReadElementHeader(CMatroskaFile& file, ElementHeader* header) {
+    uint8_t bytes[4 + 8];
+    if (Failed(file.Read(bytes, 2))) return false;
+    const unsigned idLength = IdLength(bytes[0]);
+    if (idLength == 0) return false;
+    if (idLength > 1 && Failed(file.Read(bytes + 2, idLength - 1))) return false;
+    const uint8_t* size = bytes + idLength;
+    const unsigned sizeLength = SizeLength(*size);
+    if (sizeLength == 0) return false;
+    if (sizeLength > 1 && Failed(file.Read(bytes + idLength + 1, sizeLength - 1))) return false;
+    header->id = static_cast<uint32_t>(AppendBigEndian(0, bytes, idLength));
+    header->size = AppendBigEndian(SizeValueBits(*size, sizeLength), size + 1, sizeLength - 1);
+    header->hasUnknownSize = header->size == UnknownSizeMarker(sizeLength);
+    if (header->hasUnknownSize) header->size = file.LeftInFile();
+    return true;
+}
+
+}  // namespace
 
 CMatroskaNode::CMatroskaNode(CMatroskaFile* file) : mFile(file), mHeaderStart(0), mDataStart(0), mOpenEnd(0) {
     mId.Set(0);
@@ -31,9 +61,12 @@ void CMatroskaNode::BecomeChildOf(const CMatroskaNode* parent) {
 Result CMatroskaNode::Parse() {
     mHeaderStart = mFile->Position();
     mOpenEnd = 0;
-    const bool read = !Failed(mId.Parse(this)) && !Failed(mSize.Parse(this));
+    ElementHeader header;
+    const bool isRead = ReadElementHeader(*mFile, &header);
     mDataStart = mFile->Position();
-    return read ? kOk : kFailure;
+    mId = isRead ? CID(static_cast<int32_t>(header.id)) : CID();
+    if (isRead) mSize.SetElementSize(header.size, header.hasUnknownSize);
+    return isRead ? kOk : kFailure;
 }
 
 void CMatroskaNode::SeekTo(int64_t position) {
@@ -95,16 +128,24 @@ void CMatroskaNode::BecomeFirstChildOf(const CMatroskaNode* parent) {
         mHeaderStart = mDataStart = parent->mDataStart;
         return;
     }
-    if (Failed(Parse()) && !Resync()) mId = CID();
+    if (Failed(Parse())) (void)Resync();
+}
+
+bool CMatroskaNode::MoveToFirstChildOf(const CMatroskaNode* parent) {
+    if (parent->Size() == 0) {
+        mId = CID();
+        return false;
+    }
+    BecomeFirstChildOf(parent);
+    return IsValid() && !(mParent.mIsOpenCluster && IsLevelOne(Id()));
 }
 
 sp<CMatroskaNode> CMatroskaNode::Child(uint32_t id, bool scan) const {
     if (Size() == 0) return nullptr;
     sp<CMatroskaNode> child = new CMatroskaNode(mFile);
-    child->BecomeFirstChildOf(this);
-    if (id != 0) return child->Find(id, scan) ? child : nullptr;
-    const bool isForeign = child->mParent.mIsOpenCluster && IsLevelOne(child->Id());
-    return child->IsValid() && !isForeign ? child : nullptr;
+    const bool hasChild = child->MoveToFirstChildOf(this);
+    const bool isFound = id == 0 ? hasChild : child->Find(id, scan);
+    return isFound ? child : nullptr;
 }
 
 bool CMatroskaNode::Find(uint32_t id, bool scan) {
@@ -170,7 +211,7 @@ ChildWalk::ChildWalk(CMatroskaNode* parent) : mHasChild(false) {
     if (spare.empty()) {
         mNode = new CMatroskaNode(file);
     } else {
-        mNode = spare.back();
+        mNode = std::move(spare.back());
         spare.pop_back();
     }
     if (parent->Size() == 0) return;

@@ -37,6 +37,8 @@ class CMatroskaNode : public android::RefBase {
     // The first child (`id` 0), or the first child with `id`: through the SeekHead in a Segment, else by
     // walking when `scan` is set. Null when there is none.
     android::sp<CMatroskaNode> Child(uint32_t id, bool scan) const;
+    // Makes this node the first child of `parent`, whatever it was; false when there is none.
+    bool MoveToFirstChildOf(const CMatroskaNode* parent);
     // Moves this node to the next sibling, or to the next one with the same ID. False at the parent's end.
     bool Next(bool sameId);
     // The absolute position of the first SeekHead entry for `id` at or behind `from`; 0 when there is none.

@@ -114,7 +114,7 @@ Result CLength::Parse(CMatroskaNode* node) {
     mValue = AppendBigEndian(SizeValueBits(bytes[0], length), bytes + 1, length - 1);
     if (mValue == UnknownSizeMarker(length)) {
         mUnknown = true;
-        mValue = file->Length() > file->Position() ? file->Length() - file->Position() : 0;
+        mValue = file->LeftInFile();
     }
     // Deliberate: the bias comes off after the unknown size was replaced, in that order.
     if (mSigned) mValue -= SignedBias(length);

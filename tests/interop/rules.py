@@ -166,7 +166,6 @@ def subtitle_units(doc, track):
     if master is None or mime_and_tag(master)[0] is None:
         return []
     wanted = offered(doc).index(track) + 1
-    laces = mime_and_tag(master)[0] == VORBIS
     queue, last_number, result = [], None, []
 
     def drain():
@@ -175,8 +174,7 @@ def subtitle_units(doc, track):
 
     for block in (b for b in doc.blocks if not b.all_ones):
         if block.track == master.number:
-            for _ in block.frames if laces else [0]:
-                drain()
+            drain()
         else:
             other = doc.track(block.track)
             if other and other.type == SUBTITLE and other.codec_id.startswith(COLLECTED):

@@ -29,9 +29,10 @@ CASES = [
     ('collected by the audio track', ['mp3'], [('srt', SPARSE)], [(3, 3)]),
     ('collected by laced Vorbis', ['vorbis'], [('srt', SPARSE), ('ass', CROWDED)], [(3, 3), (5, 3)]),
     ('nothing to collect them with', [], [('srt', SPARSE)], [(3, 0)]),
-    ('the master track is not offered', ['vp8', 'mp3'], [('srt', SPARSE)], [(3, 0)]),
     ('a dropped track in front shifts the index', ['h264', 'opus'], [('srt', SPARSE)], [(3, 0)]),
-    ('the video comes behind the audio', ['aac', 'h264'], [('srt', SPARSE)], [(3, 3)]),
+    # Pictures between the events, but no audio block: with the audio as the master track they would be merged.
+    ('the video behind the audio is the master', ['aac', 'h264'], [('ass', [(70, 150, 'one'), (170, 300, 'two')])],
+     [(2, 2)]),
 ]
 
 
@@ -40,6 +41,12 @@ def test_subtitles(mux, check, streams, subtitles, counts):
     inputs = [getattr(mux, kind)('lines-%d.%s' % (i, kind), lines) for i, (kind, lines) in enumerate(subtitles)]
     doc = check(mux.mkvmerge('subtitles.mkv', streams + inputs))
     assert subtitle_counts(doc) == counts
+
+
+def test_master_track_that_is_not_offered(mux, check):
+    """The TrackNumber fits the index, and yet nothing reads past the events."""
+    doc = check(mux.mkvmerge('no-master.mkv', [mux.srt('first.srt', SPARSE), 'vp8', 'mp3']))
+    assert doc.tracks[0].type == ebml.SUBTITLE and subtitle_counts(doc) == [(3, 0)]
 
 
 def test_track_number_that_does_not_fit_the_index(mux, check):

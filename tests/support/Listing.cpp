@@ -20,7 +20,7 @@ using android::status_t;
 namespace {
 
 constexpr uint32_t kKeySubtitleEnd = 0x73756245;  // 'subE'
-constexpr size_t kLongestShownData = 64;
+constexpr size_t kLongestShownData = 128;
 
 std::string Crc(const void* data, size_t size) {
     char text[16];

@@ -12,7 +12,7 @@ class Run:
     """One finished run of the tool."""
 
     def __init__(self, *args):
-        done = subprocess.run([BINARY, *map(str, args)], capture_output=True, timeout=120)
+        done = subprocess.run([BINARY, *map(str, args)], capture_output=True, timeout=60)
         self.code = done.returncode
         self.out = done.stdout.decode()
         self.err = done.stderr.decode()

@@ -58,7 +58,16 @@ def cluster(time, *blocks):
     return element(0x1F43B675, uint(0xE7, time) + b''.join(blocks))
 
 
-def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska'):
+def cue(time, track, position):
+    place = uint(0xF7, track) + element(0xF1, position.to_bytes(8, 'big'))
+    return element(0x1C53BB6B, element(0xBB, uint(0xB3, time) + element(0xB7, place)))
+
+
+def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska', cue_for=None):
+    """`cue_for`: the track of a Cues element that names the first cluster, at time 0."""
     head = element(0x1A45DFA3, text(0x4282, doctype) + uint(0x4285, 2))
     info = element(0x1549A966, uint(0x2AD7B1, 1000000) + real(0x4489, duration_ms))
-    return head + element(0x18538067, info + element(0x1654AE6B, b''.join(tracks)) + b''.join(clusters))
+    front = info + element(0x1654AE6B, b''.join(tracks))
+    if cue_for is not None:
+        front += cue(0, cue_for, len(front) + len(cue(0, cue_for, 0)))
+    return head + element(0x18538067, front + b''.join(clusters))

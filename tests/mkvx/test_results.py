@@ -19,27 +19,28 @@ HVCC = b'\1' + bytes(range(30))
 def film(write):
     """Video 7 (HEVC), audio 2 (MP3), an audio track that no device knows, and subtitles 4; in one cluster at 100 ms."""
     tracks = [craft.video(7, 'V_MPEGH/ISO/HEVC', craft.private(HVCC), craft.name(b'First\x1b[2J\xff!')),
-              craft.audio(2, 'A_MPEG/L3', craft.text(0x22B59C, 'ger')),
+              craft.audio(2, 'A_MPEG/L3', craft.private(b'\xab\xcd'), craft.text(0x22B59C, 'ger')),
               craft.audio(3, 'A_UNHEARD/OF'),
               craft.subtitle(4)]
     blocks = [craft.simple_block(7, 0, b'\0\0\0\3abc'), craft.simple_block(2, 0, b'sound'),
               craft.simple_block(3, 1, b'unheard'), craft.block_group(4, 10, b'Hello', 500),
               craft.simple_block(7, 40, b'\0\0\0\2de', key=False), craft.simple_block(2, 24, b'noise')]
-    return write('film.mkv', craft.matroska(tracks, craft.cluster(100, *blocks), duration_ms=10000.0))
+    return write('film.mkv', craft.matroska(tracks, craft.cluster(100, *blocks), duration_ms=10000.0, cue_for=7))
 
 
 def test_info_json(mkvx, film):
     run = mkvx('info', '--format', 'json', film)
     assert run.code == 0 and run.err == ''
-    size = film.stat().st_size
-    rate = size * 8000000000 // 10000000000
+    rate = film.stat().st_size * 8 // 10
+    esds = run.json()['tracks'][1]['config']['esds']
+    assert esds.startswith('03') and 'abcd' in esds
     assert run.json() == {'container_mime': 'video/x-matroska', 'tracks': [
         {'index': 0, 'number': 7, 'type': 'video', 'mime': 'video/hevc', 'width': 64, 'height': 48,
-         'language': 'First\ufffd[2J\ufffd'.replace('\ufffd[', '\x1b['), 'duration_us': 10000000, 'bit_rate': rate,
+         'language': 'First\x1b[2J\ufffd', 'duration_us': 10000000, 'bit_rate': rate,
          'thumbnail_us': 2500000, 'config': {'hvcc': HVCC.hex()}},
         {'index': 1, 'number': 2, 'type': 'audio', 'mime': 'audio/mpeg', 'sample_rate': 48000, 'channels': 2,
          'language': 'ge', 'duration_us': 10000000, 'bit_rate': rate,
-         'config': {'esds': run.json()['tracks'][1]['config']['esds']}},
+         'config': {'esds': esds}},
         {'index': 2, 'number': 4, 'type': 'subtitle', 'mime': 'text/utf-8', 'language': '', 'duration_us': 10000000},
     ]}
     assert run.out.count('\n') == 1

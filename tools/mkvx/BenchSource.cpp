@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "Failure.h"
+#include "Source.h"
 
 namespace mkvx {
 namespace {
@@ -76,6 +77,7 @@ sp<DataSource> openMapped(const std::string& path) {
 }  // namespace
 
 sp<DataSource> openBenchSource(const std::string& kind, const std::string& path) {
+    requireFile(path);
     sp<DataSource> source;
     if (kind == "mem")
         source = openMapped(path);

@@ -33,9 +33,11 @@ class Sink {
     int64_t take(size_t track, MediaBuffer* buffer) {
         int64_t timeUs = 0;
         int32_t sync = 0;
-        const sp<android::MetaData> meta = buffer->meta_data();
-        meta->findInt64(android::kKeyTime, &timeUs);
-        meta->findInt32(android::kKeyIsSyncFrame, &sync);
+        {
+            const sp<android::MetaData> meta = buffer->meta_data();
+            meta->findInt64(android::kKeyTime, &timeUs);
+            meta->findInt32(android::kKeyIsSyncFrame, &sync);
+        }
         const auto* bytes = static_cast<const uint8_t*>(buffer->data()) + buffer->range_offset();
         const size_t size = buffer->range_length();
         Tally& tally = mTallies[track];

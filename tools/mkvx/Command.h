@@ -24,6 +24,8 @@ void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addSeekCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addIndexCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addDecodeCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
 
 }  // namespace mkvx

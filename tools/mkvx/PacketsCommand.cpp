@@ -69,9 +69,9 @@ class Listing {
     void listSubtitles(const TrackInfo& track) {
         const TrackInfo* master = findMaster();
         if (master == nullptr)
-            return note(
-                track, fmt::format("no subtitle can arrive, since the master track (number {}) has no source",
-                                   mSession.reader().masterTrack()));
+            return note(track, fmt::format("no subtitle can arrive, since the master track (number {}) has "
+                                           "no source that reads the file",
+                                           mSession.reader().masterTrack()));
         const android::sp<android::MediaExtractor> extractor = mSession.newExtractor();
         TrackReader driver(extractor->getTrack(master->index), twin(*master));
         TrackReader subtitles(extractor->getTrack(track.index));

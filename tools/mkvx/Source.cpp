@@ -1,13 +1,25 @@
 #include "Source.h"
 
 #include <host/PreadSource.h>
+#include <sys/stat.h>
+#include <cerrno>
 #include <cstring>
 
 #include "Failure.h"
 
 namespace mkvx {
 
+void requireFile(const std::string& path) {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) throw FileFailure(path, std::strerror(errno));
+    if (S_ISDIR(status.st_mode)) throw FileFailure(path, std::strerror(EISDIR));
+    // Opening a pipe that nobody writes to would wait for ever.
+    if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
+        throw FileFailure(path, "Cannot be read at any offset, as a media file has to be");
+}
+
 android::sp<android::DataSource> openFile(const std::string& path) {
+    requireFile(path);
     android::sp<android::DataSource> source = new android::host::PreadSource(path.c_str());
     const android::status_t status = source->initCheck();
     if (status != android::OK) throw FileFailure(path, std::strerror(-status));

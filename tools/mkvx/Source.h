@@ -10,4 +10,8 @@ namespace mkvx {
 // pipe.
 android::sp<android::DataSource> openFile(const std::string& path);
 
+// Throws FileFailure, without opening it, when `path` names nothing or something that is neither a regular
+// file nor a block device.
+void requireFile(const std::string& path);
+
 }  // namespace mkvx

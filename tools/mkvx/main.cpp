@@ -49,6 +49,8 @@ int main(int argc, char** argv) {
     mkvx::addSeekCommand(app, globals, chosen);
     mkvx::addLateCommand(app, globals, chosen);
     mkvx::addIndexCommand(app, globals, chosen);
+    mkvx::addDecodeCommand(app, globals, chosen);
+    mkvx::addExtractCommand(app, globals, chosen);
     mkvx::addBenchCommand(app, globals, chosen);
 
     try {

@@ -1,0 +1,97 @@
+// mkvx extract FILE: one track as a stream or file that ordinary tools open.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <media/stagefright/MetaData.h>
+#include <sys/stat.h>
+
+#include "Command.h"
+#include "ExtractFacts.h"
+#include "ExtractPass.h"
+#include "ExtractProgress.h"
+#include "ExtractWriter.h"
+#include "Failure.h"
+#include "Text.h"
+#include "matroska/MetaDataKeys.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string file;
+    size_t track = 0;
+    std::string out;
+};
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    struct stat first {
+    }, second{};
+    return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+ExtractUnit unitOf(android::MediaBuffer& buffer) {
+    const android::sp<android::MetaData> meta = buffer.meta_data();
+    ExtractUnit unit;
+    unit.data = static_cast<const uint8_t*>(buffer.data()) + buffer.range_offset();
+    unit.size = buffer.range_length();
+    meta->findInt64(android::kKeyTime, &unit.timeUs);
+    meta->findInt64(android::kKeySubtitleEnd, &unit.endUs);
+    return unit;
+}
+
+// How many units were written.
+size_t extract(const Session& session, const TrackInfo& track, ExtractWriter& writer, ExtractFile& out) {
+    ExtractProgress progress(printable(out.path()), track.durationUs.value_or(0));
+    size_t units = 0;
+    writer.begin();
+    const size_t unreadable = passOver(session, track, [&](android::MediaBuffer& buffer) {
+        const ExtractUnit unit = unitOf(buffer);
+        writer.write(unit);
+        ++units;
+        progress.reach(unit.timeUs, out.size());
+    });
+    writer.finish();
+    out.close();
+    if (unreadable > 0)
+        fmt::print(stderr, "mkvx: {}: track {}: {} units could not be read\n", session.info().path,
+                   track.index, unreadable);
+    return units;
+}
+
+int run(const Globals& globals, const Options& options) {
+    const Session session(loadPlugin(globals.plugin), options.file);
+    const std::vector<TrackInfo>& tracks = session.info().tracks;
+    if (options.track >= tracks.size())
+        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
+                                       options.track, tracks.size()));
+    if (isSameFile(options.file, options.out))
+        throw UsageFailure(fmt::format("{} is the file to read", options.out));
+    const TrackInfo& track = tracks[options.track];
+    const ExtractTrack facts = factsOf(options.file, track);
+    ExtractFile out(options.out);
+    try {
+        const ExtractWriterPtr writer = makeExtractWriter(facts, out);
+        const size_t units = extract(session, track, *writer, out);
+        fmt::print("{}: {}, {} units, {} bytes\n", options.out, writer->form(), units, out.size());
+    } catch (const ExtractRefusal& refusal) {
+        throw FileFailure(options.file, fmt::format("track {}: {}", track.index, printable(refusal.what())));
+    }
+    return kExitDone;
+}
+
+}  // namespace
+
+void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command =
+        app.add_subcommand("extract", "One track as a stream or file that ordinary tools open");
+    command->add_option("FILE", options->file, "The file to read")->required();
+    command->add_option("--track", options->track, "The track with this index (from 0, as info shows it)")
+        ->required();
+    command->add_option("-o,--output", options->out, "The file to write")->required();
+    command->footer("Example: mkvx extract --track 1 -o film.aac film.mkv");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

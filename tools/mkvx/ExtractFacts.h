@@ -1,0 +1,18 @@
+// Collecting what is known of a track before it is written.
+#pragma once
+#include "ExtractWriter.h"
+#include "Model.h"
+
+namespace mkvx {
+
+// Opens the file once more with this program's own copy of the reader, for what the plug-in's interface does
+// not tell: CodecID, CodecPrivate, bit depth. The file is one that a Session accepted.
+ExtractTrack factsOf(const std::string& path, const TrackInfo& info);
+
+// The decoder specific information inside an esds record as the plug-in makes it; empty when it is broken.
+Bytes specificInfoOf(const Bytes& esds);
+
+// The bytes of the configuration record with that key; empty without one.
+Bytes configOf(const TrackInfo& info, const char* key);
+
+}  // namespace mkvx

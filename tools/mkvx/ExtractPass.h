@@ -1,0 +1,16 @@
+// One pass over a file that hands out every unit of one track.
+#pragma once
+#include <functional>
+
+#include "Session.h"
+#include "UnitReader.h"
+
+namespace mkvx {
+
+// Calls `take` for each unit, going on past those that cannot be read; returns how many those were. For a
+// subtitle track the master track is read, and what arrives meanwhile is taken; without a source for the
+// master track no subtitle arrives, which is a FileFailure. The file bounds the pass.
+size_t passOver(const Session& session, const TrackInfo& track,
+                const std::function<void(android::MediaBuffer&)>& take);
+
+}  // namespace mkvx

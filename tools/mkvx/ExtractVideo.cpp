@@ -1,0 +1,175 @@
+// Video: streams of start codes, and IVF.
+#include <fmt/format.h>
+#include <algorithm>
+
+#include "ExtractFacts.h"
+#include "ExtractWriter.h"
+#include "utils/MimeTypes.h"
+
+namespace mkvx {
+namespace {
+
+constexpr uint8_t kStartCode[] = {0, 0, 0, 1};
+
+// Takes big-endian numbers and runs of bytes off a configuration record.
+class RecordCursor {
+  public:
+    explicit RecordCursor(const Bytes& bytes) : mBytes(bytes) {}
+
+    void skip(size_t bytes) { take(bytes); }
+    uint32_t number(size_t bytes) {
+        uint32_t value = 0;
+        const uint8_t* data = take(bytes);
+        for (size_t i = 0; i < bytes; ++i) value = value << 8 | data[i];
+        return value;
+    }
+    // Appends one parameter set, behind its 16-bit length, with a start code.
+    void unitTo(Bytes& out) {
+        const size_t size = number(2);
+        const uint8_t* data = take(size);
+        out.insert(out.end(), std::begin(kStartCode), std::end(kStartCode));
+        out.insert(out.end(), data, data + size);
+    }
+
+  private:
+    const uint8_t* take(size_t bytes) {
+        if (mBytes.size() - mAt < bytes)
+            throw ExtractRefusal("its decoder configuration record is cut short");
+        mAt += bytes;
+        return mBytes.data() + mAt - bytes;
+    }
+
+    const Bytes& mBytes;
+    size_t mAt = 0;
+};
+
+struct NalConfig {
+    Bytes parameterSets;  // with start codes
+    uint32_t lengthSize = 4;
+};
+
+// AVCDecoderConfigurationRecord, ISO/IEC 14496-15, 5.3.3.
+NalConfig readAvcConfig(const Bytes& record) {
+    NalConfig config;
+    RecordCursor cursor(record);
+    cursor.skip(4);
+    config.lengthSize = (cursor.number(1) & 3) + 1;
+    for (uint32_t left = cursor.number(1) & 0x1F; left > 0; --left) cursor.unitTo(config.parameterSets);
+    for (uint32_t left = cursor.number(1); left > 0; --left) cursor.unitTo(config.parameterSets);
+    return config;
+}
+
+// HEVCDecoderConfigurationRecord, ISO/IEC 14496-15, 8.3.3.
+NalConfig readHevcConfig(const Bytes& record) {
+    NalConfig config;
+    RecordCursor cursor(record);
+    cursor.skip(21);
+    config.lengthSize = (cursor.number(1) & 3) + 1;
+    for (uint32_t arrays = cursor.number(1); arrays > 0; --arrays) {
+        cursor.skip(1);
+        for (uint32_t left = cursor.number(2); left > 0; --left) cursor.unitTo(config.parameterSets);
+    }
+    return config;
+}
+
+class IvfWriter : public ExtractWriter {
+  public:
+    IvfWriter(const ExtractTrack& track, ExtractFile& out) : ExtractWriter(out), mInfo(track.info) {}
+
+    std::string form() const override { return "VP9 in IVF"; }
+    void begin() override {
+        Bytes header;
+        appendText(header, "DKIF");
+        appendLittle(header, 0, 2);   // version
+        appendLittle(header, 32, 2);  // bytes in this header
+        appendText(header, "VP90");
+        appendLittle(header, uint16_t(mInfo.width.value_or(0)), 2);
+        appendLittle(header, uint16_t(mInfo.height.value_or(0)), 2);
+        appendLittle(header, 1000000, 4);  // time units a second
+        appendLittle(header, 1, 4);
+        appendLittle(header, 0, 4);  // frames, filled in at the end
+        appendLittle(header, 0, 4);
+        mOut.write(header);
+    }
+    void write(const ExtractUnit& unit) override {
+        Bytes header;
+        appendLittle(header, unit.size, 4);
+        appendLittle(header, uint64_t(unit.timeUs), 8);
+        mOut.write(header);
+        mOut.write(unit.data, unit.size);
+        ++mFrames;
+    }
+    void finish() override {
+        Bytes frames;
+        appendLittle(frames, mFrames, 4);
+        mOut.patch(24, frames);
+    }
+
+  private:
+    const TrackInfo mInfo;
+    uint64_t mFrames = 0;
+};
+
+// Puts the headers in front unless the first unit brings them along.
+class MpegVideoWriter : public ExtractWriter {
+  public:
+    MpegVideoWriter(std::string form, Bytes headers, uint8_t firstCode, ExtractFile& out)
+        : ExtractWriter(out), mForm(std::move(form)), mHeaders(std::move(headers)), mFirstCode(firstCode) {}
+
+    std::string form() const override { return mForm; }
+    void write(const ExtractUnit& unit) override {
+        if (!mStarted && !beginsWithHeader(unit)) mOut.write(mHeaders);
+        mStarted = true;
+        mOut.write(unit.data, unit.size);
+    }
+
+  private:
+    bool beginsWithHeader(const ExtractUnit& unit) const {
+        const uint8_t header[] = {0, 0, 1, mFirstCode};
+        return unit.size >= sizeof header && std::equal(std::begin(header), std::end(header), unit.data);
+    }
+
+    std::string mForm;
+    Bytes mHeaders;
+    uint8_t mFirstCode;
+    bool mStarted = false;
+};
+
+bool beginsWithStartCode(const Bytes& bytes) {
+    return bytes.size() >= 3 && bytes[0] == 0 && bytes[1] == 0 && bytes[2] == 1;
+}
+
+}  // namespace
+
+ExtractWriterPtr makeNalWriter(const ExtractTrack& track, ExtractFile& out) {
+    const bool isAvc = track.info.mime == android::MEDIA_MIMETYPE_VIDEO_AVC;
+    const Bytes record = configOf(track.info, isAvc ? "avcc" : "hvcc");
+    const NalConfig config = isAvc ? readAvcConfig(record) : readHevcConfig(record);
+    if (config.lengthSize != 4)
+        throw ExtractRefusal(
+            fmt::format("its NAL units have {}-byte lengths, and the plug-in turns only 4-byte lengths into "
+                        "start codes",
+                        config.lengthSize));
+    return makePlainWriter(isAvc ? "H.264 byte stream" : "HEVC byte stream", config.parameterSets, out);
+}
+
+ExtractWriterPtr makeMpegVideoWriter(const ExtractTrack& track, ExtractFile& out) {
+    constexpr uint8_t kSequenceHeader = 0xB3;  // ISO/IEC 13818-2, 6.2.1
+    const bool isFirst = track.info.mime == android::MEDIA_MIMETYPE_VIDEO_MPEG1;
+    const Bytes headers = beginsWithStartCode(track.codecPrivate) ? track.codecPrivate : Bytes();
+    return std::make_unique<MpegVideoWriter>(isFirst ? "MPEG-1 video" : "MPEG-2 video", headers,
+                                             kSequenceHeader, out);
+}
+
+ExtractWriterPtr makeMpeg4Writer(const ExtractTrack& track, ExtractFile& out) {
+    constexpr uint8_t kSequenceStart = 0xB0;  // ISO/IEC 14496-2, 6.2.1
+    if (!track.specificInfo.empty() && !beginsWithStartCode(track.specificInfo))
+        throw ExtractRefusal("its frames have no start codes, so that nothing tells where one ends");
+    return std::make_unique<MpegVideoWriter>("MPEG-4 part 2 video", track.specificInfo, kSequenceStart, out);
+}
+
+ExtractWriterPtr makeIvfWriter(const ExtractTrack& track, ExtractFile& out) {
+    return std::make_unique<IvfWriter>(track, out);
+}
+
+}  // namespace mkvx

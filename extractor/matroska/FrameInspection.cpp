@@ -24,9 +24,14 @@ constexpr int kMostInspectedBlocks = 50;
 // Reads the front pending block into `frame`, whose memory is kept when it is large enough.
 bool MatroskaExtIterator::InspectFrontFrame(InspectedFrame* frame) {
     BlockGroup& group = *mPendingBlocks.front();
-    const uint32_t size = group.Block.GetSize(AnyNode(), mTrack);
     frame->size = 0;
+    const bool isSane = group.Block.DataSize <= limit::kInspectedBytes;
+    const uint32_t size = isSane ? group.Block.GetSize(AnyNode(), mTrack) : 0;
     if (group.Block.IsRefused()) return false;
+    if (!isSane || size > limit::kInspectedBytes) {
+        mFile->Losses.Add(LossKind::kTooLarge, group.Block.DataPosition, group.Block.DataSize);
+        return false;
+    }
     if (frame->bytes == nullptr || frame->capacity < size) {
         frame->bytes.reset();
         frame->bytes.reset(new (std::nothrow) uint8_t[size]);

@@ -24,6 +24,7 @@ constexpr int kThumbnailCheckLine = 1276;
 
 MatroskaExtExtractor::MatroskaExtExtractor(const sp<DataSource>& source)
     : mFile(new CMatroskaFile(source)), mThumbnailsFound(false), mSubtitleCount(0) {
+    const CMatroskaFile::Opening opening(mFile.get());
     if (Failed(mFile->Init())) return;
     BuildIndex(source);
     addTracks();

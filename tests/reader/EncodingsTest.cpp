@@ -152,12 +152,26 @@ TEST(Zlib, StreamsOfEverySizeWholeAndDamaged) {
     }
 }
 
+// What follows the end of a stream is ignored, so that a block of any size can hold a frame of any size.
 TEST(Zlib, FramesThatInflateBeyondTheLimitStayAsStored) {
-    const Bytes below = Compress(Bytes(reader::limit::kInflatedFrameBytes, 0));
-    const Bytes above = Compress(Bytes(reader::limit::kInflatedFrameBytes + 1, 0));
-    OneBlock fits(EncodedTrack({Encoding(0, 0, 0)}), SimpleBlock(1, 0, 0, below));
-    EXPECT_EQ(reader::limit::kInflatedFrameBytes, fits.Block().GetSize(fits.node.get(), fits.entry));
-    EXPECT_EQ(ToHex(above), Delivered({Encoding(0, 0, 0)}, above));
+    constexpr uint32_t kSmallBlock = 8192;
+    const struct {
+        const char* name;
+        size_t blockBytes;
+        uint32_t limit;
+    } rows[] = {
+        {"a small block", kSmallBlock, reader::limit::RestoredBytesOf(kSmallBlock)},
+        {"a block that may hold any frame", 5 << 20, reader::limit::kInflatedFrameBytes},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Bytes below = Compress(Bytes(row.limit, 0)), above = Compress(Bytes(row.limit + 1, 0));
+        below.resize(row.blockBytes);
+        above.resize(row.blockBytes);
+        OneBlock fits(EncodedTrack({Encoding(0, 0, 0)}), SimpleBlock(1, 0, 0, below));
+        EXPECT_EQ(row.limit, fits.Block().GetSize(fits.node.get(), fits.entry));
+        EXPECT_EQ(ToHex(above), Delivered({Encoding(0, 0, 0)}, above));
+    }
 }
 
 }  // namespace

@@ -225,7 +225,7 @@ Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool
 // stored.
 Result SimpleBlock::ReadFrames(CMatroskaNode* node, const TrackEntry& track, size_t firstSize) {
     CMatroskaFile* file = node->File();
-    uint32_t roomLeft = limit::kRestoredBlockBytes;
+    uint32_t roomLeft = limit::RestoredBytesOf(DataSize);
     file->SeekTo(FramesPosition);
     for (size_t i = firstSize; i < FrameSizes.size(); ++i) {
         AutoPtr<CBinary> frame = new CBinary;
@@ -269,7 +269,8 @@ uint32_t SimpleBlock::GetSize(CMatroskaNode* node, const TrackEntry* track) {
     } else if (track != nullptr && track->StrippedHeaderBytes != 0) {
         if (FrameSizes.empty() && !mIsRefused) (void)ParseData(node, track, true);
         size = mIsRefused ? 0 : RestoredSize(*track);
-        if (size > DataSize && size > limit::kRestoredBlockBytes) (void)Refuse(node, LossKind::kTooLarge);
+        if (size > DataSize && size > limit::RestoredBytesOf(DataSize))
+            (void)Refuse(node, LossKind::kTooLarge);
     } else if (!mIsRefused && !IsDeliverable(*node->File())) {
         (void)Refuse(node, LossKind::kBeyondSource);
     }

@@ -128,6 +128,10 @@ sp<BlockRun> BlockRunCache::First(CMatroskaNode* cluster) {
     return run;
 }
 
+void BlockRunCache::Clear() {
+    for (sp<BlockRun>& run : mRuns) run.clear();
+}
+
 sp<BlockRun> BlockRunCache::After(const BlockRun& before) {
     bool isNew;
     const sp<BlockRun>& run = Slot(before.mTail->HeaderStart(), false, &isNew);

@@ -80,6 +80,8 @@ class BlockRunCache {
     android::sp<BlockRun> First(CMatroskaNode* cluster);
     // The run behind `run`, which must be full.
     android::sp<BlockRun> After(const BlockRun& run);
+    // Forgets every run; iterators keep theirs.
+    void Clear();
 
   private:
     // The run with this key, or one made anew in its slot, which says so.

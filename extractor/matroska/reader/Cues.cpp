@@ -12,10 +12,8 @@ Result Cue::Parse(CMatroskaNode* node) {
 
 // Appends the point when it has a readable child, as a list of repeated masters would.
 Result Cue::ParsePoint(CMatroskaNode* node) {
-    if (Points.size() >= limit::kCuePoints) {
-        node->File()->Losses.Add(LossKind::kLimit, node->HeaderStart(), node->Size());
-        return kFailure;
-    }
+    CMatroskaFile* file = node->File();
+    if (!file->Admit(file->Counts.cuePoints, limit::kCuePoints, node->HeaderStart())) return kFailure;
     CuePoint point;
     point.FirstPosition = static_cast<uint32_t>(Positions.size());
     CUInt time;
@@ -32,7 +30,8 @@ Result Cue::ParsePoint(CMatroskaNode* node) {
 }
 
 Result Cue::ParsePosition(CMatroskaNode* node) {
-    if (Positions.size() >= limit::kCuePositions) return kFailure;
+    CMatroskaFile* file = node->File();
+    if (!file->Admit(file->Counts.cuePositions, limit::kCuePositions, node->HeaderStart())) return kFailure;
     CueTrackPosition position;
     position.FirstReference = static_cast<uint32_t>(References.size());
     CUInt value;
@@ -70,7 +69,8 @@ Result Cue::ParsePosition(CMatroskaNode* node) {
 }
 
 Result Cue::ParseReference(CMatroskaNode* node) {
-    if (References.size() >= limit::kCuePositions) return kFailure;
+    CMatroskaFile* file = node->File();
+    if (!file->Admit(file->Counts.cueReferences, limit::kCueReferences, node->HeaderStart())) return kFailure;
     CueReference reference;
     CUInt value;
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {

@@ -47,7 +47,31 @@ bool CMatroskaFile::CanDeliver(uint64_t position, uint64_t size) const {
     if (size == 0 || (mHasKnownLength && size <= limit::kUnprobedBytes)) return true;
     // What getSize says may be wrong, and without it nothing is known: the far end has to answer.
     uint8_t last;
-    return mSource->readAt(static_cast<off64_t>(position + size - 1), &last, 1) == 1;
+    if (mOpening.isOn && !MayAsk()) return false;
+    const bool isThere = mSource->readAt(static_cast<off64_t>(position + size - 1), &last, 1) == 1;
+    if (mOpening.isOn && isThere) NoteDelivery(position + size, 1);
+    return isThere;
+}
+
+// Counts one more read, unless opening has used up what it may.
+bool CMatroskaFile::MayAsk() const {
+    const uint64_t reads = limit::kOpeningReads + limit::kOpeningReadsPerByte * mOpening.furthest;
+    const uint64_t bytes = limit::kOpeningBytes + limit::kOpeningBytesPerByte * mOpening.furthest;
+    mOpening.isExhausted = mOpening.isExhausted || mOpening.reads >= reads || mOpening.bytes >= bytes;
+    if (!mOpening.isExhausted) ++mOpening.reads;
+    return !mOpening.isExhausted;
+}
+
+void CMatroskaFile::NoteDelivery(uint64_t end, uint64_t bytes) const {
+    mOpening.bytes += bytes;
+    mOpening.furthest = std::max(mOpening.furthest, end);
+}
+
+void CMatroskaFile::FinishOpening() {
+    mOpening.isOn = false;
+    if (!mOpening.isExhausted) return;
+    Losses.Add(LossKind::kLimit, mOpening.furthest, 0);
+    Blocks.Clear();  // a run that ended for want of reads is not the Cluster's end
 }
 
 bool CMatroskaFile::Admit(uint32_t& counter, uint32_t limit, uint64_t position) {

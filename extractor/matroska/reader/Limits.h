@@ -9,11 +9,15 @@ namespace MatroskaExtReader {
 
 namespace limit {
 
+constexpr uint32_t kSegments = 256;
 constexpr uint32_t kTrackEntries = 1024;
+constexpr uint32_t kSeekHeads = 4096;
 constexpr uint32_t kSeekEntries = 16384;
 constexpr uint32_t kFollowedSeekHeads = 256;
-constexpr uint32_t kCuePoints = 2u << 20;
+constexpr uint32_t kCues = 4096;
+constexpr uint32_t kCuePoints = 2u << 20;  // these three of all Cues of the file
 constexpr uint32_t kCuePositions = 2u << 20;
+constexpr uint32_t kCueReferences = 2u << 20;
 constexpr uint32_t kChapterObjects = 32768;
 constexpr uint32_t kChapterDepth = 64;
 constexpr uint32_t kAttachedFiles = 16384;
@@ -23,15 +27,33 @@ constexpr uint32_t kClusterObjects = 65536;  // blocks kept by a full parse, whi
 
 // Payload bytes of strings and binaries that the model keeps: elements that reach past their parent overlap,
 // so their sum can exceed the file.
-constexpr uint64_t kKeptBytes = 128u << 20;
+constexpr uint64_t kKeptBytes = 32u << 20;
 constexpr uint64_t kStringBytes = 16u << 20;
 
 // Beyond this many bytes a declared size is believed only after the payload's last byte could be read.
 constexpr uint64_t kUnprobedBytes = 1u << 20;
 
+// What a frame may grow to when its encoding is undone, and all frames of one block together. A block of few
+// bytes that claims to hold very many is not believed.
 constexpr uint32_t kInflatedFrameBytes = 64u << 20;
-constexpr uint32_t kRestoredBlockBytes = 256u
-                                         << 20;  // inflated or header-restored frames of one block together
+constexpr uint32_t kRestoredBlockBytes = 256u << 20;
+constexpr uint64_t kUnquestionedGrowth = 4u << 20;
+constexpr uint64_t kMostGrowth = 16;  // times the block's own bytes, beyond kUnquestionedGrowth
+
+constexpr uint32_t RestoredBytesOf(uint64_t blockBytes) {
+    return blockBytes >= (kRestoredBlockBytes - kUnquestionedGrowth) / kMostGrowth
+               ? kRestoredBlockBytes
+               : static_cast<uint32_t>(kUnquestionedGrowth + kMostGrowth * blockBytes);
+}
+
+// A first frame in which a codec's configuration is looked for.
+constexpr uint32_t kInspectedBytes = 32u << 20;
+
+// What opening may ask of the source, measured by the bytes in front of the furthest one that the source has
+// delivered. A sound file is opened for a fraction of this. What overlaps itself, or sends one track after
+// the other through the whole file, runs out of it, and what was found until then is offered.
+constexpr uint64_t kOpeningReads = 64, kOpeningReadsPerByte = 4;
+constexpr uint64_t kOpeningBytes = 1u << 20, kOpeningBytesPerByte = 16;
 
 }  // namespace limit
 

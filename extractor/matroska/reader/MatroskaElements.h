@@ -502,6 +502,8 @@ class Segment {
     CNode<Chapter> Chapters;
 
   private:
+    Result ParseSeekHead(CMatroskaNode* node);
+    Result ParseCues(CMatroskaNode* node);
     int ParseHead(CMatroskaNode* node);
     void FollowSeekHeads(CMatroskaNode* node);
     void ParseBehindClusters(CMatroskaNode* node);

@@ -46,8 +46,10 @@ class CMatroskaFile {
     // ---- bytes ----
     // `n` bytes at the position, which moves by what the source delivered. A short read is a failure.
     Result Read(uint8_t* buffer, uint32_t n) {
+        if (mOpening.isOn && !MayAsk()) return kFailure;
         const ssize_t got = mSource->readAt(static_cast<off64_t>(mPosition), buffer, n);
         if (got > 0) mPosition += static_cast<uint64_t>(got);
+        if (mOpening.isOn && got > 0) NoteDelivery(mPosition, static_cast<uint64_t>(got));
         return got == static_cast<ssize_t>(n) ? kOk : kFailure;
     }
     // One big-endian value of T's width.
@@ -61,6 +63,19 @@ class CMatroskaFile {
     uint64_t LeftInFile() const { return mLength > mPosition ? mLength - mPosition : 0; }
     // Can the source deliver `size` bytes from `position`? May read one byte; leaves the position alone.
     bool CanDeliver(uint64_t position, uint64_t size) const;
+
+    // While one lives, the file is being opened: what that may ask of the source is bounded (see
+    // limit::kOpeningReads). Beyond it reads fail as they do at the end of a file, with one loss.
+    class Opening {
+      public:
+        explicit Opening(CMatroskaFile* file) : mFile(file) { mFile->mOpening.isOn = true; }
+        ~Opening() { mFile->FinishOpening(); }
+        Opening(const Opening&) = delete;
+        Opening& operator=(const Opening&) = delete;
+
+      private:
+        CMatroskaFile* mFile;
+    };
 
     // ---- document ----
     // The EBML header and the head of every Segment below `root`.
@@ -103,7 +118,8 @@ class CMatroskaFile {
     // The same for the bytes of a string or binary that the model keeps.
     bool AdmitBytes(uint64_t position, uint64_t size);
     struct Counters {
-        uint32_t tracks = 0, seekEntries = 0, chapterObjects = 0, attachedFiles = 0;
+        uint32_t segments = 0, tracks = 0, seekHeads = 0, seekEntries = 0, chapterObjects = 0;
+        uint32_t cues = 0, cuePoints = 0, cuePositions = 0, cueReferences = 0, attachedFiles = 0;
         uint32_t contentEncodings = 0, clusterObjects = 0, chapterDepth = 0;
     } Counts;
     MatroskaExtReader::Losses Losses;
@@ -112,7 +128,19 @@ class CMatroskaFile {
     friend class ChildWalk;
 
     void IndexTracks();
+    bool MayAsk() const;
+    void NoteDelivery(uint64_t end, uint64_t bytes) const;
+    void FinishOpening();
 
+    // What opening has cost so far.
+    struct OpeningCost {
+        bool isOn = false;
+        bool isExhausted = false;
+        uint64_t reads = 0;
+        uint64_t bytes = 0;
+        uint64_t furthest = 0;  // end of the furthest bytes that were delivered
+    };
+    mutable OpeningCost mOpening;
     android::sp<android::DataSource> mSource;
     uint64_t mPosition;
     uint64_t mLength;

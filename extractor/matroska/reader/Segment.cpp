@@ -56,11 +56,11 @@ Result Info::Parse(CMatroskaNode* node) {
 
 Result Segment::Parse(CMatroskaNode* node) {
     static const ChildRow<Segment> kRows[] = {
-        {id::kSeekHead, [](Segment& s, CMatroskaNode* child) { return s.SeekHeads.Parse(child); }},
+        {id::kSeekHead, [](Segment& s, CMatroskaNode* child) { return s.ParseSeekHead(child); }},
         {id::kInfo, [](Segment& s, CMatroskaNode* child) { return s.Info.Parse(child); }},
         {id::kCluster, [](Segment& s, CMatroskaNode* child) { return s.Clusters.Parse(child); }},
         {id::kTracks, [](Segment& s, CMatroskaNode* child) { return s.Tracks.Parse(child); }},
-        {id::kCues, [](Segment& s, CMatroskaNode* child) { return s.Cues.Parse(child); }},
+        {id::kCues, [](Segment& s, CMatroskaNode* child) { return s.ParseCues(child); }},
         {id::kAttachments, [](Segment& s, CMatroskaNode* child) { return s.Attachments.Parse(child); }},
         {id::kChapters, [](Segment& s, CMatroskaNode* child) { return s.Chapters.Parse(child); }},
     };
@@ -68,6 +68,18 @@ Result Segment::Parse(CMatroskaNode* node) {
     DataStart = node->DataStart();
     Size = node->Size();
     return ParseChildren(*this, node, kRows);
+}
+
+Result Segment::ParseSeekHead(CMatroskaNode* node) {
+    CMatroskaFile* file = node->File();
+    const bool isAdmitted = file->Admit(file->Counts.seekHeads, limit::kSeekHeads, node->HeaderStart());
+    return isAdmitted ? SeekHeads.Parse(node) : kFailure;
+}
+
+Result Segment::ParseCues(CMatroskaNode* node) {
+    CMatroskaFile* file = node->File();
+    const bool isAdmitted = file->Admit(file->Counts.cues, limit::kCues, node->HeaderStart());
+    return isAdmitted ? Cues.Parse(node) : kFailure;
 }
 
 Result Segment::ParseMinimal(CMatroskaNode* node) {
@@ -92,7 +104,7 @@ int Segment::ParseHead(CMatroskaNode* node) {
                 ++count;
                 break;
             case id::kSeekHead:
-                (void)SeekHeads.Parse(child);
+                (void)ParseSeekHead(child);
                 ++count;
                 break;
             case id::kTracks:
@@ -101,7 +113,7 @@ int Segment::ParseHead(CMatroskaNode* node) {
                 ++count;
                 break;
             case id::kCues:
-                (void)Cues.Parse(child);
+                (void)ParseCues(child);
                 break;
             default:
                 break;
@@ -121,7 +133,7 @@ void Segment::FollowSeekHeads(CMatroskaNode* node) {
         file->SeekTo(position);
         further = new CMatroskaNode(node);
         if (!further->IsValid() || further->Id() != id::kSeekHead) return;
-        (void)SeekHeads.Parse(further.get());
+        (void)ParseSeekHead(further.get());
     }
 }
 
@@ -130,7 +142,7 @@ void Segment::ParseBehindClusters(CMatroskaNode* node) {
     AutoPtr<CMatroskaNode> child;
     if (Cues.isEmpty() && (child = node->Child(id::kCues, false)) != nullptr) {
         do {  // bounded: every step moves forward
-            (void)Cues.Parse(child.get());
+            (void)ParseCues(child.get());
         } while (child->Next(true));
     }
     if (Chapters.isEmpty() && (child = node->Child(id::kChapters, false)) != nullptr) {

@@ -163,7 +163,7 @@ Bytes pcmFormat(uint32_t rate, uint32_t channels, uint32_t bits) {
 }
 
 // The file's own wave format, as long as it says it is.
-Bytes waveFormat(const Bytes& codecPrivate) {
+Bytes formatChunk(const Bytes& codecPrivate) {
     const size_t extra = codecPrivate[16] | size_t(codecPrivate[17]) << 8;
     const size_t size = std::min(codecPrivate.size(), kWaveFormatSize + extra);
     Bytes format(codecPrivate.begin(), codecPrivate.begin() + ptrdiff_t(size));
@@ -207,7 +207,7 @@ ExtractWriterPtr makeFlacWriter(const ExtractTrack& track, ExtractFile& out) {
 ExtractWriterPtr makeWavWriter(const ExtractTrack& track, ExtractFile& out) {
     if (track.codecId == "A_MS/ACM") {
         if (!isWaveFormat(track)) throw ExtractRefusal("its wave format is cut short");
-        return std::make_unique<WavWriter>(waveFormat(track.codecPrivate), 0, out);
+        return std::make_unique<WavWriter>(formatChunk(track.codecPrivate), 0, out);
     }
     const uint32_t bits = track.bitsPerSample;
     const auto rate = uint32_t(track.info.sampleRate.value_or(0));

@@ -50,11 +50,12 @@ size_t extract(const Session& session, const TrackInfo& track, ExtractWriter& wr
         ++units;
         progress.reach(unit.timeUs, out.size());
     });
-    writer.finish();
-    out.close();
     if (unreadable > 0)
         fmt::print(stderr, "mkvx: {}: track {}: {} units could not be read\n", session.info().path,
                    track.index, unreadable);
+    if (units == 0) throw ExtractRefusal("it delivers no unit");
+    writer.finish();
+    out.close();
     return units;
 }
 

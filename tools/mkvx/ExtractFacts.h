@@ -9,9 +9,6 @@ namespace mkvx {
 // not tell: CodecID, CodecPrivate, bit depth. The file is one that a Session accepted.
 ExtractTrack factsOf(const std::string& path, const TrackInfo& info);
 
-// The decoder specific information inside an esds record as the plug-in makes it; empty when it is broken.
-Bytes specificInfoOf(const Bytes& esds);
-
 // The bytes of the configuration record with that key; empty without one.
 Bytes configOf(const TrackInfo& info, const char* key);
 

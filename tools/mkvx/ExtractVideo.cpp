@@ -9,69 +9,6 @@
 namespace mkvx {
 namespace {
 
-constexpr uint8_t kStartCode[] = {0, 0, 0, 1};
-
-// Takes big-endian numbers and runs of bytes off a configuration record.
-class RecordCursor {
-  public:
-    explicit RecordCursor(const Bytes& bytes) : mBytes(bytes) {}
-
-    void skip(size_t bytes) { take(bytes); }
-    uint32_t number(size_t bytes) {
-        uint32_t value = 0;
-        const uint8_t* data = take(bytes);
-        for (size_t i = 0; i < bytes; ++i) value = value << 8 | data[i];
-        return value;
-    }
-    // Appends one parameter set, behind its 16-bit length, with a start code.
-    void unitTo(Bytes& out) {
-        const size_t size = number(2);
-        const uint8_t* data = take(size);
-        out.insert(out.end(), std::begin(kStartCode), std::end(kStartCode));
-        out.insert(out.end(), data, data + size);
-    }
-
-  private:
-    const uint8_t* take(size_t bytes) {
-        if (mBytes.size() - mAt < bytes)
-            throw ExtractRefusal("its decoder configuration record is cut short");
-        mAt += bytes;
-        return mBytes.data() + mAt - bytes;
-    }
-
-    const Bytes& mBytes;
-    size_t mAt = 0;
-};
-
-struct NalConfig {
-    Bytes parameterSets;  // with start codes
-    uint32_t lengthSize = 4;
-};
-
-// AVCDecoderConfigurationRecord, ISO/IEC 14496-15, 5.3.3.
-NalConfig readAvcConfig(const Bytes& record) {
-    NalConfig config;
-    RecordCursor cursor(record);
-    cursor.skip(4);
-    config.lengthSize = (cursor.number(1) & 3) + 1;
-    for (uint32_t left = cursor.number(1) & 0x1F; left > 0; --left) cursor.unitTo(config.parameterSets);
-    for (uint32_t left = cursor.number(1); left > 0; --left) cursor.unitTo(config.parameterSets);
-    return config;
-}
-
-// HEVCDecoderConfigurationRecord, ISO/IEC 14496-15, 8.3.3.
-NalConfig readHevcConfig(const Bytes& record) {
-    NalConfig config;
-    RecordCursor cursor(record);
-    cursor.skip(21);
-    config.lengthSize = (cursor.number(1) & 3) + 1;
-    for (uint32_t arrays = cursor.number(1); arrays > 0; --arrays) {
-        cursor.skip(1);
-        for (uint32_t left = cursor.number(2); left > 0; --left) cursor.unitTo(config.parameterSets);
-    }
-    return config;
-}
-
 class IvfWriter : public ExtractWriter {
   public:
     IvfWriter(const ExtractTrack& track, ExtractFile& out) : ExtractWriter(out), mInfo(track.info) {}
@@ -144,13 +81,14 @@ bool beginsWithStartCode(const Bytes& bytes) {
 ExtractWriterPtr makeNalWriter(const ExtractTrack& track, ExtractFile& out) {
     const bool isAvc = track.info.mime == android::MEDIA_MIMETYPE_VIDEO_AVC;
     const Bytes record = configOf(track.info, isAvc ? "avcc" : "hvcc");
-    const NalConfig config = isAvc ? readAvcConfig(record) : readHevcConfig(record);
-    if (config.lengthSize != 4)
+    const size_t lengthSizeAt = isAvc ? 4 : 21;  // ISO/IEC 14496-15, 5.3.3 and 8.3.3
+    if (record.size() > lengthSizeAt && (record[lengthSizeAt] & 3) != 3)
         throw ExtractRefusal(
             fmt::format("its NAL units have {}-byte lengths, and the plug-in turns only 4-byte lengths into "
                         "start codes",
-                        config.lengthSize));
-    return makePlainWriter(isAvc ? "H.264 byte stream" : "HEVC byte stream", config.parameterSets, out);
+                        (record[lengthSizeAt] & 3) + 1));
+    const Bytes parameterSets = isAvc ? avccParameterSets(record) : hvccParameterSets(record);
+    return makePlainWriter(isAvc ? "H.264 byte stream" : "HEVC byte stream", parameterSets, out);
 }
 
 ExtractWriterPtr makeMpegVideoWriter(const ExtractTrack& track, ExtractFile& out) {

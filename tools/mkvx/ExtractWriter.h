@@ -7,14 +7,12 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
+#include "DecodeRecords.h"
 #include "ExtractFile.h"
 #include "Model.h"
 
 namespace mkvx {
-
-using Bytes = std::vector<uint8_t>;
 
 // What is known of a track: what the plug-in says, and from the file itself what a file format needs beyond
 // that.

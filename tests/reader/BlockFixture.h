@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,7 +47,7 @@ struct OneBlock : InitialisedFile {
         return Block().FrameSizes;
     }
 
-    android::sp<reader::BlockGroup> group;
+    std::unique_ptr<reader::BlockGroup> group;
     android::sp<reader::CMatroskaNode> node;
     reader::TrackEntry* entry = nullptr;
     reader::Result parsed = 0;

@@ -225,7 +225,7 @@ Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool
 // stored.
 Result SimpleBlock::ReadFrames(CMatroskaNode* node, const TrackEntry& track, size_t firstSize) {
     CMatroskaFile* file = node->File();
-    uint32_t roomLeft = limit::RestoredBytesOf(DataSize);
+    uint32_t roomLeft = MostRestoredBytes(*file);
     file->SeekTo(FramesPosition);
     for (size_t i = firstSize; i < FrameSizes.size(); ++i) {
         AutoPtr<CBinary> frame = new CBinary;
@@ -243,6 +243,11 @@ Result SimpleBlock::ReadFrames(CMatroskaNode* node, const TrackEntry& track, siz
         roomLeft -= std::min(roomLeft, frame->size());
     }
     return kOk;
+}
+
+// A block that is only looked into while the file is opened may not grow out of proportion.
+uint32_t SimpleBlock::MostRestoredBytes(const CMatroskaFile& file) const {
+    return file.IsOpening() ? limit::RestoredBytesWhileOpening(DataSize) : limit::kRestoredBlockBytes;
 }
 
 uint64_t SimpleBlock::DecodedSize(const TrackEntry& track) const {
@@ -269,7 +274,7 @@ uint32_t SimpleBlock::GetSize(CMatroskaNode* node, const TrackEntry* track) {
     } else if (track != nullptr && track->StrippedHeaderBytes != 0) {
         if (FrameSizes.empty() && !mIsRefused) (void)ParseData(node, track, true);
         size = mIsRefused ? 0 : RestoredSize(*track);
-        if (size > DataSize && size > limit::RestoredBytesOf(DataSize))
+        if (size > DataSize && size > MostRestoredBytes(*node->File()))
             (void)Refuse(node, LossKind::kTooLarge);
     } else if (!mIsRefused && !IsDeliverable(*node->File())) {
         (void)Refuse(node, LossKind::kBeyondSource);

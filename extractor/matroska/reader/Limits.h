@@ -33,14 +33,14 @@ constexpr uint64_t kStringBytes = 16u << 20;
 // Beyond this many bytes a declared size is believed only after the payload's last byte could be read.
 constexpr uint64_t kUnprobedBytes = 1u << 20;
 
-// What a frame may grow to when its encoding is undone, and all frames of one block together. A block of few
-// bytes that claims to hold very many is not believed.
+// What a frame may grow to when its encoding is undone, and all frames of one block together. While a file is
+// being opened a block of few bytes that claims to hold very many is not looked into.
 constexpr uint32_t kInflatedFrameBytes = 64u << 20;
 constexpr uint32_t kRestoredBlockBytes = 256u << 20;
 constexpr uint64_t kUnquestionedGrowth = 4u << 20;
 constexpr uint64_t kMostGrowth = 16;  // times the block's own bytes, beyond kUnquestionedGrowth
 
-constexpr uint32_t RestoredBytesOf(uint64_t blockBytes) {
+constexpr uint32_t RestoredBytesWhileOpening(uint64_t blockBytes) {
     return blockBytes >= (kRestoredBlockBytes - kUnquestionedGrowth) / kMostGrowth
                ? kRestoredBlockBytes
                : static_cast<uint32_t>(kUnquestionedGrowth + kMostGrowth * blockBytes);

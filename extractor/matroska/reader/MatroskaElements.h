@@ -412,6 +412,7 @@ class SimpleBlock {
     Result ReadPlain(CMatroskaNode* node, uint8_t* out, long& len);
     Result ReadFrames(CMatroskaNode* node, const TrackEntry& track, size_t firstSize);
     Result Refuse(CMatroskaNode* node, LossKind kind);
+    uint32_t MostRestoredBytes(const CMatroskaFile& file) const;
     uint64_t DecodedSize(const TrackEntry& track) const;
     uint64_t RestoredSize(const TrackEntry& track) const;
 

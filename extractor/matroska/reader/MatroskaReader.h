@@ -77,6 +77,8 @@ class CMatroskaFile {
         CMatroskaFile* mFile;
     };
 
+    bool IsOpening() const { return mOpening.isOn; }
+
     // ---- document ----
     // The EBML header and the head of every Segment below `root`.
     Result Parse(CMatroskaNode* root);

@@ -55,6 +55,9 @@ void MatroskaExtIterator::seekToTime(long long timeUs) {
         }
     }
     if (!mBlock.IsValid()) reset();
+    // What is left of a Cluster that was given up stays undelivered: reading goes on behind it.
+    while (mBlock.IsValid() && mBlock.MoveToNext(mFile, mCluster.get())) {  // bounded by the Cluster
+    }
 }
 
 // True when the seek ends here: a key frame of this track was found in a Cluster that the point names.

@@ -42,7 +42,12 @@ ssize_t copyFrom(const uint8_t* bytes, size_t total, off64_t offset, void* data,
     const off64_t rest = bytesBehind(offset, static_cast<off64_t>(total));
     if (rest <= 0) return static_cast<ssize_t>(rest);
     const size_t count = std::min(size, static_cast<size_t>(rest));
-    if (count > 0) memcpy(data, bytes + offset, count);
+    // Parsers read many single bytes; those need no call.
+    if (count == 1) {
+        *static_cast<uint8_t*>(data) = bytes[offset];
+    } else if (count > 0) {
+        memcpy(data, bytes + offset, count);
+    }
     return static_cast<ssize_t>(count);
 }
 

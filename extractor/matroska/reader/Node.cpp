@@ -11,12 +11,6 @@ using android::sp;
 
 namespace {
 
-struct ElementHeader {
-    uint32_t id;
-    uint64_t size;
-    bool hasUnknownSize;
-};
-
 // The ID and size at the file's position, in as few reads as can be had without touching a byte behind them:
 // two bytes are always there, and each read's bytes say how many must follow.
 bool ReadElementHeader(CMatroskaFile& file, ElementHeader* header) {
@@ -38,13 +32,13 @@ bool ReadElementHeader(CMatroskaFile& file, ElementHeader* header) {
 
 }  // namespace
 
-CMatroskaNode::CMatroskaNode(CMatroskaFile* file) : mFile(file), mHeaderStart(0), mDataStart(0), mOpenEnd(0) {
-    mId.Set(0);
-    mSize.Set(file->Length());
+CMatroskaNode::CMatroskaNode(CMatroskaFile* file)
+    : mFile(file), mIsValid(true), mHeaderStart(0), mDataStart(0), mOpenEnd(0) {
+    mHeader.size = file->Length();
 }
 
 CMatroskaNode::CMatroskaNode(const CMatroskaNode* parent)
-    : mFile(parent->mFile), mHeaderStart(0), mDataStart(0), mOpenEnd(0) {
+    : mFile(parent->mFile), mIsValid(false), mHeaderStart(0), mDataStart(0), mOpenEnd(0) {
     BecomeChildOf(parent);
     Parse();
 }
@@ -61,12 +55,15 @@ void CMatroskaNode::BecomeChildOf(const CMatroskaNode* parent) {
 Result CMatroskaNode::Parse() {
     mHeaderStart = mFile->Position();
     mOpenEnd = 0;
-    ElementHeader header;
-    const bool isRead = ReadElementHeader(*mFile, &header);
+    mIsValid = ReadElementHeader(*mFile, &mHeader);
     mDataStart = mFile->Position();
-    mId = isRead ? CID(static_cast<int32_t>(header.id)) : CID();
-    if (isRead) mSize.SetElementSize(header.size, header.hasUnknownSize);
-    return isRead ? kOk : kFailure;
+    if (!mIsValid) Forget();
+    return mIsValid ? kOk : kFailure;
+}
+
+void CMatroskaNode::Forget() {
+    mHeader = ElementHeader();
+    mIsValid = false;
 }
 
 void CMatroskaNode::SeekTo(int64_t position) {
@@ -85,8 +82,8 @@ Result CMatroskaNode::Read(uint8_t* buffer, uint32_t size) {
 sp<CMatroskaNode> CMatroskaNode::Copy() const {
     sp<CMatroskaNode> copy = new CMatroskaNode(mFile);
     copy->mParent = mParent;
-    copy->mId = mId;
-    copy->mSize = mSize;
+    copy->mHeader = mHeader;
+    copy->mIsValid = mIsValid;
     copy->mHeaderStart = mHeaderStart;
     copy->mDataStart = mDataStart;
     copy->mOpenEnd = mOpenEnd;
@@ -124,7 +121,7 @@ void CMatroskaNode::BecomeFirstChildOf(const CMatroskaNode* parent) {
     BecomeChildOf(parent);
     mFile->SeekTo(parent->mDataStart);
     if (parent->mDataStart >= mParent.mEnd) {
-        mId = CID();  // clipped to nothing: there is no header to read
+        Forget();  // clipped to nothing: there is no header to read
         mHeaderStart = mDataStart = parent->mDataStart;
         return;
     }
@@ -133,7 +130,7 @@ void CMatroskaNode::BecomeFirstChildOf(const CMatroskaNode* parent) {
 
 bool CMatroskaNode::MoveToFirstChildOf(const CMatroskaNode* parent) {
     if (parent->Size() == 0) {
-        mId = CID();
+        Forget();
         return false;
     }
     BecomeFirstChildOf(parent);

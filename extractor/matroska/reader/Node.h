@@ -17,6 +17,13 @@ namespace MatroskaExtReader {
 
 class CMatroskaFile;
 
+// What stands in front of an element's payload.
+struct ElementHeader {
+    uint32_t id = 0;
+    uint64_t size = 0;            // of the payload; what is left of the file where it is unknown
+    bool hasUnknownSize = false;  // the size field held the marker of an unknown size
+};
+
 class CMatroskaNode : public android::RefBase {
   public:
     // The root: the whole file as one element without a header. Reads nothing.
@@ -49,15 +56,15 @@ class CMatroskaNode : public android::RefBase {
     // Moves this node to the next block element of its Cluster.
     bool NextBlock();
 
-    bool IsValid() const { return mId.IsSet() && mSize.IsSet(); }
-    uint32_t Id() const { return static_cast<uint32_t>(mId.Get()); }
-    uint64_t Size() const { return mSize.Get(); }
+    // The header could be decoded.
+    bool IsValid() const { return mIsValid; }
+    uint32_t Id() const { return mHeader.id; }
+    uint64_t Size() const { return mHeader.size; }
     uint64_t HeaderStart() const { return mHeaderStart; }
     uint64_t DataStart() const { return mDataStart; }
     CMatroskaFile* File() const { return mFile; }
     bool IsBlockElement() const;
-    // The size field held the marker of an unknown size.
-    bool HasUnknownSize() const { return mSize.IsUnknown(); }
+    bool HasUnknownSize() const { return mHeader.hasUnknownSize; }
 
     // Where the element's own size puts its end, not past 2^63.
     uint64_t PayloadEnd() const;
@@ -80,6 +87,7 @@ class CMatroskaNode : public android::RefBase {
 
     void BecomeFirstChildOf(const CMatroskaNode* parent);
     void BecomeChildOf(const CMatroskaNode* parent);
+    void Forget();
     bool Find(uint32_t id, bool scan);
     bool FinishStep();
     bool Resync();
@@ -87,8 +95,8 @@ class CMatroskaNode : public android::RefBase {
 
     CMatroskaFile* mFile;  // not owned
     Parent mParent;
-    CID mId;
-    CLength mSize;
+    ElementHeader mHeader;
+    bool mIsValid;
     uint64_t mHeaderStart;
     uint64_t mDataStart;
     mutable uint64_t mOpenEnd;  // the found end of a Cluster of unknown size; 0 until it was looked for

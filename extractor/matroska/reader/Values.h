@@ -82,10 +82,6 @@ class CLength : public CSimpleVar<uint64_t, CLength> {
     Result Parse(CMatroskaNode* node) override;
     // The last Parse met the all-ones marker of an unknown size.
     bool IsUnknown() const { return mUnknown; }
-    void SetElementSize(uint64_t size, bool isUnknown) {
-        Set(size);
-        mUnknown = isUnknown;
-    }
 
   protected:
     explicit CLength(bool isSigned) : mSigned(isSigned), mUnknown(false) {}

@@ -1,9 +1,13 @@
 # Daily habits, each a thin line onto a CMake preset. `make` builds everything into build/release/.
-.PHONY: release asan tsan clang coverage test demo interop format lint clean
+.PHONY: release asan tsan clang coverage test demo interop format lint clean fuzz arm32
 
-release asan tsan clang:
+release clang:
 	@cmake --preset $@ -DMKVX_BUILD_TESTS=ON >/dev/null
 	@cmake --build --preset $@
+
+asan tsan:
+	@scripts/build-quietly $@ -DMKVX_BUILD_TESTS=ON
+	@ctest --preset $@ -j $$(nproc) --label-exclude interop
 
 test:
 	@scripts/test
@@ -13,6 +17,14 @@ demo:
 
 interop: release
 	@ctest --preset release -L interop
+
+fuzz:
+	@scripts/fuzz
+
+arm32:
+	@scripts/arm32-sysroot
+	@scripts/build-quietly arm32
+	@ctest --preset arm32 -j $$(nproc)
 
 coverage:
 	@cmake --preset coverage >/dev/null

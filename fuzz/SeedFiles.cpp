@@ -1,0 +1,317 @@
+#include "SeedFiles.h"
+
+#include <zlib.h>
+
+#include <functional>
+
+namespace fuzz {
+
+namespace {
+
+using namespace testing_support;
+
+constexpr uint64_t kVideo = 1, kAudio = 2, kSubtitle = 17;
+const Bytes kVop = Hex("000001B0 01 000001B5 8913 000001B6 10 20 30 40 50");
+const Bytes kAnnexB =
+    Hex("00000001 6742C00D DA0507E8 40000003 00400000 0C83C508 EF 00000001 68CE3C80 00000001 6588");
+const Bytes kVorbisHeaders = Hex("02 04 03 01766F72 036F72 05626F6F6B73");
+const Bytes kA52 = Hex("0B77 0000 00 40 40 FF FF");
+
+// A file with what most files have, of which an oddity replaces a part.
+struct Parts {
+    std::string docType = "matroska";
+    Element info = Info(3000);
+    Elements tracks = {
+        Track(1, kVideo, "V_MPEG4/ISO/AVC",
+              {Bin(id::kCodecPrivate, Hex("0142C00DFFE1000467420DC001000468CE3C80")), Video(64, 48)}),
+        Track(2, kAudio, "A_AAC/MPEG4/LC", {Audio(44100, 2)}), Track(3, kSubtitle, "S_TEXT/UTF8")};
+    Elements beforeClusters, behindClusters;
+    Elements clusters = {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("00000004 65880102")),
+                                     SimpleBlock(2, 0, kKeyFrame, Hex("2110041B")),
+                                     BlockGroup(3, 5, Text("one"), {Uint(id::kBlockDuration, 40)}),
+                                     SimpleBlock(1, 40, 0, Hex("00000002 4188"))})
+                             .Label("first"),
+                         Cluster(1000, {SimpleBlock(1, 0, kKeyFrame, Hex("00000001 65")),
+                                        BlockGroup(2, 10, Hex("2120")), BlockGroup(3, 20, Text("two"))})
+                             .Label("second")};
+    bool hasSeekHead = true, hasCues = true;
+
+    Bytes Write() const {
+        Elements children;
+        if (hasSeekHead)
+            children.push_back(SeekHead({{id::kInfo, "info"}, {id::kTracks, "tracks"}, {id::kCues, "cues"}}));
+        children.push_back(info.Label("info"));
+        children.push_back(Master(id::kTracks, tracks).Label("tracks"));
+        Append(&children, beforeClusters);
+        Append(&children, clusters);
+        if (hasCues) {
+            children.push_back(
+                Master(id::kCues, {CuePoint(0, 1, "first"), CuePoint(1000, 1, "second")}).Label("cues"));
+        } else if (hasSeekHead) {
+            children.push_back(Bin(id::kVoid, Bytes(4)).Label("cues"));
+        }
+        Append(&children, behindClusters);
+        return testing_support::Write({EbmlHeader(docType), Segment(children)}).bytes;
+    }
+
+    static void Append(Elements* to, const Elements& more) {
+        to->insert(to->end(), more.begin(), more.end());
+    }
+};
+
+using Change = std::function<void(Parts&)>;
+
+// One track of the codec, with blocks that hold `frame`.
+Change OneTrack(uint64_t type, const std::string& codec, Elements details, Bytes frame,
+                Elements blocks = {}) {
+    return [=](Parts& parts) {
+        parts.tracks = {Track(1, type, codec, details)};
+        Elements all = {SimpleBlock(1, 0, kKeyFrame, frame), SimpleBlock(1, 20, 0, frame)};
+        Parts::Append(&all, blocks);
+        parts.clusters = {Cluster(0, all).Label("first"), Cluster(1000, all).Label("second")};
+    };
+}
+
+Element Private(Bytes bytes) {
+    return Bin(id::kCodecPrivate, std::move(bytes));
+}
+
+Bytes BitmapHeader(const char* compression) {
+    Bytes header = Hex("28000000 40000000 30000000 0100 1800");
+    for (int i = 0; i < 4; ++i) header.push_back(static_cast<uint8_t>(compression[i]));
+    header.resize(40);
+    return header;
+}
+
+Bytes WaveHeader(uint16_t tag) {
+    Bytes header = {static_cast<uint8_t>(tag), static_cast<uint8_t>(tag >> 8)};
+    const Bytes rest = Hex("0200 44AC0000 803E0000 0400 1000 0000");
+    header.insert(header.end(), rest.begin(), rest.end());
+    return header;
+}
+
+Bytes Deflated(const Bytes& plain) {
+    uLongf size = compressBound(static_cast<uLong>(plain.size()));
+    Bytes packed(size);
+    compress2(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size()), 9);
+    packed.resize(size);
+    return packed;
+}
+
+Element Encodings(Elements encodings) {
+    return Master(id::kContentEncodings, std::move(encodings));
+}
+
+struct Oddity {
+    const char* name;
+    Change change;
+};
+
+std::vector<Oddity> Codecs() {
+    const Element picture = Video(64, 48), sound = Audio(48000, 2, {Uint(id::kBitDepth, 16)});
+    return {
+        {"hevc",
+         OneTrack(kVideo, "V_MPEGH/ISO/HEVC", {Private(Pattern(30, 1)), picture}, Hex("00000002 2601"))},
+        {"avc_in_bitmap",
+         OneTrack(kVideo, "V_MS/VFW/FOURCC", {Private(BitmapHeader("H264")), picture}, kAnnexB)},
+        {"xvid_in_bitmap",
+         OneTrack(kVideo, "V_MS/VFW/FOURCC", {Private(BitmapHeader("XVID")), picture}, kVop)},
+        {"div3_in_bitmap",
+         OneTrack(kVideo, "V_MS/VFW/FOURCC", {Private(BitmapHeader("DIV3")), picture}, kVop)},
+        {"mpeg4_bare", OneTrack(kVideo, "V_MPEG4/ISO/ASP", {picture}, kVop)},
+        {"mpeg4_private", OneTrack(kVideo, "V_MPEG4/ISO/SP", {Private(kVop), picture}, kVop)},
+        {"mpeg2", OneTrack(kVideo, "V_MPEG2", {Private(Pattern(22, 3)), picture}, Hex("000001B3"))},
+        {"mpeg1", OneTrack(kVideo, "V_MPEG1", {picture}, Hex("000001B3"))},
+        {"vp9", OneTrack(kVideo, "V_VP9", {picture}, Hex("824983"))},
+        {"real_video", OneTrack(kVideo, "V_REAL/RV40", {picture}, Pattern(9, 4))},
+        {"real_audio", OneTrack(kAudio, "A_REAL/COOK", {sound}, Pattern(9, 5))},
+        {"vorbis",
+         OneTrack(kAudio, "A_VORBIS", {Private(kVorbisHeaders), sound}, Pattern(9, 6),
+                  {SimpleBlock(1, 40, kKeyFrame | 2, Lacing::kXiph, {Hex("01"), Hex("0203"), Hex("04")})})},
+        {"vorbis_broken", OneTrack(kAudio, "A_VORBIS", {Private(Hex("020101")), sound}, Pattern(9, 6))},
+        {"aac_private", OneTrack(kAudio, "A_AAC", {Private(Hex("1210")), sound}, Pattern(9, 7))},
+        {"aac_bare", OneTrack(kAudio, "A_AAC", {sound}, Pattern(9, 7))},
+        {"aac_odd_rate", OneTrack(kAudio, "A_AAC/MPEG4/LC", {Audio(7350, 2)}, Pattern(9, 7))},
+        {"ac3", OneTrack(kAudio, "A_AC3", {sound}, kA52)},
+        {"dts", OneTrack(kAudio, "A_DTS", {sound}, Hex("7FFE8001"))},
+        {"flac", OneTrack(kAudio, "A_FLAC", {Private(Text("fLaC")), sound}, Hex("FFF8"))},
+        {"pcm_big", OneTrack(kAudio, "A_PCM/INT/BIG", {sound}, Pattern(8, 8))},
+        {"acm_wma", OneTrack(kAudio, "A_MS/ACM", {Private(WaveHeader(0x161)), sound}, Pattern(8, 9))},
+        {"acm_short", OneTrack(kAudio, "A_MS/ACM", {Private(Bytes(17)), sound}, Pattern(8, 9))},
+        {"acm_vorbis", OneTrack(kAudio, "A_MS/ACM", {Private(WaveHeader(0x5001)), sound}, Pattern(8, 9))},
+        {"unknown_codec", OneTrack(kVideo, "V_UNCOMPRESSED", {picture}, Pattern(8, 10))},
+        {"type_of_neither", OneTrack(3, "V_MPEG2", {picture}, Pattern(8, 10))},
+    };
+}
+
+std::vector<Oddity> Blocks() {
+    const std::vector<Bytes> frames = {Hex("AA"), Pattern(300, 1), Hex("BBCC"), Hex("DD")};
+    const std::vector<Bytes> even = {Hex("AABB"), Hex("CCDD"), Hex("EEFF")};
+    const auto laced = [](Element block) {
+        return OneTrack(kVideo, "V_MPEG2", {}, Hex("0102"), {std::move(block)});
+    };
+    const auto raw = [&](const char* bytes) { return laced(Bin(id::kSimpleBlock, Hex(bytes))); };
+    const Element zlib = Encoding(0, 0, 0), strip = Encoding(1, 0, 3, Hex("000001"));
+    return {
+        {"lacing_xiph", laced(SimpleBlock(1, 40, 0x80, Lacing::kXiph, frames))},
+        {"lacing_ebml", laced(SimpleBlock(1, 40, 0x80, Lacing::kEbml, frames))},
+        {"lacing_fixed", laced(SimpleBlock(1, 40, 0x80, Lacing::kFixed, even))},
+        {"lacing_fixed_255", raw("81 0000 84 FF 0102")},
+        {"lacing_ebml_0", raw("81 0000 86 00 81 0102")},
+        {"lacing_past_end", raw("81 0000 82 02 FF10 05 01")},
+        {"lacing_unknown_size", raw("81 0000 86 02 FF FF 01020304")},
+        {"block_of_0", raw("")},
+        {"block_of_3", raw("810000")},
+        {"block_track_unknown", raw("FF 0000 80 01")},
+        {"block_past_cluster", laced(Bin(id::kSimpleBlock, Hex("8100508001")).DeclaredSize(0x4000))},
+        {"block_of_no_size", laced(Bin(id::kSimpleBlock, Hex("8100508001")).UnknownSize(8))},
+        {"group_references", laced(BlockGroup(1, 60, Hex("05"),
+                                              {Int(id::kReferenceBlock, -20, 1), Uint(id::kBlockDuration, 20),
+                                               Bin(id::kCodecState, Hex("01"))}))},
+        {"group_without_block", laced(Master(id::kBlockGroup, {Uint(id::kBlockDuration, 20)}))},
+        {"group_time_slices",
+         laced(BlockGroup(1, 60, Hex("05"), {Master(id::kTimeSlice, {Uint(id::kLaceNumber, 1)})}))},
+        {"zlib", OneTrack(kVideo, "V_MPEG2", {Encodings({zlib})}, Deflated(Pattern(1500, 1)))},
+        {"zlib_corrupt", OneTrack(kVideo, "V_MPEG2", {Encodings({zlib})}, Hex("789C0102030405"))},
+        {"zlib_bomb", OneTrack(kVideo, "V_MPEG2", {Encodings({zlib})}, Deflated(Bytes(1 << 20)))},
+        {"stripped", OneTrack(kVideo, "V_MPEG2", {Encodings({strip})}, Hex("B301"),
+                              {SimpleBlock(1, 40, 0x80, Lacing::kXiph, frames)})},
+        {"zlib_and_stripped", OneTrack(kVideo, "V_MPEG2", {Encodings({strip, zlib})}, Deflated(Hex("B301")))},
+        {"encrypted", OneTrack(kVideo, "V_MPEG2", {Encodings({Encoding(0, 1, 0)})}, Hex("B301"))},
+        {"private_only_scope",
+         OneTrack(kVideo, "V_MPEG2",
+                  {Encodings({Master(id::kContentEncoding, {Uint(id::kContentEncodingScope, 2)})})},
+                  Hex("B301"))},
+    };
+}
+
+std::vector<Oddity> Structure() {
+    const auto cluster = [](Change change) { return change; };
+    return {
+        {"plain", [](Parts&) {}},
+        {"webm", [](Parts& parts) { parts.docType = "webm"; }},
+        {"other_doctype", [](Parts& parts) { parts.docType = "matroskb"; }},
+        {"no_cues", [](Parts& parts) { parts.hasCues = false; }},
+        {"no_seek_head", [](Parts& parts) { parts.hasSeekHead = false; }},
+        {"no_clusters", [](Parts& parts) { parts.hasCues = false, parts.clusters.clear(); }},
+        {"duration_nan",
+         [](Parts& parts) { parts.info = Master(id::kInfo, {Bin(id::kDuration, Hex("7FF8000000000000"))}); }},
+        {"duration_4_bytes",
+         [](Parts& parts) { parts.info = Master(id::kInfo, {Flt4(id::kDuration, 2000)}); }},
+        {"scale_0", [](Parts& parts) { parts.info = Info(3000, 0); }},
+        {"scale_huge", [](Parts& parts) { parts.info = Info(3000, UINT64_MAX); }},
+        {"unknown_sizes", cluster([](Parts& parts) {
+             for (Element& element : parts.clusters) element = element.UnknownSize(8);
+         })},
+        {"unknown_size_1",
+         cluster([](Parts& parts) { parts.clusters[1] = parts.clusters[1].UnknownSize(1); })},
+        {"cluster_too_large",
+         cluster([](Parts& parts) { parts.clusters[1] = parts.clusters[1].DeclaredSize(1 << 20); })},
+        {"timecode_behind_blocks", cluster([](Parts& parts) {
+             parts.clusters[0] =
+                 Master(id::kCluster, {SimpleBlock(1, 0, 0x80, Hex("01")), Uint(id::kClusterTimecode, 7)})
+                     .Label("first");
+         })},
+        {"timecode_extreme", cluster([](Parts& parts) {
+             parts.clusters[1] =
+                 Cluster(UINT64_MAX, {SimpleBlock(1, -32768, 0x80, Hex("01"))}).Label("second");
+         })},
+        {"damaged", cluster([](Parts& parts) {
+             parts.clusters.insert(parts.clusters.begin() + 1, Raw(Pattern(40, 0x0F)));
+             parts.clusters.push_back(Bin(id::kVoid, Bytes(1200)));
+         })},
+        {"resync", cluster([](Parts& parts) {
+             Bytes junk(1500, 0x02);
+             junk[0] = 0x00;
+             parts.clusters.insert(parts.clusters.begin() + 1, Raw(junk));
+             parts.clusters.push_back(Bin(id::kVoid, Bytes(2200)));
+         })},
+        {"chapters",
+         [](Parts& parts) {
+             Element atom =
+                 Master(id::kChapterAtom, {Uint(id::kChapterUid, 5), Uint(id::kChapterTimeStart, 1)});
+             for (int i = 0; i < 5; ++i)
+                 atom = Master(id::kChapterAtom, {atom, Uint(id::kChapterFlagHidden, 1)});
+             parts.beforeClusters = {Master(id::kChapters, {Master(id::kEditionEntry, {atom})})};
+         }},
+        {"attachment",
+         [](Parts& parts) {
+             parts.behindClusters = {Master(
+                 id::kAttachments,
+                 {Master(id::kAttachedFile, {Str(id::kFileName, "a"), Bin(id::kFileData, Bytes(9))})})};
+         }},
+        {"attachment_too_large",
+         [](Parts& parts) {
+             parts.beforeClusters = {Master(
+                 id::kAttachments,
+                 {Master(id::kAttachedFile, {Bin(id::kFileData, Bytes(9)).DeclaredSize(0xFFFFFFFF)})})};
+         }},
+        {"seek_head_ring",
+         [](Parts& parts) {
+             parts.beforeClusters = {SeekHead({{id::kSeekHead, "other"}}).Label("one")};
+             parts.behindClusters = {
+                 SeekHead({{id::kSeekHead, "one"}, {id::kTracks, "tracks"}}).Label("other")};
+         }},
+        {"two_tracks_elements",
+         [](Parts& parts) { parts.behindClusters = {Master(id::kTracks, {Track(1, kVideo, "V_MPEG2")})}; }},
+        {"tracks_of_one_number", [](Parts& parts) { parts.tracks.push_back(Track(1, kAudio, "A_AC3")); }},
+        {"huge_track_number",
+         [](Parts& parts) { parts.tracks[1] = Track(uint64_t{1} << 40, kAudio, "A_AC3"); }},
+        {"names_and_languages",
+         [](Parts& parts) {
+             parts.tracks[1] =
+                 Track(2, kAudio, "A_AC3", {Str(id::kName, "Commentary"), Str(id::kLanguage, "chi")});
+             parts.tracks.push_back(Track(4, kAudio, "A_AC3", {Str(id::kLanguage, "eng"), Audio(48000, 6)}));
+         }},
+        {"two_subtitle_tracks",
+         [](Parts& parts) {
+             parts.tracks.push_back(Track(4, kSubtitle, "S_TEXT/ASS"));
+             Elements events;
+             for (int i = 0; i < 6; ++i) {
+                 events.push_back(BlockGroup(3 + static_cast<uint64_t>(i) / 2 % 2, static_cast<int16_t>(i),
+                                             Text("1,0,Default,,0,0,0,,text " + std::to_string(i)),
+                                             {Uint(id::kBlockDuration, 3)}));
+             }
+             events.push_back(SimpleBlock(1, 90, 0x80, Hex("01")));
+             parts.clusters.push_back(Cluster(2000, events));
+         }},
+        {"cue_details",
+         [](Parts& parts) {
+             parts.behindClusters = {Master(
+                 id::kCues, {Master(id::kCuePoint, {Uint(id::kCueTime, 9)}),
+                             Master(id::kCuePoint,
+                                    {Uint(id::kCueTime, 2000),
+                                     Master(id::kCueTrackPositions,
+                                            {Uint(id::kCueTrack, 1), Uint(id::kCueClusterPosition, 1 << 20),
+                                             Uint(id::kCueBlockNumber, 2),
+                                             Master(id::kCueReference, {Uint(id::kCueRefTime, 1)})})})})};
+         }},
+        {"voids_and_checksums",
+         [](Parts& parts) {
+             parts.beforeClusters = {Bin(id::kCrc32, Bytes(4)), Bin(id::kVoid, Bytes(20)),
+                                     Master(id::kTags, {})};
+         }},
+        {"empty_masters",
+         [](Parts& parts) {
+             parts.beforeClusters = {Master(id::kTracks, {}),   Master(id::kCues, {}),
+                                     Master(id::kChapters, {}), Master(id::kAttachments, {}),
+                                     Master(id::kSeekHead, {}), Master(id::kInfo, {})};
+         }},
+    };
+}
+
+}  // namespace
+
+std::vector<SeedFile> MakeSeedFiles() {
+    std::vector<SeedFile> files;
+    for (const auto& oddities : {Structure(), Blocks(), Codecs()}) {
+        for (const Oddity& oddity : oddities) {
+            Parts parts;
+            oddity.change(parts);
+            files.push_back({oddity.name, parts.Write()});
+        }
+    }
+    return files;
+}
+
+}  // namespace fuzz

@@ -1,0 +1,221 @@
+// Files of one kind at two sizes, one ten times the other: what opening asks of the source and of the heap
+// may grow with the size, not with its square. Each family is also held to the budgets of any file.
+#include "hostile/Measure.h"
+#include "hostile/Samples.h"
+
+namespace testing_support {
+namespace {
+
+// A family's member with `count` of whatever it repeats.
+struct Family {
+    const char* name;
+    Content (*make)(uint64_t count);
+    uint64_t small;  // and ten times as many
+};
+
+constexpr uint64_t kFactor = 10;
+// Room for what does not grow: the constant parts of both sides.
+constexpr uint64_t kSlackReads = 256, kSlackBytes = 64 << 10;
+
+// Like Repeated, with more behind it.
+Content Repeated(const Bytes& front, const Bytes& piece, uint64_t count, const Bytes& back = {}) {
+    return {Stretch{front}, Stretch{piece, count}, Stretch{back}};
+}
+
+// The header of a master that holds `bytes` bytes of what is written behind it.
+Element Holding(uint32_t elementId, uint64_t bytes) {
+    return Master(elementId, {}).DeclaredSize(bytes).SizeWidth(8);
+}
+
+Content InMaster(uint32_t elementId, const Bytes& piece, uint64_t count, const Elements& before = {}) {
+    Elements children = before;
+    children.push_back(Holding(elementId, piece.size() * count));
+    return Repeated(OpenSegment(children), piece, count);
+}
+
+Bytes EmptyVoid() {
+    return Hex("EC80");
+}
+
+// Tracks that look for their configuration in the first frames, of which there are none.
+Bytes InspectedTracks(size_t count, const char* compression) {
+    Elements tracks;
+    for (size_t i = 1; i <= count; ++i) {
+        tracks.push_back(Track(i, kVideoType, "V_MS/VFW/FOURCC", {Private(BitmapHeader(compression))}));
+    }
+    return Piece({Master(id::kTracks, tracks)});
+}
+
+const Bytes& SixtyFourInspectedTracks() {
+    static const Bytes tracks = InspectedTracks(64, "H264");
+    return tracks;
+}
+
+// Seek entries for Cues, Chapters and Attachments and a further SeekHead: elements that each cover the rest
+// of the Segment, their headers one behind the other.
+Content Overlapping(uint64_t count) {
+    const Bytes entries = Piece({SeekHead({})});
+    const uint32_t kinds[] = {id::kSeekHead, id::kCues, id::kChapters, id::kAttachments};
+    Elements seeks;
+    Elements covers;
+    uint64_t rest = EmptyVoid().size() * count;
+    for (const uint32_t kind : kinds) covers.push_back(Holding(kind, 0));
+    constexpr uint64_t kCoverHeader = 12;
+    // Info twice, so that with the SeekHead three elements of the head were read.
+    const Elements head = {Info(1000), Info(1000)};
+    constexpr uint64_t kSeekHeadSize = 5 + 4 * 21;
+    const uint64_t firstCover =
+        kSeekHeadSize + 2 * Piece({Info(1000)}).size() + 12;  // behind a Void's header
+    Elements segment;
+    for (size_t i = 0; i < 4; ++i) {
+        seeks.push_back(Master(id::kSeek, {IdValue(id::kSeekId, kinds[i]),
+                                           Uint(id::kSeekPosition, firstCover + i * kCoverHeader, 8)}));
+    }
+    segment.push_back(Master(id::kSeekHead, seeks));
+    segment.insert(segment.end(), head.begin(), head.end());
+    // The walk of the head goes over the covers as over one Void, and on through the rest.
+    segment.push_back(Holding(id::kVoid, 4 * kCoverHeader).SizeWidth(8));
+    Bytes front = OpenSegment(segment);
+    for (size_t i = 0; i < 4; ++i) {
+        const Bytes cover = Piece({Holding(kinds[i], rest + (3 - i) * kCoverHeader)});
+        front.insert(front.end(), cover.begin(), cover.end());
+    }
+    return Repeated(front, EmptyVoid(), count, SixtyFourInspectedTracks());
+}
+
+// Many Segments, each of which says that its Cues lie far in front of it, where empty Cues and Voids are.
+Content BackwardCues(uint64_t count) {
+    const Bytes target =
+        Concat({Piece({Master(id::kCues, {})}), Hex("EC80EC80EC80EC80EC80EC80EC80EC80EC80EC80")});
+    const Bytes info = Piece({Master(id::kInfo, {})});
+    const uint64_t distance = 0 - (target.size() * count - target.size() * 2);
+    Bytes segment =
+        Piece({Segment({Master(id::kSeekHead, {Master(id::kSeek, {IdValue(id::kSeekId, id::kCues),
+                                                                  Uint(id::kSeekPosition, distance, 8)})}),
+                        Master(id::kInfo, {}), Master(id::kInfo, {})})});
+    (void)info;
+    segment.resize(segment.size());
+    return {Stretch{Piece({EbmlHeader()})}, Stretch{target, count}, Stretch{segment, count}};
+}
+
+const Family kFamilies[] = {
+    {"empty Voids in the Segment", [](uint64_t n) { return Repeated(OpenSegment({}), EmptyVoid(), n); },
+     100000},
+    {"empty Voids in front of tracks that look for frames",
+     [](uint64_t n) { return Repeated(OpenSegment({}), EmptyVoid(), n, SixtyFourInspectedTracks()); },
+     100000},
+    {"tracks that look for frames among others' blocks",
+     [](uint64_t n) {
+         return Repeated(
+             Concat({OpenSegment({}), SixtyFourInspectedTracks(), Piece({Holding(id::kCluster, 10 * n)})}),
+             Piece({SimpleBlock(99, 0, kKeyFrame, Hex("01020304"))}), n);
+     },
+     10000},
+    {"tracks that look for frames, one for each 90 bytes",
+     [](uint64_t n) {
+         const Bytes entry =
+             Piece({Track(99, kVideoType, "V_MS/VFW/FOURCC", {Private(BitmapHeader("H264"))})});
+         return Repeated(Concat({OpenSegment({}), Piece({Holding(id::kTracks, entry.size() * n)})}), entry, n,
+                         Piece({Cluster(0, Elements(static_cast<size_t>(n),
+                                                    SimpleBlock(98, 0, kKeyFrame, Hex("0102"))))}));
+     },
+     100},
+    {"TrackEntries", [](uint64_t n) { return InMaster(id::kTracks, Piece({Track(7, 1, "V_X")}), n); },
+     100000},
+    {"Tracks",
+     [](uint64_t n) {
+         return Repeated(OpenSegment({}),
+                         Piece({Master(id::kTracks, {Hex("EC80").empty() ? Info(1) : Raw(Hex("EC80"))})}), n);
+     },
+     100000},
+    {"SeekHeads",
+     [](uint64_t n) {
+         return Repeated(OpenSegment({}), Piece({Master(id::kSeekHead, {Raw(Hex("EC80"))})}), n);
+     },
+     100000},
+    {"Cues",
+     [](uint64_t n) { return Repeated(OpenSegment({}), Piece({Master(id::kCues, {Raw(Hex("EC80"))})}), n); },
+     100000},
+    {"Infos", [](uint64_t n) { return Repeated(OpenSegment({}), Piece({Info(5)}), n); }, 100000},
+    {"Seek entries",
+     [](uint64_t n) { return InMaster(id::kSeekHead, Piece({Master(id::kSeek, {Raw(Hex("53AC80"))})}), n); },
+     100000},
+    {"CuePoints", [](uint64_t n) { return InMaster(id::kCues, Hex("BB82B380"), n); }, 100000},
+    {"CueTrackPositions", [](uint64_t n) { return InMaster(id::kCues, Hex("BB84B782F780"), n); }, 100000},
+    {"positions of one CuePoint", [](uint64_t n) { return InMaster(id::kCues, Hex("B782F780"), n, {}); },
+     100000},
+    {"CueReferences", [](uint64_t n) { return InMaster(id::kCues, Hex("BB88B786F780DB829680"), n); }, 100000},
+    {"Clusters without a Timecode",
+     [](uint64_t n) { return Repeated(OpenSegment({}), Hex("1F43B67580"), n); }, 100000},
+    {"Clusters", [](uint64_t n) { return Repeated(OpenSegment({}), Piece({Cluster(0, {})}), n); }, 100000},
+    {"Clusters of unknown size",
+     [](uint64_t n) { return Repeated(OpenSegment({}), Piece({Cluster(0, {}).UnknownSize(1)}), n); }, 100000},
+    {"empty Voids in a Cluster of unknown size",
+     [](uint64_t n) {
+         return Repeated(OpenSegment({Master(id::kCluster, {}).UnknownSize(1)}), EmptyVoid(), n);
+     },
+     100000},
+    {"blocks of no byte in a Cluster of unknown size",
+     [](uint64_t n) {
+         return Repeated(OpenSegment({Info(1), Master(id::kTracks, {Mpeg2Track()}),
+                                      Master(id::kCluster, {}).UnknownSize(1)}),
+                         Hex("A380"), n);
+     },
+     100000},
+    {"Segments", [](uint64_t n) { return Repeated(Piece({EbmlHeader()}), Piece({Segment({Info(1)})}), n); },
+     20000},
+    {"Segments that look for their Cues far in front", BackwardCues, 2000},
+    {"EBML headers", [](uint64_t n) { return Repeated(Piece({EbmlHeader()}), Piece({EbmlHeader()}), n); },
+     20000},
+    {"elements that each cover the rest", Overlapping, 50000},
+    {"integers of size 0", [](uint64_t n) { return InMaster(id::kInfo, Hex("2AD7B180"), n); }, 100000},
+    {"integers of 2 MB each", [](uint64_t n) { return InMaster(id::kInfo, Hex("2AD7B1208000"), n); }, 100000},
+    {"strings that each claim 16 KB", [](uint64_t n) { return InMaster(id::kInfo, Hex("7BA94000"), n); },
+     20000},
+    {"resynchronisations that succeed one byte on",
+     [](uint64_t n) {
+         return Repeated(OpenSegment({}), Concat({Hex("114D9B7400"), Bytes(0x3400 - 1, 0x80)}), n);
+     },
+     200},
+    {"bytes that begin nothing", [](uint64_t n) { return Repeated(OpenSegment({}), Bytes(1, 0), n); },
+     400000},
+    {"bytes that begin everything", [](uint64_t n) { return Repeated(OpenSegment({}), Bytes(1, 0x10), n); },
+     400000},
+};
+
+class Families : public testing::TestWithParam<Family> {};
+
+TEST_P(Families, CostGrowsWithTheSize) {
+    const Family& family = GetParam();
+    const Content small = family.make(family.small), large = family.make(family.small * kFactor);
+    const Outcome few = OpenHostile(small), many = OpenHostile(large);
+    EXPECT_LE(many.opening.reads, kFactor * few.opening.reads + kSlackReads);
+    EXPECT_LE(many.opening.bytesRead, kFactor * few.opening.bytesRead + kSlackBytes);
+    EXPECT_LE(many.sniffing.reads, kFactor * few.sniffing.reads + kSlackReads);
+    const auto n = static_cast<double>(SizeOf(large));
+    RecordProperty("reads_per_byte", std::to_string(static_cast<double>(many.opening.reads) / n));
+    if (getenv("HOSTILE_FIGURES") != nullptr) {
+        printf("| %s | %.0f | %.2f | %.2f | %.1f |\n", family.name, n,
+               static_cast<double>(many.opening.reads) / n, static_cast<double>(many.opening.bytesRead) / n,
+               static_cast<double>(many.opening.heap) / (1 << 20));
+    }
+}
+
+std::string NameOf(const testing::TestParamInfo<Family>& info) {
+    std::string name;
+    bool capital = true;
+    for (const char* c = info.param.name; *c != '\0'; ++c) {
+        if (isalnum(static_cast<unsigned char>(*c))) {
+            name += capital ? static_cast<char>(toupper(static_cast<unsigned char>(*c))) : *c;
+            capital = false;
+        } else {
+            capital = true;
+        }
+    }
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Hostile, Families, testing::ValuesIn(kFamilies), NameOf);
+
+}  // namespace
+}  // namespace testing_support

@@ -1,0 +1,22 @@
+// How much heap the process holds at most while a piece of code runs: every malloc, operator new included, of
+// every thread and library, by what the allocator really set aside.
+#pragma once
+
+#include <cstddef>
+
+namespace testing_support {
+
+// Measures from its construction on, above what was held then. One at a time.
+class HeapMeter {
+  public:
+    HeapMeter();
+    size_t Peak() const;
+    // The next Peak() is that from here on, above the same level.
+    void Restart();
+    size_t Held() const;  // now, above the level of construction
+
+  private:
+    long long mBase;
+};
+
+}  // namespace testing_support

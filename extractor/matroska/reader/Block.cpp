@@ -62,17 +62,17 @@ BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end
     const unsigned length = SizeLength(bytes[0]);
     if (!Failed(shortest) && length > 1) (void)file.Read(bytes + 4, length - 1);
     BlockHeader header = {};
-    if (length != 0) {
+    const unsigned numberBytes = length == 0 ? 1 : length;  // a byte that begins no number is passed over
+    if (length != 0)
         header.trackNumber = AppendBigEndian(SizeValueBits(bytes[0], length), bytes + 1, length - 1);
-        // A number with all bits set stands for what is left of the file, as any size does.
-        if (header.trackNumber == UnknownSizeMarker(length)) {
-            file.SeekTo(position + length);
-            header.trackNumber = file.LeftInFile();
-        }
-        header.timeCode = static_cast<int16_t>(AppendBigEndian(0, bytes + length, 2));
-        header.flags = bytes[length + 2];
+    // A number with all bits set stands for what is left of the file, as any size does.
+    if (length != 0 && header.trackNumber == UnknownSizeMarker(length)) {
+        file.SeekTo(position + length);
+        header.trackNumber = file.LeftInFile();
     }
-    header.dataPosition = position + (length == 0 ? 1 : length) + 3;
+    header.timeCode = static_cast<int16_t>(AppendBigEndian(0, bytes + numberBytes, 2));
+    header.flags = bytes[numberBytes + 2];
+    header.dataPosition = position + numberBytes + 3;
     header.dataSize = end > header.dataPosition ? end - header.dataPosition : 0;
     return header;
 }

@@ -55,6 +55,7 @@ void configure(AVCodecContext& context, const DecoderSetup& setup) {
     if (setup.channels > 0) av_channel_layout_default(&context.ch_layout, setup.channels);
     context.bits_per_coded_sample = setup.bitsPerSample;
     context.block_align = setup.blockAlign;
+    context.bit_rate = setup.bitRate;
     context.pkt_timebase = {1, 1000000};
     context.thread_count = 1;
     context.err_recognition = AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER;

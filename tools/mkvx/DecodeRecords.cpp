@@ -151,7 +151,7 @@ std::optional<WaveFormat> waveFormat(const Bytes& bytes) {
     format.tag = reader.u16le();
     format.channels = reader.u16le();
     format.sampleRate = reader.u32le();
-    reader.skip(4);  // bytes per second
+    format.byteRate = reader.u32le();
     format.blockAlign = reader.u16le();
     format.bitsPerSample = reader.u16le();
     const size_t size = reader.u16le();

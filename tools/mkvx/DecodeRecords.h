@@ -35,6 +35,7 @@ struct WaveFormat {
     uint16_t tag = 0;
     uint16_t channels = 0;
     uint32_t sampleRate = 0;
+    uint32_t byteRate = 0;    // per second
     uint16_t blockAlign = 0;  // bytes
     uint16_t bitsPerSample = 0;
     Bytes rest;

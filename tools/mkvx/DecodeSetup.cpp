@@ -139,6 +139,7 @@ void configureHevc(MetaData& format, DecoderSetup& setup) {
 void useWaveFormat(const WaveFormat& wave, DecoderSetup& setup) {
     setup.tag = wave.tag;
     setup.blockAlign = wave.blockAlign;
+    setup.bitRate = int64_t{wave.byteRate} * 8;
     setup.bitsPerSample = wave.bitsPerSample;
     setup.config = wave.rest;
 }

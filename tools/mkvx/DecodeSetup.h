@@ -30,6 +30,7 @@ struct DecoderSetup {
     int width = 0, height = 0;
     int sampleRate = 0, channels = 0;
     int bitsPerSample = 0, blockAlign = 0;
+    int64_t bitRate = 0;
 };
 
 // Throws DecodeProblem when the MetaData leads to no decoder.

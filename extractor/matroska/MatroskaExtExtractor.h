@@ -23,7 +23,7 @@
 namespace android {
 
 class DataSource;
-class MediaSource;
+struct MediaSource;
 
 class MatroskaExtExtractor : public MediaExtractor {
   public:

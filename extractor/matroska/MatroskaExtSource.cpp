@@ -41,6 +41,7 @@ MatroskaExtSource::MatroskaExtSource(const sp<MatroskaExtExtractor>& extractor, 
       mLock(lock),
       mIterator(extractor->File(), stripBlockPos, stripSize, extractor->Tracks()[trackIndex].mTrackNum,
                 extractor.get()),
+      mSubtitles(&extractor->File()->Subtitles),
       mPreprocess(H264DataPreprocess_IEC) {
     if (MayHaveNalLengths(extractor->Tracks()[trackIndex].mMeta)) mPreprocess = nullptr;
 }
@@ -55,7 +56,7 @@ status_t MatroskaExtSource::start(MetaData* /* params */) {
 
 status_t MatroskaExtSource::stop() {
     Mutex::Autolock autoLock(*mLock);
-    mExtractor->File()->Subtitles.Clear();
+    mSubtitles->Clear();
     return OK;
 }
 
@@ -71,15 +72,14 @@ status_t MatroskaExtSource::read(MediaBuffer** out, const ReadOptions* options) 
 }
 
 status_t MatroskaExtSource::ReadSubtitle(MediaBuffer** out, const ReadOptions* options) {
-    SubtitleQueue& queue = mExtractor->File()->Subtitles;
     int64_t timeUs;
     ReadOptions::SeekMode mode;
     if (options != nullptr && options->getSeekTo(&timeUs, &mode)) {
-        queue.Clear();  // it fills again as the master track is read from its new place
+        mSubtitles->Clear();  // it fills again as the master track is read from its new place
         return NOT_ENOUGH_DATA;
     }
     // Deliberate: takes TrackNumbers to run 1, 2, 3, ... in the order of the track table.
-    *out = queue.TakeFor(mTrackIndex + 1);
+    *out = mSubtitles->TakeFor(mTrackIndex + 1);
     return *out != nullptr ? static_cast<status_t>(OK) : static_cast<status_t>(NOT_ENOUGH_DATA);
 }
 

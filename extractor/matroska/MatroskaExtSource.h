@@ -15,6 +15,7 @@
 
 #include "matroska/MatroskaExtExtractor.h"
 #include "matroska/MatroskaExtIterator.h"
+#include "utils/ThreadSafety.h"
 
 namespace android {
 
@@ -37,18 +38,19 @@ class MatroskaExtSource : public MediaSource {
     virtual ~MatroskaExtSource();
 
   private:
-    status_t ReadSubtitle(MediaBuffer** out, const ReadOptions* options);
-    status_t ReadFrame(MediaBuffer** out, const ReadOptions* options);
+    status_t ReadSubtitle(MediaBuffer** out, const ReadOptions* options) REQUIRES(mLock);
+    status_t ReadFrame(MediaBuffer** out, const ReadOptions* options) REQUIRES(mLock);
 
     // Rewrites a frame in place and answers how many of its bytes are whole afterwards.
     typedef int (*Preprocess)(unsigned char* data, int length);
 
-    sp<MatroskaExtExtractor> mExtractor;
-    uint32_t mTrackIndex;
-    uint32_t mTrackType;
-    Mutex* mLock;  // the extractor's
-    MatroskaExtIterator mIterator;
-    Preprocess mPreprocess;  // null: decided on the first frame
+    const sp<MatroskaExtExtractor> mExtractor;  // of which a source uses what never changes, and its file
+    const uint32_t mTrackIndex;
+    const uint32_t mTrackType;
+    Mutex* const mLock;  // the extractor's
+    MatroskaExtIterator mIterator GUARDED_BY(mLock);
+    SubtitleQueue* const mSubtitles PT_GUARDED_BY(mLock);  // the file's
+    Preprocess mPreprocess GUARDED_BY(mLock);              // null: decided on the first frame
 };
 
 }  // namespace android

@@ -149,6 +149,10 @@ TEST_F(Sources, ReachPastFourGigabytes) {
         sp<DataSource> source = kind.open(path);
         off64_t size = 0;
         char bytes[8] = {};
+        if (sizeof(void*) == 4 && std::string(kind.name) == "MappedSource") {
+            EXPECT_EQ(source->initCheck(), -ENOMEM);  // no address space for it
+            continue;
+        }
         EXPECT_EQ(source->getSize(&size), OK);
         EXPECT_EQ(size, far + 3);
         EXPECT_EQ(source->readAt(far, bytes, sizeof(bytes)), 3);

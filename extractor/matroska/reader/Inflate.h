@@ -20,7 +20,8 @@ class Inflater {
     Inflater& operator=(const Inflater&) = delete;
 
     // Inflates `size` bytes at `data`. False when the stream is corrupt, needs a dictionary, or would yield
-    // more than `limit` bytes. The output is valid until the next call.
+    // more than `limit` bytes. The output is valid until the next call. What claims to be very much larger
+    // than `size` is measured before it gets memory, so that a corrupt stream never costs much.
     bool Run(const uint8_t* data, uint32_t size, uint32_t limit);
     const uint8_t* Output() const { return mOutput.data(); }
     uint32_t OutputSize() const { return mOutputSize; }
@@ -28,9 +29,12 @@ class Inflater {
     void Trim();
 
   private:
-    bool Open();
-    bool RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit, bool* isDecided);
-    bool RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit);
+    enum class Ending { kWhole, kTooLarge, kNone };
+
+    bool Begin(const uint8_t* data, uint32_t size);
+    Ending RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit);
+    Ending Measure(const uint8_t* data, uint32_t size, uint32_t limit, uint32_t* outputSize);
+    bool RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit, bool keeps);
 
     z_stream mStream;
     bool mIsOpen;

@@ -48,7 +48,7 @@ Decoded Decode(uint32_t lacing, uint64_t end, Stretch bytes) {
     return decoded;
 }
 
-// The second decoder: sums are 128 bits wide, so that nothing has to be thought about. False when a byte is
+// The second decoder: a sum that does not fit 64 bits is remembered as such. False when a byte is
 // missing.
 class Second {
   public:
@@ -59,8 +59,8 @@ class Second {
         if (mBytes.Position() >= mEnd || !mBytes.Take(&count, 1)) return false;
         if (lacing == reader::kLacingFixed) return Fixed(count);
         if (!(lacing == reader::kLacingXiph ? Xiph(count) : Ebml(count))) return false;
-        sizes.push_back(mEnd - (mBytes.Position() + static_cast<uint64_t>(mSum)));
-        return mBytes.Position() <= mEnd && mSum <= mEnd - mBytes.Position();
+        sizes.push_back(mEnd - (mBytes.Position() + (mIsHuge ? UINT64_MAX : mSum)));
+        return mBytes.Position() <= mEnd && !mIsHuge && mSum <= mEnd - mBytes.Position();
     }
 
     std::vector<uint64_t> sizes;
@@ -115,11 +115,13 @@ class Second {
     void Add(uint64_t size) {
         sizes.push_back(size);
         mSum += size;
+        mIsHuge = mIsHuge || mSum < size;
     }
 
     const uint64_t mEnd;
     Stretch mBytes;
-    unsigned __int128 mSum = 0;
+    uint64_t mSum = 0;
+    bool mIsHuge = false;
 };
 
 void CheckAgainstSecond(uint32_t lacing, uint64_t end, const Stretch& bytes) {

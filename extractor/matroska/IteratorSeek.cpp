@@ -26,6 +26,7 @@ bool MatroskaExtIterator::OpenCluster(uint64_t clusterPosition) {
 template <typename Examine>
 MatroskaExtIterator::Examined MatroskaExtIterator::ScanCluster(Examine examine) {
     do {  // bounded by the Cluster
+        ++mScannedBlocks;
         if (mBlock.Head().header.trackNumber != mTrackNumber) continue;
         ClearPending();
         AppendPending(mBlock.Head());
@@ -35,6 +36,10 @@ MatroskaExtIterator::Examined MatroskaExtIterator::ScanCluster(Examine examine) 
         if (examined == Examined::kAbandon) return examined;
     } while (mBlock.MoveToNext(mFile, mCluster.get()));
     return Examined::kGoOn;
+}
+
+uint64_t MatroskaExtIterator::SeekWork() const {
+    return mFile->Reads() + mScannedBlocks;
 }
 
 void MatroskaExtIterator::seekToTime(long long timeUs) {
@@ -49,11 +54,13 @@ void MatroskaExtIterator::seekToTime(long long timeUs) {
     reset();
     if (timeUs <= 0) return;
     int64_t lastTried = -1;
+    mMostSeekWork = SeekWork() + limit::kSeekWork;
     for (const AutoPtr<Cue>& cue : mFile->Segment.Cues) {
         for (size_t i = mFile->CountCuePointsUpTo(*cue, static_cast<uint64_t>(timeUs)); i-- > 0;) {
             if (TryCuePoint(*cue, cue->Points[i], timeUs, &lastTried)) return;
         }
     }
+    if (SeekWork() >= mMostSeekWork) mFile->Losses.Add(LossKind::kLimit, mFile->Position(), 0);
     if (!mBlock.IsValid()) reset();
     // What is left of a Cluster that was given up stays undelivered: reading goes on behind it.
     while (mBlock.IsValid() && mBlock.MoveToNext(mFile, mCluster.get())) {  // bounded by the Cluster
@@ -68,6 +75,7 @@ bool MatroskaExtIterator::TryCuePoint(const Cue& cue, const CuePoint& point, lon
     for (uint32_t i = 0; i < point.PositionCount; ++i) {
         const int64_t cluster = static_cast<int64_t>(positions[i].CueClusterPosition);
         if (positions[i].CueTrack != mFile->MasterTrack() || cluster == *lastTried) continue;
+        if (SeekWork() >= mMostSeekWork) return false;
         if (OpenCluster(positions[i].CueClusterPosition)) {
             const Examined examined = ScanCluster([&](const BlockGroup& group) {
                 if (group.IsKeyFrame()) return Examined::kFound;

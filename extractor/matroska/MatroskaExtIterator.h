@@ -94,6 +94,7 @@ class MatroskaExtIterator {
 
     // seeking
     bool OpenCluster(uint64_t clusterPosition);
+    uint64_t SeekWork() const;
     template <typename Examine>
     Examined ScanCluster(Examine examine);
     bool TryCuePoint(const MatroskaExtReader::Cue& cue, const MatroskaExtReader::CuePoint& point,
@@ -126,6 +127,8 @@ class MatroskaExtIterator {
     uint32_t mTrackNumber;
     const MatroskaExtReader::TrackEntry* mTrack;  // null for a number that the file does not know
     uint32_t mIndexCursor;                        // into the file's sync index, for late-frame skipping
+    uint64_t mScannedBlocks = 0;                  // by seeks, as a measure of their work
+    uint64_t mMostSeekWork = 0;                   // where the seek that runs gives up
     int64_t mLastSubtitleTrack;                   // TrackNumber of the last record queued; -1 before
     bool mSubtitleMergeDecided;
     bool mSubtitleMergeEnabled;

@@ -15,6 +15,9 @@ using namespace MatroskaExtReader;
 
 namespace {
 
+// An event does not grow further than this: each merge copies all that was merged before.
+constexpr size_t kMostMergedBytes = 64u << 10;
+
 const uint8_t* BytesOf(const MediaBuffer* buffer) {
     return static_cast<const uint8_t*>(buffer->data()) + buffer->range_offset();
 }
@@ -51,6 +54,7 @@ bool MatroskaExtIterator::MergeWithLast(MediaBuffer* buffer, const BlockGroup& g
 
     const size_t textAt = static_cast<size_t>(comma);
     const size_t newSize = buffer->range_length();
+    if (MergedSize(newSize, lastSize, textAt) > kMostMergedBytes) return false;
     MediaBuffer* merged = new MediaBuffer(MergedSize(newSize, lastSize, textAt));
     if (merged->data() == nullptr) {  // without memory the events stay apart
         merged->release();

@@ -5,9 +5,13 @@
 #include <media/stagefright/MetaData.h>
 #include <media/stagefright/foundation/AMessage.h>
 
+#include <algorithm>
+
 #include "hostile/HeapMeter.h"
 #include "hostile/Rows.h"
 #include "matroska/PluginExports.h"
+#include "support/FaultySource.h"
+#include "support/Listing.h"
 
 namespace testing_support {
 namespace {
@@ -296,6 +300,29 @@ TEST(Blocks, AHundredThousandCorruptFramesWithoutGrowth) {
     read(kFrames);
     EXPECT_EQ(kFrames, units);
     EXPECT_LE(heap.Held(), 64u << 10);
+}
+
+// Events of one track that nothing separates become one event, but no event without end.
+TEST(Blocks, AMergedEventGrowsOnlySoFar) {
+    constexpr int kEvents = 3000;
+    Elements blocks = {SimpleBlock(1, 0, kKeyFrame, Hex("AA"))};
+    for (int i = 0; i < kEvents; ++i) {
+        blocks.push_back(
+            BlockGroup(2, 1, Text("0,0,Default,,0,0,0,,a line of forty characters, or nearly so")));
+    }
+    blocks.push_back(SimpleBlock(1, 40, 0, Hex("AB")));
+    const Document file = Write(
+        {EbmlHeader(), Segment({Info(1000), Master(id::kTracks, {Mpeg2Track(1), TextTrack(2, "S_TEXT/ASS")}),
+                                Cluster(0, blocks)})});
+    const SilentLog silence;
+    const android::sp<android::DataSource> source = new FaultySource(file.bytes);
+    const std::vector<Unit> events = ReadSubtitles(android::createInstance(source, nullptr), 0, 1);
+    size_t lines = 0;
+    for (const Unit& event : events) {
+        EXPECT_LE(event.bytes.size(), 64u << 10);
+        lines += 1 + static_cast<size_t>(std::count(event.bytes.begin(), event.bytes.end(), '\n'));
+    }
+    EXPECT_EQ(static_cast<size_t>(kEvents), lines);
 }
 
 TEST(Blocks, NalLengthsPastTheFrame) {

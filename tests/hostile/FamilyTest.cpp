@@ -1,7 +1,14 @@
 // Files of one kind at two sizes, one ten times the other: what opening asks of the source and of the heap
 // may grow with the size, not with its square. Each family is also held to the budgets of any file.
+#include <media/stagefright/MediaBuffer.h>
+#include <media/stagefright/MediaExtractor.h>
+#include <media/stagefright/MediaSource.h>
+#include <media/stagefright/foundation/AMessage.h>
+
 #include "hostile/Measure.h"
 #include "hostile/Samples.h"
+#include "matroska/PluginExports.h"
+#include "matroska/reader/Limits.h"
 
 namespace testing_support {
 namespace {
@@ -194,11 +201,49 @@ TEST_P(Families, CostGrowsWithTheSize) {
     EXPECT_LE(many.sniffing.reads, kFactor * few.sniffing.reads + kSlackReads);
     const auto n = static_cast<double>(SizeOf(large));
     RecordProperty("reads_per_byte", std::to_string(static_cast<double>(many.opening.reads) / n));
-    if (getenv("HOSTILE_FIGURES") != nullptr) {
+    if (std::getenv("HOSTILE_FIGURES") != nullptr) {
         printf("| %s | %.0f | %.2f | %.2f | %.1f |\n", family.name, n,
                static_cast<double>(many.opening.reads) / n, static_cast<double>(many.opening.bytesRead) / n,
                static_cast<double>(many.opening.heap) / (1 << 20));
     }
+}
+
+// Groups whose codec state each claims a megabyte of what follows.
+TEST(Reading, GroupsThatClaimWhatFollowsAreReadOnce) {
+    const auto file = [](uint64_t count) {
+        const Bytes block = Piece({Bin(id::kBlock, BlockBytes(1, 0, 0, Hex("AA")))});
+        const Bytes group = Piece({Master(
+            id::kBlockGroup, {Raw(block), Bin(id::kCodecState, {}).DeclaredSize(1 << 20).SizeWidth(4)})});
+        return Content{Stretch{OpenSegment({Info(1000), Master(id::kTracks, {Mpeg2Track()}),
+                                            Master(id::kCluster, {}).UnknownSize(8)})},
+                       Stretch{group, count}, Stretch{Hex("EC18000000")}, Stretch{Bytes(1), 8 << 20}};
+    };
+    const Outcome few = ThrowHostile(file(400)), many = ThrowHostile(file(4000));
+    EXPECT_EQ("1 track, 4000 units", many.Text());
+    EXPECT_LE(many.reading.bytesRead, kFactor * few.reading.bytesRead + kSlackBytes);
+    EXPECT_LE(many.reading.bytesRead, 8u << 20);
+}
+
+// Cues that name two Clusters by turns, neither with a key frame: a seek must not go through both each time.
+TEST(Reading, ASeekGoesThroughABoundedNumberOfBlocks) {
+    constexpr size_t kMany = 20000;
+    Elements points;
+    for (size_t i = 0; i < kMany; ++i) points.push_back(CuePoint(i % 100, 1, i % 2 == 0 ? "even" : "odd"));
+    const Elements blocks(kMany, SimpleBlock(1, 0, 0, Hex("AA")));
+    const Document file = Write(
+        {EbmlHeader(), Segment({Info(1000), Master(id::kTracks, {Mpeg2Track()}), Master(id::kCues, points),
+                                Cluster(0, blocks).Label("even"), Cluster(0, blocks).Label("odd")})});
+    const SilentLog silence;
+    const android::sp<HostileSource> source = new HostileSource({Stretch{file.bytes}});
+    const android::sp<android::MediaExtractor> extractor = android::createInstance(source, nullptr);
+    const android::sp<android::MediaSource> track = extractor->getTrack(0);
+    track->start(nullptr);
+    const uint64_t before = source->Reads();
+    android::MediaSource::ReadOptions options;
+    options.setSeekTo(900000);
+    android::MediaBuffer* buffer = nullptr;
+    if (track->read(&buffer, &options) == android::OK) buffer->release();
+    EXPECT_LE(source->Reads() - before, MatroskaExtReader::limit::kSeekWork + 4 * file.bytes.size());
 }
 
 std::string NameOf(const testing::TestParamInfo<Family>& info) {

@@ -111,7 +111,9 @@ Result BlockGroup::Parse(CMatroskaNode* node) {
         {id::kReferenceVirtual, &BlockGroup::ReferenceVirtual},
         {id::kCodecState,
          [](BlockGroup& group, CMatroskaNode* child) -> Result {
+             // One that reaches past its group would be read again with every group that does the same.
              const bool isKept = child->Size() <= kMostCodecStateBytes &&
+                                 child->PayloadEnd() == child->End() &&
                                  child->File()->CanDeliver(child->DataStart(), child->Size());
              return isKept ? group.CodecState.ReadPayload(child) : kFailure;
          }},

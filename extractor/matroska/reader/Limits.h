@@ -46,6 +46,10 @@ constexpr uint32_t RestoredBytesWhileOpening(uint64_t blockBytes) {
                : static_cast<uint32_t>(kUnquestionedGrowth + kMostGrowth * blockBytes);
 }
 
+// Reads and blocks that one seek by the Cues goes through. A file whose Cues name ever other Clusters without
+// a key frame would have it go through all of them for each point.
+constexpr uint64_t kSeekWork = 2u << 20;
+
 // A first frame in which a codec's configuration is looked for.
 constexpr uint32_t kInspectedBytes = 32u << 20;
 

@@ -47,6 +47,7 @@ class CMatroskaFile {
     // `n` bytes at the position, which moves by what the source delivered. A short read is a failure.
     Result Read(uint8_t* buffer, uint32_t n) {
         if (mOpening.isOn && !MayAsk()) return kFailure;
+        ++mReads;
         const ssize_t got = mSource->readAt(static_cast<off64_t>(mPosition), buffer, n);
         if (got > 0) mPosition += static_cast<uint64_t>(got);
         if (mOpening.isOn && got > 0) NoteDelivery(mPosition, static_cast<uint64_t>(got));
@@ -55,6 +56,8 @@ class CMatroskaFile {
     // One big-endian value of T's width.
     template <typename T>
     Result Read(T& value);
+    // How many reads there have been, as a measure of work.
+    uint64_t Reads() const { return mReads; }
     void SeekTo(uint64_t position) { mPosition = position; }
     uint64_t Position() const { return mPosition; }
     // Of the source, as navigation takes it; see HasKnownLength.
@@ -145,6 +148,7 @@ class CMatroskaFile {
     mutable OpeningCost mOpening;
     android::sp<android::DataSource> mSource;
     uint64_t mPosition;
+    uint64_t mReads = 0;
     uint64_t mLength;
     bool mHasKnownLength;
     android::sp<CMatroskaNode> mSegmentNode;

@@ -57,6 +57,7 @@ CASES = [
     Case('AC-3, laced', 'A_AC3', 'audio/ac3', merged(AC3, 'ac3')),
     Case('AC-3 in a wave format', ACM, 'audio/ac3', rewritten(AC3, in_wave(0x2000))),
     Case('DTS', 'A_DTS', 'audio/dts', muxed(DTS)),
+    Case('DTS, laced', 'A_DTS', 'audio/dts', merged(DTS, 'dts')),
     Case('DTS in a wave format', ACM, 'audio/dts', rewritten(DTS, in_wave(0x2001, channels=2))),
     Case('FLAC', 'A_FLAC', 'audio/flac', muxed(FLAC)),
     Case('FLAC, laced', 'A_FLAC', 'audio/flac', merged(FLAC, 'flac')),

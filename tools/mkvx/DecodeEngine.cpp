@@ -69,6 +69,9 @@ void configure(AVCodecContext& context, const DecoderSetup& setup) {
 void FreeAv::operator()(AVCodecContext* context) const {
     avcodec_free_context(&context);
 }
+void FreeAv::operator()(AVCodecParserContext* parser) const {
+    av_parser_close(parser);
+}
 void FreeAv::operator()(AVFrame* frame) const {
     av_frame_free(&frame);
 }
@@ -89,6 +92,9 @@ Decoder::Decoder(const DecoderSetup& setup, OnFrame onFrame)
     mContext.reset(avcodec_alloc_context3(codec));
     if (!mContext || !mPacket || !mFrame) throw std::bad_alloc();
     configure(*mContext, setup);
+    // A unit is a whole block and may hold several frames. Most decoders go through them one by one; this one
+    // drops all but the first.
+    if (setup.codec == AV_CODEC_ID_DTS) mParser.reset(av_parser_init(setup.codec));
     Complaints::instance().clear();
     const int result = avcodec_open2(mContext.get(), codec, nullptr);
     if (result >= 0) return;
@@ -111,47 +117,85 @@ void Decoder::feed(const void* data, size_t size, int64_t timeUs, bool sync) {
     memcpy(mPacket->data, data, size);
     mPacket->pts = timeUs;
     mPacket->flags = sync ? AV_PKT_FLAG_KEY : 0;
-    step(mPacket.get());
+    clearStep();
+    if (mParser)
+        sendParsed(mPacket->data, size);
+    else
+        send(mPacket.get());
     av_packet_unref(mPacket.get());
+    noteStep();
 }
 
 void Decoder::finish() {
-    step(nullptr);
+    clearStep();
+    if (mParser) sendParsed(nullptr, 0);
+    send(nullptr);
+    noteStep();
 }
 
-void Decoder::step(const AVPacket* packet) {
-    Complaints& complaints = Complaints::instance();
-    complaints.clear();
-    mDamaged = false;
-    const int sent = avcodec_send_packet(mContext.get(), packet);
-    const int taken = takeFrames();
-    const int failure = sent < 0 ? sent : taken;
-    if (failure >= 0 && complaints.first().empty() && !mDamaged) return;
-    ++mErrors;
-    if (!mFirstError.empty()) return;
-    mFirstError = !complaints.first().empty() ? complaints.first()
-                  : failure < 0               ? avErrorText(failure)
-                                              : "a damaged frame";
+// The frames that end within these bytes; null for those that are left. Every turn takes bytes or ends.
+void Decoder::sendParsed(const uint8_t* data, size_t size) {
+    do {
+        uint8_t* frame = nullptr;
+        int frameSize = 0;
+        const int used = av_parser_parse2(mParser.get(), mContext.get(), &frame, &frameSize, data, int(size),
+                                          mPacket->pts, AV_NOPTS_VALUE, 0);
+        if (used < 0) return fail(used);
+        if (frameSize > 0) {
+            std::unique_ptr<AVPacket, FreeAv> packet(av_packet_alloc());
+            if (!packet) throw std::bad_alloc();
+            packet->data = frame;  // stays the parser's; the decoder takes a copy
+            packet->size = frameSize;
+            packet->pts = mParser->pts;
+            send(packet.get());
+        } else if (used == 0) {
+            return;
+        }
+        data += used;
+        size -= size_t(used);
+    } while (size > 0);
+}
+
+void Decoder::send(const AVPacket* packet) {
+    const int result = avcodec_send_packet(mContext.get(), packet);
+    if (result < 0) fail(result);
+    takeFrames();
 }
 
 // All that the decoder has ready, which it bounds itself. A failure concerns one frame; what is behind it is
-// still taken. Returns the first failure, or 0.
-int Decoder::takeFrames() {
-    int failure = 0;
-    while (true) {
+// still taken.
+void Decoder::takeFrames() {
+    for (int last = 0;;) {
         const int result = avcodec_receive_frame(mContext.get(), mFrame.get());
-        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return failure;
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return;
         if (result < 0) {
-            // The same failure twice in a row means that nothing moves any more.
-            if (failure == result) return failure;
-            failure = failure < 0 ? failure : result;
+            fail(result);
+            if (result == last) return;  // the same failure twice in a row: nothing moves any more
+            last = result;
             continue;
         }
+        last = 0;
         mDamaged =
             mDamaged || mFrame->decode_error_flags != 0 || (mFrame->flags & AV_FRAME_FLAG_CORRUPT) != 0;
         mOnFrame(*mFrame);
         av_frame_unref(mFrame.get());
     }
+}
+
+void Decoder::clearStep() {
+    Complaints::instance().clear();
+    mFailure = 0;
+    mDamaged = false;
+}
+
+void Decoder::noteStep() {
+    const std::string& complaint = Complaints::instance().first();
+    if (mFailure >= 0 && complaint.empty() && !mDamaged) return;
+    ++mErrors;
+    if (mFirstError.empty())
+        mFirstError = !complaint.empty() ? complaint
+                      : mFailure < 0     ? avErrorText(mFailure)
+                                         : "a damaged frame";
 }
 
 }  // namespace mkvx

@@ -11,6 +11,7 @@
 #include "DecodeSetup.h"
 
 struct AVCodecContext;
+struct AVCodecParserContext;
 struct AVFrame;
 struct AVPacket;
 
@@ -19,6 +20,7 @@ namespace mkvx {
 // Calls the library's own function to free each of its objects.
 struct FreeAv {
     void operator()(AVCodecContext* context) const;
+    void operator()(AVCodecParserContext* parser) const;
     void operator()(AVFrame* frame) const;
     void operator()(AVPacket* packet) const;
 };
@@ -50,15 +52,22 @@ class Decoder {
     const std::string& firstError() const { return mFirstError; }
 
   private:
-    void step(const AVPacket* packet);
-    int takeFrames();
+    void clearStep();
+    void noteStep();
+    void send(const AVPacket* packet);
+    void takeFrames();
+    void sendParsed(const uint8_t* data, size_t size);
+    void fail(int code) { mFailure = mFailure < 0 ? mFailure : code; }
 
     std::unique_ptr<AVCodecContext, FreeAv> mContext;
+    std::unique_ptr<AVCodecParserContext, FreeAv> mParser;  // null: a unit goes to the decoder as it is
     std::unique_ptr<AVPacket, FreeAv> mPacket;
     std::unique_ptr<AVFrame, FreeAv> mFrame;
     OnFrame mOnFrame;
     size_t mErrors = 0;
-    bool mDamaged = false;  // a frame of the current feed
+    // Of the current feed: its first failure, and whether a frame was damaged.
+    int mFailure = 0;
+    bool mDamaged = false;
     std::string mFirstError;
 };
 

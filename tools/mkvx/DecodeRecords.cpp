@@ -95,8 +95,10 @@ Bytes specificInfo(const Bytes& esds) {
     if (reader.u8() != 0x04) return {};
     sizeField(reader);
     reader.skip(13);  // object type, stream type, buffer size, bit rates
-    if (reader.u8() != 0x05 || !reader.whole()) return {};
-    return reader.take(sizeField(reader));  // a record that lacks its last byte gives the others
+    if (reader.u8() != 0x05) return {};
+    const size_t size = sizeField(reader);
+    if (!reader.whole() || (size != reader.left() && size != reader.left() + 1)) return {};
+    return reader.rest();
 }
 
 Bytes avccParameterSets(const Bytes& avcc) {

@@ -13,8 +13,9 @@ namespace mkvx {
 
 using Bytes = std::vector<uint8_t>;
 
-// What the ESDS was built around: its decoder specific info; empty when there is none. The sizes are read
-// with the least significant group of seven bits first, as the plug-in writes them.
+// What the ESDS was built around: its decoder specific info, which ends where the record ends; nothing when
+// the record has another shape. The sizes are read with the least significant group of seven bits first, as
+// the plug-in writes them; some of its records lack their last byte, which is let pass.
 Bytes specificInfo(const Bytes& esds);
 
 // The parameter sets of the record, each behind a start code 00 00 00 01; empty when it is no such record.

@@ -83,7 +83,10 @@ int numberOf(MetaData& format, uint32_t key) {
 }
 
 Bytes specificInfoOf(MetaData& format) {
-    return specificInfo(dataOf(format, android::kKeyESDS));
+    const Bytes esds = dataOf(format, android::kKeyESDS);
+    const Bytes info = specificInfo(esds);
+    if (info.empty() && !esds.empty()) throw DecodeProblem("the ESDS record's sizes do not fit it");
+    return info;
 }
 
 // RealVideo's configuration is the RealMedia file's description of the stream; the decoder's own part is

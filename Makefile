@@ -1,5 +1,5 @@
 # Daily habits, each a thin line onto a CMake preset. `make` builds everything into build/release/.
-.PHONY: release asan tsan clang coverage test demo interop format lint clean fuzz arm32
+.PHONY: release asan tsan clang coverage test demo interop format lint clean fuzz bench arm32
 
 release clang:
 	@cmake --preset $@ -DMKVX_BUILD_TESTS=ON >/dev/null
@@ -20,6 +20,9 @@ interop: release
 
 fuzz:
 	@scripts/fuzz
+
+bench:
+	@scripts/bench
 
 arm32:
 	@scripts/arm32-sysroot

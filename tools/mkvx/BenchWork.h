@@ -35,7 +35,4 @@ double benchDemux(const android::sp<android::DataSource>& source, SinkOptions op
 double benchSeek(const android::sp<android::DataSource>& source, size_t count, SinkOptions options,
                  Tallies& tallies);
 
-// Repeatable targets, spread evenly over the duration: splitmix64 from a fixed seed.
-std::vector<int64_t> seekTargets(size_t count, int64_t durationUs);
-
 }  // namespace mkvx

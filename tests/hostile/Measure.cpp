@@ -178,7 +178,10 @@ Outcome Throw(const Content& content, Size size, bool reads) {
 
 void Discard(const __android_logger_data*, const char*) {}
 
+thread_local bool gIsOnSmallStack = false;
+
 void* RunWork(void* work) {
+    gIsOnSmallStack = true;
     (*static_cast<const std::function<void()>*>(work))();
     return nullptr;
 }
@@ -202,6 +205,10 @@ Outcome ThrowHostile(const Bytes& bytes, Size size) {
 }
 
 void OnSmallStack(const std::function<void()>& work) {
+    if (gIsOnSmallStack) {
+        work();
+        return;
+    }
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, kStack));

@@ -48,6 +48,11 @@ Result CSimpleVar<T, Tag>::Parse(CMatroskaNode* node) {
 
 template class CSimpleVar<int16_t, CShort>;
 template class CSimpleVar<uint8_t, CByte>;
+template class CSimpleVar<uint64_t, CUInt>;
+template class CSimpleVar<int64_t, CInt>;
+template class CSimpleVar<double, CFloat>;
+template class CSimpleVar<int32_t, CID>;
+template class CSimpleVar<uint64_t, CLength>;
 
 Result CUInt::Parse(CMatroskaNode* node) {
     mValue = 0;

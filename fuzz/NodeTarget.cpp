@@ -1,8 +1,9 @@
 // Walking the elements of a file and reading their values, compared with a second reading of the same bytes.
 //
-// Front, 8 bytes: flags (1 the length is unknown, 2 the model is parsed first, so that a Segment's children
-// are looked up in the SeekHead); the most bytes a read gives, as a power of two (0: any); two bytes not
-// used; an element ID whose first occurrence is looked for (big-endian).
+// Front, 8 bytes: flags (4 every master is parsed whole into the model, 1 the length is unknown, 2 the model
+// is parsed first, so that a Segment's children are looked up in the SeekHead); the most bytes a read gives,
+// as a power of two (0: any); two bytes not used; an element ID whose first occurrence is looked for
+// (big-endian).
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -219,6 +220,29 @@ class Walker {
     size_t mCount = 0;
 };
 
+// The model with all that opening leaves out: Clusters with their blocks, chapters and attachments.
+void ParseWhole(const sp<CMatroskaNode>& root) {
+    const sp<CMatroskaNode> node = root->Child(reader::id::kSegment, true);
+    if (node == nullptr) return;
+    reader::Segment model;
+    (void)model.Parse(node.get());
+    for (const auto& chapters : model.Chapters) {
+        for (const auto& edition : chapters->Editions) {
+            const uint64_t uid = edition->Atoms.isEmpty() ? 1 : edition->Atoms[0]->ChapterUID.Get();
+            reader::ChapterAtom* found = edition->FindChapterAtom(uid);
+            Require(found == nullptr || found->ChapterUID.Get() == uid, "the atom that was asked for");
+            Require(found != nullptr || edition->Atoms.isEmpty(), "an atom that is there is found");
+        }
+    }
+    for (sp<CMatroskaNode> cluster = node->Child(reader::id::kCluster, true); cluster != nullptr;) {
+        if (const auto group = cluster->Child(reader::id::kBlockGroup, true)) {
+            const auto additions = group->Child(reader::id::kBlockAdditions, true);
+            if (additions != nullptr) (void)reader::BlockAdditions().Parse(additions.get());
+        }
+        if (!cluster->Next(true)) break;
+    }
+}
+
 }  // namespace
 
 void RunNode(const uint8_t* data, size_t size) {
@@ -231,6 +255,7 @@ void RunNode(const uint8_t* data, size_t size) {
     const sp<CMatroskaNode> root = new CMatroskaNode(&parsed);
     if ((data[0] & 2) != 0) (void)parsed.Parse(root.get());
     Walker(file, &parsed).Walk(root, 0);
+    if ((data[0] & 4) != 0) ParseWhole(root);
     const uint32_t wanted =
         uint32_t{data[4]} << 24 | uint32_t{data[5]} << 16 | uint32_t{data[6]} << 8 | data[7];
     if (wanted == 0) return;  // stands for any element

@@ -49,6 +49,7 @@ enum class Do : uint8_t {
     kReplaceIdle,  // the same without starting it
     kForget,       // give up the reference to the extractor
     kDescribe,     // the track's extensive metadata
+    kInspect,      // what the iterators offer beyond the framework's interface
     kCount,
 };
 

@@ -12,6 +12,8 @@
 #include "Assertions.h"
 #include "FuzzTarget.h"
 #include "PluginScript.h"
+#include "matroska/MatroskaExtExtractor.h"
+#include "matroska/MatroskaExtIterator.h"
 #include "matroska/PluginExports.h"
 #include "matroska/reader/MatroskaReader.h"
 #include "support/Listing.h"
@@ -31,10 +33,12 @@ using android::status_t;
 using testing_support::Faults;
 using testing_support::FaultySource;
 
-constexpr size_t kMostTracks = 6;                       // driven; a file may have more
-constexpr size_t kMostUnits = 1024;                     // read of one track
-constexpr size_t kMostBytes = 8u << 20;                 // the same, in bytes
-constexpr uint64_t kFreeReads = 64, kReadsPerByte = 4;  // the budget of opening
+constexpr size_t kMostTracks = 6;        // driven; a file may have more
+constexpr size_t kMostUnits = 1024;      // read of one track
+constexpr size_t kMostBytes = 8u << 20;  // the same, in bytes
+// The budget of opening; one read may go beyond its bytes.
+constexpr uint64_t kFreeReads = 64, kReadsPerByte = 4;
+constexpr uint64_t kFreeBytes = 1u << 20, kBytesPerByte = 16 + 1;
 
 // ---- a file as it is opened
 
@@ -62,6 +66,15 @@ std::string ExpectedAssertion(const Bytes& file, const Faults& faults) {
     return "";
 }
 
+void RequireCheap(const sp<FaultySource>& source, uint64_t size, const std::string& what) {
+    Require(source->Reads() <= kFreeReads + kReadsPerByte * size,
+            what + " stays within its budget of reads: " + std::to_string(source->Reads()) + " for " +
+                std::to_string(size) + " bytes");
+    Require(source->BytesRead() <= kFreeBytes + kBytesPerByte * size,
+            what + " stays within its budget of bytes: " + std::to_string(source->BytesRead()) + " for " +
+                std::to_string(size) + " bytes");
+}
+
 Opened Open(const Bytes& file, const Faults& faults) {
     const std::string assertion = ExpectedAssertion(file, faults);
     const ScopedLeaks leaks(!assertion.empty());
@@ -69,9 +82,7 @@ Opened Open(const Bytes& file, const Faults& faults) {
     opened.source = new FaultySource(file, faults);
     RequireAssertion(Catch([&] { opened.extractor = android::createInstance(opened.source, nullptr); }),
                      assertion);
-    Require(opened.source->Reads() <= kFreeReads + kReadsPerByte * file.size(),
-            "opening stays within its budget of reads: " + std::to_string(opened.source->Reads()) + " for " +
-                std::to_string(file.size()) + " bytes");
+    RequireCheap(opened.source, file.size(), "opening");
     return opened;
 }
 
@@ -240,7 +251,23 @@ class Session {
                 if (mExtractor != nullptr)
                     mText += testing_support::Describe(mExtractor->getTrackMetaData(track, 1));
                 break;
+            case Do::kInspect:
+                Inspect(track);
+                break;
         }
+    }
+
+    void Inspect(size_t track) {
+        if (mExtractor == nullptr) return;
+        const auto* own = static_cast<const android::MatroskaExtExtractor*>(mExtractor.get());
+        android::MatroskaExtIterator iterator(own->File(), 0, 0, own->Tracks()[track].mTrackNum, nullptr);
+        mText += "thumbnail " + std::to_string(iterator.findThumbnailTimeUs());
+        int a, b, c;
+        iterator.getAC3Info(a, b, c);
+        mText += " a52 " + std::to_string(a) + ' ' + std::to_string(b) + ' ' + std::to_string(c);
+        iterator.getDTSInfo(a, b, c);
+        Require(a == 0 && b == 0 && c == 0, "nothing is said of DTS");
+        mText += " mpeg4 " + std::to_string(iterator.getMpeg4Headers().size()) + '\n';
     }
 
     void Replace(size_t track, bool starts) {
@@ -303,6 +330,7 @@ void CheckSniffing(const Bytes& file, const Faults& faults, bool isFaultless) {
     android::String8 mime("untouched");
     float confidence = -1;
     const bool isClaimed = android::Sniffer(source, &mime, &confidence, nullptr);
+    RequireCheap(source, file.size(), "sniffing");
     static const uint8_t kMagic[] = {0x1A, 0x45, 0xDF, 0xA3};
     if (isFaultless) {
         Require(isClaimed == (file.size() >= 4 && std::memcmp(file.data(), kMagic, 4) == 0),

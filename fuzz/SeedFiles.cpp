@@ -34,12 +34,13 @@ struct Parts {
                          Cluster(1000, {SimpleBlock(1, 0, kKeyFrame, Hex("00000001 65")),
                                         BlockGroup(2, 10, Hex("2120")), BlockGroup(3, 20, Text("two"))})
                              .Label("second")};
+    std::vector<std::pair<uint32_t, std::string>> listed = {
+        {id::kInfo, "info"}, {id::kTracks, "tracks"}, {id::kCues, "cues"}};
     bool hasSeekHead = true, hasCues = true;
 
     Bytes Write() const {
         Elements children;
-        if (hasSeekHead)
-            children.push_back(SeekHead({{id::kInfo, "info"}, {id::kTracks, "tracks"}, {id::kCues, "cues"}}));
+        if (hasSeekHead) children.push_back(SeekHead(listed));
         children.push_back(info.Label("info"));
         children.push_back(Master(id::kTracks, tracks).Label("tracks"));
         Append(&children, beforeClusters);
@@ -88,14 +89,6 @@ Bytes WaveHeader(uint16_t tag) {
     const Bytes rest = Hex("0200 44AC0000 803E0000 0400 1000 0000");
     header.insert(header.end(), rest.begin(), rest.end());
     return header;
-}
-
-Bytes Deflated(const Bytes& plain) {
-    uLongf size = compressBound(static_cast<uLong>(plain.size()));
-    Bytes packed(size);
-    compress2(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size()), 9);
-    packed.resize(size);
-    return packed;
 }
 
 Element Encodings(Elements encodings) {
@@ -228,17 +221,42 @@ std::vector<Oddity> Structure() {
          })},
         {"chapters",
          [](Parts& parts) {
+             const Element display = Master(
+                 id::kChapterDisplay,
+                 {Str(id::kChapString, "one"), Str(id::kChapLanguage, "eng"), Str(id::kChapCountry, "gb")});
              Element atom =
-                 Master(id::kChapterAtom, {Uint(id::kChapterUid, 5), Uint(id::kChapterTimeStart, 1)});
+                 Master(id::kChapterAtom, {Uint(id::kChapterUid, 5), Uint(id::kChapterTimeStart, 1),
+                                           Uint(id::kChapterTimeEnd, 2), display});
              for (int i = 0; i < 5; ++i)
                  atom = Master(id::kChapterAtom, {atom, Uint(id::kChapterFlagHidden, 1)});
-             parts.beforeClusters = {Master(id::kChapters, {Master(id::kEditionEntry, {atom})})};
+             parts.listed.push_back({id::kChapters, "chapters"});
+             parts.behindClusters = {
+                 Master(id::kChapters, {Master(id::kEditionEntry, {atom, Uint(id::kChapterFlagEnabled, 0)})})
+                     .Label("chapters")};
          }},
         {"attachment",
          [](Parts& parts) {
-             parts.behindClusters = {Master(
-                 id::kAttachments,
-                 {Master(id::kAttachedFile, {Str(id::kFileName, "a"), Bin(id::kFileData, Bytes(9))})})};
+             parts.listed.push_back({id::kAttachments, "attachments"});
+             parts.behindClusters = {
+                 Master(id::kAttachments,
+                        {Master(id::kAttachedFile, {Str(id::kFileDescription, "d"), Str(id::kFileName, "a"),
+                                                    Str(id::kFileMimeType, "text/plain"),
+                                                    Uint(id::kFileUid, 7), Bin(id::kFileData, Bytes(9))})})
+                     .Label("attachments")};
+         }},
+        {"many_blocks",
+         [](Parts& parts) {
+             Elements blocks;
+             for (int16_t i = 0; i < 300; ++i)
+                 blocks.push_back(SimpleBlock(1 + static_cast<uint64_t>(i % 2), i, 0x80, Hex("00")));
+             parts.clusters[1] = Cluster(1000, blocks).Label("second");
+         }},
+        {"block_additions",
+         [](Parts& parts) {
+             const Element more =
+                 Master(id::kBlockMore, {Uint(id::kBlockAddId, 2), Bin(id::kBlockAdditional, Hex("0102"))});
+             parts.clusters.push_back(
+                 Cluster(2000, {BlockGroup(1, 0, Hex("01"), {Master(id::kBlockAdditions, {more, more})})}));
          }},
         {"attachment_too_large",
          [](Parts& parts) {
@@ -248,6 +266,7 @@ std::vector<Oddity> Structure() {
          }},
         {"seek_head_ring",
          [](Parts& parts) {
+             parts.listed.push_back({id::kSeekHead, "other"});
              parts.beforeClusters = {SeekHead({{id::kSeekHead, "other"}}).Label("one")};
              parts.behindClusters = {
                  SeekHead({{id::kSeekHead, "one"}, {id::kTracks, "tracks"}}).Label("other")};
@@ -301,6 +320,14 @@ std::vector<Oddity> Structure() {
 }
 
 }  // namespace
+
+Bytes Deflated(const Bytes& plain) {
+    uLongf size = compressBound(static_cast<uLong>(plain.size()));
+    Bytes packed(size);
+    compress2(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size()), 9);
+    packed.resize(size);
+    return packed;
+}
 
 std::vector<SeedFile> MakeSeedFiles() {
     std::vector<SeedFile> files;

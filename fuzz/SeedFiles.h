@@ -16,4 +16,7 @@ struct SeedFile {
 // Each is a tree that is written once it is whole: the sizes come last, except those that are the oddity.
 std::vector<SeedFile> MakeSeedFiles();
 
+// One zlib stream.
+testing_support::Bytes Deflated(const testing_support::Bytes& plain);
+
 }  // namespace fuzz

@@ -34,7 +34,7 @@ class Writer {
 // Every file once as it is, and the plain one under every kind of fault and comparison.
 bool WritePluginSeeds(const fs::path& folder) {
     Writer writer(folder / "plugin");
-    const std::string operations = "01 03 02 80 04 20 12 40 14 FF 01 00 23 03 29 00 1A 00 06 10 0D 00 01 07";
+    const std::string operations = "01 03 02 80 04 20 12 40 14 FF 01 00 23 03 29 00 1A 00 06 10 0D 00 0E 07";
     const std::vector<std::pair<const char*, const char*>> scripts = {
         {"unknown_length", "01 00 0000 00000000"}, {"caching", "02 00 0000 00000000"},
         {"longer", "04 00 0000 40000000"},         {"shorter", "04 00 0000 C0FFFFFF"},
@@ -62,6 +62,11 @@ bool WriteNodeSeeds(const fs::path& folder) {
     Writer writer(folder / "node");
     for (const fuzz::SeedFile& file : fuzz::MakeSeedFiles()) {
         writer.Write(file.name, {Hex("00 00 0000 18538067"), file.bytes});
+    }
+    for (const fuzz::SeedFile& file : fuzz::MakeSeedFiles()) {
+        if (file.name == "chapters" || file.name == "attachment" || file.name == "block_additions") {
+            writer.Write(file.name + "_whole", {Hex("06 00 0000 1F43B675"), file.bytes});
+        }
     }
     const Bytes plain = fuzz::MakeSeedFiles().front().bytes;
     writer.Write("plain_unknown_length", {Hex("01 00 0000 1F43B675"), plain});
@@ -102,6 +107,11 @@ bool WriteEncodingSeeds(const fs::path& folder) {
     writer.Write("zlib_then_strip",
                  {Hex("02 14 01 06"), row("0001000302", "0101000000"), Hex("AABB"), inflatable});
     writer.Write("encrypted", {Hex("02 14 01 06"), row("0001000302", "0101010000"), Hex("AABB"), inflatable});
+    const Bytes bomb = fuzz::Deflated(Bytes(6 << 20));
+    writer.Write("bomb", {Hex("01 1A 01 80"), row("0001000000", "0000000000"), bomb});
+    writer.Write("bomb_cut",
+                 {Hex("01 1A 01 80"), row("0001000000", "0000000000"), Bytes(bomb.begin(), bomb.end() - 9)});
+    writer.Write("bomb_beyond_limit", {Hex("01 16 01 80"), row("0001000000", "0000000000"), bomb});
     writer.Write("small_limit", {Hex("01 01 01 09"), row("0001000000", "0000000000"), inflatable});
     return !writer.Failed();
 }

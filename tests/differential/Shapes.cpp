@@ -38,7 +38,7 @@ const Plan kPlans[] = {
     {"exactly one run of headers", 3, 128, 2},
     {"more Clusters than are remembered", 150, 4, 3, false, true},
     {"empty Clusters among others", 40, 3, 2, false, false, false, false, false, true},
-    {"many tracks", 6, 120, 24, false, true},
+    {"many tracks", 30, 200, 24, false, true},
     {"filler and garbage", 8, 20, 3, true, true, false, false, false, false, true},
     {"everything at once", 80, 40, 6, true, true, true, true, true, true, true},
 };

@@ -8,10 +8,10 @@ using android::sp;
 
 namespace {
 
-// Positions of neighbouring Clusters spread over the slots (Fibonacci hashing).
-size_t SlotOf(uint64_t key) {
-    static_assert(BlockRunCache::kRuns == 64, "the shift keeps six bits");
-    return static_cast<size_t>((key * 0x9E3779B97F4A7C15u) >> 58);
+// Positions of neighbouring Clusters spread over the sets (Fibonacci hashing).
+size_t SetOf(uint64_t key) {
+    static_assert(BlockRunCache::kRuns / BlockRunCache::kWays == 16, "the shift keeps four bits");
+    return static_cast<size_t>((key * 0x9E3779B97F4A7C15u) >> 60);
 }
 
 }  // namespace
@@ -140,14 +140,28 @@ sp<BlockRun> BlockRunCache::After(const BlockRun& before) {
 }
 
 const sp<BlockRun>& BlockRunCache::Slot(uint64_t key, bool isFirst, bool* isNew) {
-    sp<BlockRun>& run = mRuns[SlotOf(key)];
-    *isNew = run == nullptr || run->mKey != key || run->mIsFirst != isFirst;
-    if (*isNew) {
-        if (run == nullptr || run->getStrongCount() != 1)
-            run = new BlockRun;  // an iterator may stand in the old one
-        run->Restart(key, isFirst);
+    sp<BlockRun>* const set = &mRuns[SetOf(key) * kWays];
+    sp<BlockRun>* place = set;
+    *isNew = true;
+    for (sp<BlockRun>* run = set; run != set + kWays; ++run) {
+        if (*run == nullptr) {  // the places behind it are free too
+            place = run;
+            break;
+        }
+        if ((*run)->mKey == key && (*run)->mIsFirst == isFirst) {
+            place = run;
+            *isNew = false;
+            break;
+        }
+        if ((*run)->mLastUse < (*place)->mLastUse) place = run;
     }
-    return run;
+    if (*isNew) {
+        if (*place == nullptr || (*place)->getStrongCount() != 1)
+            *place = new BlockRun;  // an iterator may stand in the old one
+        (*place)->Restart(key, isFirst);
+    }
+    (*place)->mLastUse = ++mClock;
+    return *place;
 }
 
 }  // namespace MatroskaExtReader

@@ -60,7 +60,8 @@ class BlockRun : public android::RefBase {
     bool TakeBlock();
     void Finish();
 
-    uint64_t mKey = 0;  // header start of the Cluster, or of the last block of the run before
+    uint64_t mLastUse = 0;  // the cache's clock
+    uint64_t mKey = 0;      // header start of the Cluster, or of the last block of the run before
     bool mIsFirst = false;
     bool mHasEnded = false;
     bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
@@ -75,6 +76,8 @@ class BlockRun : public android::RefBase {
 class BlockRunCache {
   public:
     static constexpr size_t kRuns = 64;
+    // A key has this many places, so that runs which are in use side by side do not drive each other out.
+    static constexpr size_t kWays = 4;
 
     // The first run of the Cluster at `cluster`.
     android::sp<BlockRun> First(CMatroskaNode* cluster);
@@ -84,10 +87,11 @@ class BlockRunCache {
     void Clear();
 
   private:
-    // The run with this key, or one made anew in its slot, which says so.
+    // The run with this key, or one made anew in the place that was used least recently, which says so.
     const android::sp<BlockRun>& Slot(uint64_t key, bool isFirst, bool* isNew);
 
-    android::sp<BlockRun> mRuns[kRuns];  // each key has its one slot
+    android::sp<BlockRun> mRuns[kRuns];  // kWays neighbours are one set
+    uint64_t mClock = 0;                 // counts look-ups
 };
 
 }  // namespace MatroskaExtReader

@@ -18,6 +18,9 @@ class BlockCursor {
     // ends.
     bool MoveToNext(MatroskaExtReader::CMatroskaFile* file, MatroskaExtReader::CMatroskaNode* cluster);
 
+    // Passes over blocks of other tracks that somebody has walked over before; stands on the last of them.
+    void PassOthers(uint64_t track) { mIndex = mRun->LastBefore(mIndex, track); }
+
     const MatroskaExtReader::BlockHead& Head() const { return mRun->At(mIndex); }
     // The Cluster has a Timecode, and its value in timecode units.
     bool HasTimecode() const { return mRun->HasTimecode(); }

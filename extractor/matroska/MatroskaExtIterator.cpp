@@ -54,7 +54,8 @@ void MatroskaExtIterator::reset() {
 // --------------------------------------------------------------------------------------------------
 
 bool MatroskaExtIterator::advance() {
-    while (StepToNextBlock()) {  // bounded: every step moves forward in the file
+    const bool wantsOthers = CollectsSubtitles();
+    while (StepToNextBlock(wantsOthers)) {  // bounded: every step moves forward in the file
         TakeBlock();
         if (!mPendingBlocks.empty()) return true;
     }
@@ -62,8 +63,9 @@ bool MatroskaExtIterator::advance() {
     return false;
 }
 
-bool MatroskaExtIterator::StepToNextBlock() {
+bool MatroskaExtIterator::StepToNextBlock(bool wantsOthers) {
     if (mCluster == nullptr || !mCluster->IsValid()) return false;
+    if (mBlock.IsValid() && !wantsOthers) mBlock.PassOthers(mTrackNumber);
     if (mBlock.IsValid() ? mBlock.MoveToNext(mFile, mCluster.get()) : EnterCluster()) return true;
     do {  // bounded: every step moves forward in the file
         mBlock.Clear();

@@ -74,7 +74,9 @@ class MatroskaExtIterator {
     enum class Examined { kFound, kGoOn, kAbandon };
 
     // block walk
-    bool StepToNextBlock();
+    // To the next block, whose it may be; unless others are wanted, past those that are known not to be this
+    // track's.
+    bool StepToNextBlock(bool wantsOthers);
     bool EnterCluster();
     void TakeBlock();
     void AppendPending(const MatroskaExtReader::BlockHead& head);

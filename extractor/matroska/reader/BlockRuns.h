@@ -40,6 +40,11 @@ class BlockRun : public android::RefBase {
     // Makes block `index` known. False when the Cluster has no such block behind the ones before it.
     bool Reach(size_t index);
     const BlockHead& At(size_t index) const { return mHeads[index]; }
+    // The last block before the next one of `track`, from `index` on, as far as the blocks are known already.
+    size_t LastBefore(size_t index, uint64_t track) const {
+        while (index + 1 < mHeads.size() && mHeads[index + 1].header.trackNumber != track) ++index;
+        return index;
+    }
     bool IsFull() const { return mHeads.size() == kBlocks; }
 
     // The Cluster has a Timecode child, and its value in timecode units. Known once block 0 was reached.

@@ -218,6 +218,25 @@ TEST(Late, Thresholds) {
     }
 }
 
+// A source that fails once may deliver the next time: what was not seen then is not taken for the Cluster's end.
+TEST(Walk, AFailedReadIsForgottenBySeekingBack) {
+    const Document file = Seconds();
+    const std::string whole = Units(Started(Open(file), 0));
+    const sp<FaultySource> counting(new FaultySource(file.bytes));
+    const sp<MediaExtractor> counted = Open(sp<android::DataSource>(counting));
+    const uint64_t opening = counting->Reads();
+    Units(Started(counted, 0));
+    for (uint64_t call = opening; call < counting->Reads(); ++call) {
+        SCOPED_TRACE(call);
+        Faults faults;
+        faults.errorAtCall = call;
+        const sp<MediaSource> source = Started(Open(file, faults), 0);
+        Units(source);
+        source->start(nullptr);
+        EXPECT_EQ(whole, Units(source));
+    }
+}
+
 TEST(Late, WithoutAnIndexNothingIsSkipped) {
     Faults faults;
     faults.flags = 4;

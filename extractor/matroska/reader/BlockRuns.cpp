@@ -44,6 +44,7 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
     mKey = key;
     mIsFirst = isFirst;
     mHasEnded = false;
+    mIsDoubtful = false;
     mIsOnNewBlock = false;
     mHasTimecode = false;
     mClusterTimecode = 0;
@@ -52,6 +53,12 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
 }
 
 void BlockRun::BeginCluster(CMatroskaNode* cluster) {
+    const uint64_t failures = cluster->File()->FailedReads();
+    FindFirstBlock(cluster);
+    mIsDoubtful = cluster->File()->FailedReads() != failures;
+}
+
+void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
     mWalkEnd = cluster->DataStart();
     if (mTail == nullptr) mTail = new CMatroskaNode(cluster->File());
     bool isInside = mTail->MoveToFirstChildOf(cluster);
@@ -86,10 +93,13 @@ void BlockRun::TakeTimecode(CMatroskaNode* node) {
 }
 
 bool BlockRun::Reach(size_t index) {
-    while (mHeads.size() <= index) {  // bounded by kBlocks
-        if (mHasEnded || IsFull() || !TakeNextBlock()) return false;
+    if (index < mHeads.size()) return true;
+    const CMatroskaFile* file = mTail->File();
+    const uint64_t failures = file->FailedReads();
+    while (mHeads.size() <= index && !mHasEnded && !IsFull() && TakeNextBlock()) {  // bounded by kBlocks
     }
-    return true;
+    if (file->FailedReads() != failures) mIsDoubtful = true;
+    return index < mHeads.size();
 }
 
 bool BlockRun::TakeNextBlock() {
@@ -148,7 +158,7 @@ const sp<BlockRun>& BlockRunCache::Slot(uint64_t key, bool isFirst, bool* isNew)
             place = run;
             break;
         }
-        if ((*run)->mKey == key && (*run)->mIsFirst == isFirst) {
+        if ((*run)->mKey == key && (*run)->mIsFirst == isFirst && !(*run)->mIsDoubtful) {
             place = run;
             *isNew = false;
             break;

@@ -59,6 +59,7 @@ class BlockRun : public android::RefBase {
 
     void Restart(uint64_t key, bool isFirst);
     void BeginCluster(CMatroskaNode* cluster);
+    void FindFirstBlock(CMatroskaNode* cluster);
     void Continue(const BlockRun& before);
     void TakeTimecode(CMatroskaNode* node);
     bool TakeNextBlock();
@@ -69,6 +70,7 @@ class BlockRun : public android::RefBase {
     uint64_t mKey = 0;      // header start of the Cluster, or of the last block of the run before
     bool mIsFirst = false;
     bool mHasEnded = false;
+    bool mIsDoubtful = false;  // a read failed on the way: not to be found again, the source may yet deliver
     bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
     bool mHasTimecode = false;
     uint64_t mClusterTimecode = 0;

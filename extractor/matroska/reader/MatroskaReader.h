@@ -51,13 +51,16 @@ class CMatroskaFile {
         const ssize_t got = mSource->readAt(static_cast<off64_t>(mPosition), buffer, n);
         if (got > 0) mPosition += static_cast<uint64_t>(got);
         if (mOpening.isOn && got > 0) NoteDelivery(mPosition, static_cast<uint64_t>(got));
-        return got == static_cast<ssize_t>(n) ? kOk : kFailure;
+        if (got == static_cast<ssize_t>(n)) return kOk;
+        ++mFailedReads;
+        return kFailure;
     }
     // One big-endian value of T's width.
     template <typename T>
     Result Read(T& value);
     // How many reads there have been, as a measure of work.
     uint64_t Reads() const { return mReads; }
+    uint64_t FailedReads() const { return mFailedReads; }
     void SeekTo(uint64_t position) { mPosition = position; }
     uint64_t Position() const { return mPosition; }
     // Of the source, as navigation takes it; see HasKnownLength.
@@ -149,6 +152,7 @@ class CMatroskaFile {
     android::sp<android::DataSource> mSource;
     uint64_t mPosition;
     uint64_t mReads = 0;
+    uint64_t mFailedReads = 0;
     uint64_t mLength;
     bool mHasKnownLength;
     android::sp<CMatroskaNode> mSegmentNode;

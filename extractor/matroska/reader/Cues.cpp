@@ -3,6 +3,17 @@
 
 namespace MatroskaExtReader {
 
+namespace {
+
+// A number that cannot be read is 0.
+void Take(CMatroskaNode* node, uint64_t* number) {
+    CUInt value;
+    (void)value.Parse(node);
+    *number = value.Get();
+}
+
+}  // namespace
+
 Result Cue::Parse(CMatroskaNode* node) {
     return VisitChildren(node, [this](CMatroskaNode* child) {
         if (child->Id() == id::kCuePoint) (void)ParsePoint(child);
@@ -16,14 +27,12 @@ Result Cue::ParsePoint(CMatroskaNode* node) {
     if (!file->Admit(file->Counts.cuePoints, limit::kCuePoints, node->HeaderStart())) return kFailure;
     CuePoint point;
     point.FirstPosition = static_cast<uint32_t>(Positions.size());
-    CUInt time;
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        if (child->Id() == id::kCueTime) (void)time.Parse(child);
+        if (child->Id() == id::kCueTime) Take(child, &point.CueTime);
         if (child->Id() == id::kCueTrackPositions) (void)ParsePosition(child);
         return true;
     });
     if (Failed(result)) return result;
-    point.CueTime = time.Get();
     point.PositionCount = static_cast<uint32_t>(Positions.size()) - point.FirstPosition;
     Points.push_back(point);
     return kOk;
@@ -34,31 +43,25 @@ Result Cue::ParsePosition(CMatroskaNode* node) {
     if (!file->Admit(file->Counts.cuePositions, limit::kCuePositions, node->HeaderStart())) return kFailure;
     CueTrackPosition position;
     position.FirstReference = static_cast<uint32_t>(References.size());
-    CUInt value;
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        uint64_t* member = nullptr;
         switch (child->Id()) {
             case id::kCueTrack:
-                member = &position.CueTrack;
+                Take(child, &position.CueTrack);
                 break;
             case id::kCueClusterPosition:
-                member = &position.CueClusterPosition;
+                Take(child, &position.CueClusterPosition);
                 break;
             case id::kCueBlockNumber:
-                member = &position.CueBlockNumber;
+                Take(child, &position.CueBlockNumber);
                 break;
             case id::kCueCodecState:
-                member = &position.CueCodecState;
+                Take(child, &position.CueCodecState);
                 break;
             case id::kCueReference:
                 (void)ParseReference(child);
                 break;
             default:
                 break;
-        }
-        if (member != nullptr) {
-            (void)value.Parse(child);
-            *member = value.Get();
         }
         return true;
     });
@@ -72,28 +75,22 @@ Result Cue::ParseReference(CMatroskaNode* node) {
     CMatroskaFile* file = node->File();
     if (!file->Admit(file->Counts.cueReferences, limit::kCueReferences, node->HeaderStart())) return kFailure;
     CueReference reference;
-    CUInt value;
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        uint64_t* member = nullptr;
         switch (child->Id()) {
             case id::kCueRefTime:
-                member = &reference.CueRefTime;
+                Take(child, &reference.CueRefTime);
                 break;
             case id::kCueRefCluster:
-                member = &reference.CueRefCluster;
+                Take(child, &reference.CueRefCluster);
                 break;
             case id::kCueRefNumber:
-                member = &reference.CueRefNumber;
+                Take(child, &reference.CueRefNumber);
                 break;
             case id::kCueRefCodecState:
-                member = &reference.CueRefCodecState;
+                Take(child, &reference.CueRefCodecState);
                 break;
             default:
                 break;
-        }
-        if (member != nullptr) {
-            (void)value.Parse(child);
-            *member = value.Get();
         }
         return true;
     });

@@ -82,11 +82,19 @@ bool Cue::IsOrdered(const CMatroskaFile& file) const {
 }
 
 size_t CMatroskaFile::CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const {
-    if (!cue.IsOrdered(*this)) return cue.Points.size();
-    const auto behind = std::upper_bound(
-        cue.Points.begin(), cue.Points.end(), timeUs,
-        [this](uint64_t time, const CuePoint& point) { return time < ToMicroseconds(point.CueTime); });
-    return static_cast<size_t>(behind - cue.Points.begin());
+    const std::vector<CuePoint>& points = cue.Points;
+    if (points.empty() || !cue.IsOrdered(*this)) return points.size();
+    // Where nothing wraps, the last timecode that is not behind `timeUs` is known, and no point needs a
+    // division.
+    const uint64_t scale = TimecodeScale();
+    const bool mayWrap =
+        scale == 0 || points.back().CueTime > UINT64_MAX / scale || timeUs >= UINT64_MAX / 1000;
+    const uint64_t lastUnits = mayWrap ? 0 : (timeUs * 1000 + 999) / scale;
+    const auto isBehind = [&](uint64_t time, const CuePoint& point) {
+        return mayWrap ? time < ToMicroseconds(point.CueTime) : lastUnits < point.CueTime;
+    };
+    return static_cast<size_t>(std::upper_bound(points.begin(), points.end(), timeUs, isBehind) -
+                               points.begin());
 }
 
 }  // namespace MatroskaExtReader

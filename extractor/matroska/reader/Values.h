@@ -99,29 +99,29 @@ class CSignedLength : public CLength {
 class CShort : public CSimpleVar<int16_t, CShort> {};
 class CByte : public CSimpleVar<uint8_t, CByte> {};
 
-// A string of bytes; zero bytes inside are kept, comparisons look at the part before the first one.
-class CANSI {
+// What the two kinds of string have in common. Zero bytes inside are kept; comparisons look at the part
+// before the first one. Empty means absent.
+class TextValue {
   public:
-    Result Parse(CMatroskaNode* node);
     const char* c_str() const { return mText.c_str(); }
     size_t size() const { return mText.size(); }
     bool empty() const { return mText.size() == 0; }
 
-  private:
+  protected:
     android::AString mText;
+};
+
+// A string of the element's bytes.
+class CANSI : public TextValue {
+  public:
+    Result Parse(CMatroskaNode* node);
 };
 
 // Deliberate: the stored string is one zero byte longer than the element; what was read counts even when it
 // was cut short, and Parse fails only where the element is more than the source can deliver.
-class CUTF8 {
+class CUTF8 : public TextValue {
   public:
     Result Parse(CMatroskaNode* node);
-    const char* c_str() const { return mText.c_str(); }
-    size_t size() const { return mText.size(); }
-    bool empty() const { return mText.size() == 0; }
-
-  private:
-    android::AString mText;
 };
 
 // An owned array of bytes whose size the file chose. Movable, not copyable.

@@ -11,6 +11,7 @@
 
 #include "matroska/MatroskaExtExtractor.h"
 #include "matroska/MetaDataKeys.h"
+#include "matroska/reader/OrderedSearch.h"
 
 namespace android {
 
@@ -152,10 +153,8 @@ status_t MatroskaExtIterator::read(MediaBuffer** out, const MediaSource::ReadOpt
 void MatroskaExtIterator::ServeSeek(long long timeUs) {
     seekToTime(timeUs);
     const std::vector<IndexItem>& index = mFile->Index();
-    const auto behind =
-        std::upper_bound(index.begin(), index.end(), timeUs,
-                         [](long long time, const IndexItem& item) { return time < item.Time; });
-    mIndexCursor = static_cast<uint32_t>(behind - index.begin());
+    mIndexCursor = static_cast<uint32_t>(
+        CountUpTo<int64_t>(timeUs, index.size(), [&](size_t i) { return index[i].Time; }));
 }
 
 // Moves the index cursor along, and when the consumer is late jumps to the sync point there. At most one jump

@@ -2,6 +2,9 @@
 #include "reader/ReaderFixture.h"
 
 #include <algorithm>
+#include <random>
+
+#include "matroska/reader/OrderedSearch.h"
 
 namespace testing_support {
 namespace {
@@ -157,6 +160,28 @@ TEST(SeekIndex, TheVisitReadsNoPayload) {
     InitialisedFile open(file, faults);
     open.file.RebuildIndex();
     EXPECT_FALSE(open.source->Touched(file.DataOf("payload") + 8, file.EndOf("payload")));
+}
+
+// Against a plain binary search, over keys spread evenly, in clumps, all equal, and at both ends of the type.
+TEST(SeekIndex, LookUpsCountAsABinarySearchDoes) {
+    std::mt19937_64 random(7);
+    for (const uint64_t spread : {1u, 3u, 1000u}) {
+        for (const size_t count : {1u, 2u, 3u, 64u, 1000u}) {
+            std::vector<int64_t> keys(count);
+            for (size_t i = 0; i < count; ++i)
+                keys[i] = i % 7 == 0 ? int64_t(random()) : int64_t(random() % spread);
+            std::sort(keys.begin(), keys.end());
+            std::vector<int64_t> wanted = {INT64_MIN, -1, 0, 1, INT64_MAX};
+            for (const int64_t key : keys)
+                wanted.insert(wanted.end(), {key, key == INT64_MIN ? key : key - 1});
+            for (const int64_t key : wanted) {
+                const auto behind = std::upper_bound(keys.begin(), keys.end(), key);
+                ASSERT_EQ(size_t(behind - keys.begin()),
+                          reader::CountUpTo<int64_t>(key, count, [&](size_t i) { return keys[i]; }))
+                    << "of " << count << " keys, " << key;
+            }
+        }
+    }
 }
 
 }  // namespace

@@ -277,16 +277,16 @@ class Cue : public android::RefBase {
     bool IsSynthesised = false;  // made by a scan of the Clusters
 
     // Whether the points' times, in the wrapping microseconds of CMatroskaFile::ToMicroseconds, never
-    // descend.
-    bool IsOrdered(const CMatroskaFile& file) const;
+    // descend. Building the sync index finds out; not so before.
+    bool IsOrdered() const { return mIsOrdered; }
+    void NoteOrder(bool isOrdered) { mIsOrdered = isOrdered; }
 
   private:
     Result ParsePoint(CMatroskaNode* node);
     Result ParsePosition(CMatroskaNode* node);
     Result ParseReference(CMatroskaNode* node);
 
-    enum Order { kUnknown, kOrdered, kUnordered };
-    mutable Order mOrder = kUnknown;
+    bool mIsOrdered = false;
 };
 
 // ---- Chapters

@@ -1,10 +1,11 @@
 // A reference-counted cursor on one EBML element (RFC 8794): its ID, size and place, and how to reach its
 // children and siblings.
 //
-// Positions are absolute byte offsets. A walk always moves forward and ends with the parent: for navigation an
-// element's end is the parent's end where its own lies past that or past 2^63. (What resynchronisation finds
-// behind a Segment's end is looked at, and ends the walk.) The payload size stays the element's own. What a node needs to know of its parent it copies when it is made, so no cursor
-// depends on another's life. Nodes share the file's one read position: one thread at a time per file.
+// Positions are absolute byte offsets. A walk always moves forward and ends with the parent: for navigation
+// an element's end is the parent's end where its own lies past that or past 2^63. (What resynchronisation
+// finds behind a Segment's end is looked at, and ends the walk.) The payload size stays the element's own.
+// What a node needs to know of its parent it copies when it is made, so no cursor depends on another's life.
+// Nodes share the file's one read position: one thread at a time per file.
 #pragma once
 
 #include <utils/RefBase.h>

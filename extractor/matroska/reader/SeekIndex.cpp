@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "matroska/reader/MatroskaReader.h"
+#include "matroska/reader/OrderedSearch.h"
 
 namespace MatroskaExtReader {
 
@@ -54,12 +55,18 @@ android::status_t CMatroskaFile::BuildIndexForSync() {
     mIndex.clear();
     for (const AutoPtr<Cue>& cue : Segment.Cues) {
         mIndex.reserve(mIndex.size() + cue->Points.size());
+        bool isOrdered = true;
+        uint64_t later = UINT64_MAX;
         for (size_t i = cue->Points.size(); i-- > 0;) {
             const CuePoint& point = cue->Points[i];
+            const uint64_t time = ToMicroseconds(point.CueTime);
+            isOrdered = isOrdered && time <= later;
+            later = time;
             if (point.PositionCount == 0) continue;  // names no place
             const uint64_t position = cue->PositionsOf(point)[0].CueClusterPosition;
-            mIndex.push_back(IndexItem{static_cast<int64_t>(ToMicroseconds(point.CueTime)), position});
+            mIndex.push_back(IndexItem{static_cast<int64_t>(time), position});
         }
+        cue->NoteOrder(isOrdered);
     }
     // Cues in their usual order arrive here backwards.
     if (IsDescending(mIndex)) {
@@ -70,31 +77,18 @@ android::status_t CMatroskaFile::BuildIndexForSync() {
     return android::OK;
 }
 
-bool Cue::IsOrdered(const CMatroskaFile& file) const {
-    if (mOrder == kUnknown) {
-        const bool isOrdered =
-            std::is_sorted(Points.begin(), Points.end(), [&](const CuePoint& a, const CuePoint& b) {
-                return file.ToMicroseconds(a.CueTime) < file.ToMicroseconds(b.CueTime);
-            });
-        mOrder = isOrdered ? kOrdered : kUnordered;
-    }
-    return mOrder == kOrdered;
-}
-
 size_t CMatroskaFile::CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const {
     const std::vector<CuePoint>& points = cue.Points;
-    if (points.empty() || !cue.IsOrdered(*this)) return points.size();
+    if (points.empty() || !cue.IsOrdered()) return points.size();
     // Where nothing wraps, the last timecode that is not behind `timeUs` is known, and no point needs a
     // division.
     const uint64_t scale = TimecodeScale();
     const bool mayWrap =
         scale == 0 || points.back().CueTime > UINT64_MAX / scale || timeUs >= UINT64_MAX / 1000;
-    const uint64_t lastUnits = mayWrap ? 0 : (timeUs * 1000 + 999) / scale;
-    const auto isBehind = [&](uint64_t time, const CuePoint& point) {
-        return mayWrap ? time < ToMicroseconds(point.CueTime) : lastUnits < point.CueTime;
-    };
-    return static_cast<size_t>(std::upper_bound(points.begin(), points.end(), timeUs, isBehind) -
-                               points.begin());
+    if (mayWrap)
+        return CountUpTo(timeUs, points.size(), [&](size_t i) { return ToMicroseconds(points[i].CueTime); });
+    return CountUpTo((timeUs * 1000 + 999) / scale, points.size(),
+                     [&](size_t i) { return points[i].CueTime; });
 }
 
 }  // namespace MatroskaExtReader

@@ -10,7 +10,7 @@
 #include <media/stagefright/foundation/ADebug.h>
 #include <ui/GraphicBuffer.h>
 
-#include "MetaDataPool.h"
+#include "BufferStock.h"
 
 namespace android {
 
@@ -59,6 +59,15 @@ MediaBuffer::MediaBuffer(const sp<ABuffer>& buffer) : MediaBuffer(buffer->data()
 
 MediaBuffer::MediaBuffer(const sp<GraphicBuffer>& graphicBuffer) : MediaBuffer(nullptr, 1) {
     mGraphicBuffer = graphicBuffer;
+}
+
+// Objects of derived classes are larger and have no part in the stock.
+void* MediaBuffer::operator new(size_t size) {
+    return size == sizeof(MediaBuffer) ? TakeShell(size) : ::operator new(size);
+}
+
+void MediaBuffer::operator delete(void* memory, size_t size) {
+    size == sizeof(MediaBuffer) ? ReturnShell(memory) : ::operator delete(memory);
 }
 
 MediaBuffer::~MediaBuffer() {

@@ -27,7 +27,7 @@ String8 FourCC(uint32_t key) {
 }
 
 // memcpy, with the usual sizes known to the compiler.
-void copyBytes(void* to, const void* from, size_t size) {
+inline void copyBytes(void* to, const void* from, size_t size) {
     if (size == sizeof(uint64_t)) {
         memcpy(to, from, sizeof(uint64_t));
     } else if (size == sizeof(uint32_t)) {
@@ -120,12 +120,13 @@ void MetaData::clear() {
     }
 }
 
-const MetaData::Item* MetaData::find(uint32_t key) const {
+inline const MetaData::Item* MetaData::find(uint32_t key) const {
     const size_t index = lowerBound(key);
     return (index < mCount && mItems[index].key == key) ? &mItems[index] : nullptr;
 }
 
-const MetaData::Item* MetaData::findTyped(uint32_t key, uint32_t type, size_t size) const {
+__attribute__((always_inline)) inline const MetaData::Item* MetaData::findTyped(uint32_t key, uint32_t type,
+                                                                                size_t size) const {
     const Item* item = find(key);
     if (item == nullptr || item->type != type) return nullptr;
     CHECK_EQ(item->size, size);
@@ -141,7 +142,9 @@ bool MetaData::remove(uint32_t key) {
     return true;
 }
 
-bool MetaData::setData(uint32_t key, uint32_t type, const void* data, size_t size) {
+// Inlined where the size is known, since every access unit gets a time and a sync flag.
+__attribute__((always_inline)) inline bool MetaData::setBytes(uint32_t key, uint32_t type, const void* data,
+                                                              size_t size) {
     const size_t index = lowerBound(key);
     const bool overwritten = index < mCount && mItems[index].key == key;
     Item* item = overwritten ? &mItems[index] : insertAt(index);
@@ -151,16 +154,20 @@ bool MetaData::setData(uint32_t key, uint32_t type, const void* data, size_t siz
     return overwritten;
 }
 
+bool MetaData::setData(uint32_t key, uint32_t type, const void* data, size_t size) {
+    return setBytes(key, type, data, size);
+}
+
 bool MetaData::setCString(uint32_t key, const char* value) {
     return setData(key, TYPE_C_STRING, value, strlen(value) + 1);
 }
 
 bool MetaData::setInt32(uint32_t key, int32_t value) {
-    return setData(key, TYPE_INT32, &value, sizeof(value));
+    return setBytes(key, TYPE_INT32, &value, sizeof(value));
 }
 
 bool MetaData::setInt64(uint32_t key, int64_t value) {
-    return setData(key, TYPE_INT64, &value, sizeof(value));
+    return setBytes(key, TYPE_INT64, &value, sizeof(value));
 }
 
 bool MetaData::setFloat(uint32_t key, float value) {

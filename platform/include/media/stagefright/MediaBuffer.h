@@ -78,6 +78,10 @@ class MediaBuffer {
     // count of this buffer until it is gone, so this buffer must have an observer.
     MediaBuffer* clone();
 
+    // From a bounded stock of the thread.
+    static void* operator new(size_t size);
+    static void operator delete(void* memory, size_t size);
+
   protected:
     virtual ~MediaBuffer();
 

@@ -164,6 +164,7 @@ class MetaData : public RefBase {
     const Item* find(uint32_t key) const;
     const Item* findTyped(uint32_t key, uint32_t type, size_t size) const;
     Item* insertAt(size_t index);
+    bool setBytes(uint32_t key, uint32_t type, const void* data, size_t size);
     static String8 describe(const Item& item);
 
     Item mInline[kInlineItems];

@@ -1,0 +1,105 @@
+#include "BufferStock.h"
+
+#include <pthread.h>
+
+#include <atomic>
+#include <new>
+
+#if defined(__has_feature)
+#define STOCK_HAS_FEATURE(name) __has_feature(name)
+#else
+#define STOCK_HAS_FEATURE(name) 0
+#endif
+
+namespace android {
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || STOCK_HAS_FEATURE(address_sanitizer)
+constexpr bool kStocking = false;
+#else
+constexpr bool kStocking = true;
+#endif
+
+constexpr size_t kMostKept = 64;
+
+template <typename T>
+struct Shelf {
+    size_t count;
+    T* items[kMostKept];
+
+    T* take() { return count > 0 ? items[--count] : nullptr; }
+    bool put(T* item) {
+        if (count == kMostKept) return false;
+        items[count++] = item;
+        return true;
+    }
+};
+
+// All zeros at first, which is an empty stock: needs no construction, so taking needs no check whether there
+// was one.
+struct Stock {
+    bool isOpen;               // its end has been arranged for
+    Shelf<MetaData> metaData;  // each with one strong reference, which is the stock's
+    Shelf<void> shells;
+};
+
+// The library is loaded with the program, so the cheap kind of thread-local access is open to it.
+__attribute__((tls_model("initial-exec"))) __thread Stock tStock;
+
+pthread_key_t gEnd;
+pthread_once_t gEndOnce = PTHREAD_ONCE_INIT;
+
+void emptyStock(void*) {
+    while (MetaData* metaData = tStock.metaData.take()) metaData->decStrong(nullptr);
+    while (void* shell = tStock.shells.take()) ::operator delete(shell);
+    tStock.isOpen = false;  // what comes back later in the thread's end opens it again
+}
+
+bool openStock() {
+    pthread_once(&gEndOnce, [] { pthread_key_create(&gEnd, emptyStock); });
+    tStock.isOpen = pthread_setspecific(gEnd, &tStock) == 0;
+    return tStock.isOpen;
+}
+
+bool isStockOpen() {
+    return kStocking && (tStock.isOpen || openStock());
+}
+
+// Whether the caller's reference is the only one, and everything that former holders did to the object has
+// happened. Every strong reference holds a weak one too, so counting those is enough.
+bool isSoleReference(const MetaData* metaData) {
+    if (metaData->getWeakRefs()->getWeakCount() != 1) return false;
+#if !defined(__SANITIZE_THREAD__) && !STOCK_HAS_FEATURE(thread_sanitizer)  // which cannot follow fences
+    std::atomic_thread_fence(std::memory_order_acquire);
+#endif
+    return true;
+}
+
+}  // namespace
+
+MetaData* TakeMetaData() {
+    if (MetaData* taken = tStock.metaData.take()) return taken;
+    MetaData* made = new MetaData;
+    made->incStrong(nullptr);
+    return made;
+}
+
+void ReturnMetaData(MetaData* metaData) {
+    if (isStockOpen() && isSoleReference(metaData)) {
+        metaData->clear();
+        if (tStock.metaData.put(metaData)) return;
+    }
+    metaData->decStrong(nullptr);
+}
+
+void* TakeShell(size_t size) {
+    void* taken = tStock.shells.take();
+    return taken != nullptr ? taken : ::operator new(size);
+}
+
+void ReturnShell(void* shell) {
+    if (!isStockOpen() || !tStock.shells.put(shell)) ::operator delete(shell);
+}
+
+}  // namespace android

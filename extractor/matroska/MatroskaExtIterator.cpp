@@ -112,7 +112,10 @@ void MatroskaExtIterator::AppendPending(const BlockHead& head) {
 
 void MatroskaExtIterator::PopPending() {
     mSpareBlock = std::move(mPendingBlocks.front());
-    mPendingBlocks.erase(mPendingBlocks.begin());
+    if (mPendingBlocks.size() == 1)
+        mPendingBlocks.pop_back();  // nearly always
+    else
+        mPendingBlocks.erase(mPendingBlocks.begin());
 }
 
 void MatroskaExtIterator::ClearPending() {

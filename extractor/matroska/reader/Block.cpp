@@ -53,15 +53,31 @@ void WriteRealAudioHeader(uint8_t* out, uint32_t time, uint16_t frameSize) {
 // ---- headers and masters
 // -----------------------------------------------------------------------------------------
 
+namespace {
+
+void TakeRest(BlockHeader* header, const uint8_t* bytes, uint64_t dataPosition, uint64_t end) {
+    header->timeCode = static_cast<int16_t>(bytes[0] << 8 | bytes[1]);
+    header->flags = bytes[2];
+    header->dataPosition = dataPosition;
+    header->dataSize = end > dataPosition ? end - dataPosition : 0;
+}
+
+}  // namespace
+
 // A track number, two bytes of timecode and the flags. The shortest header is read at once; the first byte
 // says how many more a longer track number takes. What cannot be read counts as zeros.
 BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end) {
     uint8_t bytes[8 + 3] = {};
+    BlockHeader header = {};
     file.SeekTo(position);
     const Result shortest = file.Read(bytes, 4);
+    if (bytes[0] > 0x80 && bytes[0] < 0xFF) {
+        header.trackNumber = bytes[0] & 0x7Fu;
+        TakeRest(&header, bytes + 1, position + 4, end);
+        return header;
+    }
     const unsigned length = SizeLength(bytes[0]);
     if (!Failed(shortest) && length > 1) (void)file.Read(bytes + 4, length - 1);
-    BlockHeader header = {};
     const unsigned numberBytes = length == 0 ? 1 : length;  // a byte that begins no number is passed over
     if (length != 0)
         header.trackNumber = AppendBigEndian(SizeValueBits(bytes[0], length), bytes + 1, length - 1);
@@ -70,32 +86,13 @@ BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end
         file.SeekTo(position + length);
         header.trackNumber = file.LeftInFile();
     }
-    header.timeCode = static_cast<int16_t>(AppendBigEndian(0, bytes + numberBytes, 2));
-    header.flags = bytes[numberBytes + 2];
-    header.dataPosition = position + numberBytes + 3;
-    header.dataSize = end > header.dataPosition ? end - header.dataPosition : 0;
+    TakeRest(&header, bytes + numberBytes, position + numberBytes + 3, end);
     return header;
-}
-
-void SimpleBlock::SetHeader(const BlockHeader& header) {
-    TrackNumber.Set(header.trackNumber);
-    TimeCode.Set(header.timeCode);
-    Flags.Set(header.flags);
-    DataPosition = header.dataPosition;
-    DataSize = header.dataSize;
 }
 
 Result SimpleBlock::Parse(CMatroskaNode* node) {
     SetHeader(ReadBlockHeader(*node->File(), node->DataStart(), node->PayloadEnd()));
     return kOk;
-}
-
-void SimpleBlock::Reset() {
-    SetHeader(BlockHeader{});
-    FramesPosition = 0;
-    DecodedFrames.clear();
-    FrameSizes.clear();
-    mIsRefused = false;
 }
 
 bool SimpleBlock::IsDeliverable(const CMatroskaFile& file) const {
@@ -123,16 +120,6 @@ Result BlockGroup::Parse(CMatroskaNode* node) {
          }},
     };
     return ParseChildren(*this, node, kRows);
-}
-
-void BlockGroup::Reset() {
-    Block.Reset();
-    BlockDuration = CUInt();
-    ReferenceBlock = CInt();
-    if (ReferencePriority.IsSet()) ReferencePriority = CUInt();
-    if (ReferenceVirtual.IsSet()) ReferenceVirtual = CInt();
-    if (!CodecState.empty()) CodecState.Clear();
-    if (!TimeSlices.isEmpty()) TimeSlices.clear();
 }
 
 Result TimeSlice::Parse(CMatroskaNode* node) {

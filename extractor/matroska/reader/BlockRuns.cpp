@@ -33,13 +33,6 @@ BlockHead BlockHead::OfSimpleBlock(const BlockHeader& header) {
     return BlockHead{header, 0, 0, (header.flags & kKeyFrameFlag) == 0, false};
 }
 
-void BlockHead::Fill(BlockGroup& group) const {
-    group.Reset();
-    group.Block.SetHeader(header);
-    if (hasReference) group.ReferenceBlock.Set(reference);
-    if (hasDuration) group.BlockDuration.Set(duration);
-}
-
 void BlockRun::Restart(uint64_t key, bool isFirst) {
     mKey = key;
     mIsFirst = isFirst;
@@ -92,8 +85,7 @@ void BlockRun::TakeTimecode(CMatroskaNode* node) {
     mClusterTimecode = value.Get();
 }
 
-bool BlockRun::Reach(size_t index) {
-    if (index < mHeads.size()) return true;
+bool BlockRun::Walk(size_t index) {
     const CMatroskaFile* file = mTail->File();
     const uint64_t failures = file->FailedReads();
     while (mHeads.size() <= index && !mHasEnded && !IsFull() && TakeNextBlock()) {  // bounded by kBlocks
@@ -115,8 +107,8 @@ bool BlockRun::TakeNextBlock() {
 
 bool BlockRun::TakeBlock() {
     if (mTail->Id() == id::kSimpleBlock) {
-        const BlockHeader header = ReadBlockHeader(*mTail->File(), mTail->DataStart(), mTail->PayloadEnd());
-        mHeads.push_back(BlockHead::OfSimpleBlock(header));
+        mHeads.push_back(BlockHead::OfSimpleBlock(
+            ReadBlockHeader(*mTail->File(), mTail->DataStart(), mTail->PayloadEnd())));
         return true;
     }
     mScratch.Reset();

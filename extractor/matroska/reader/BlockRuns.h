@@ -30,7 +30,11 @@ struct BlockHead {
 
     static BlockHead Of(const BlockGroup& group);
     static BlockHead OfSimpleBlock(const BlockHeader& header);
-    void Fill(BlockGroup& group) const;
+    void Fill(BlockGroup& group) const {
+        group.Restart(header);
+        if (hasReference) group.ReferenceBlock.Set(reference);
+        if (hasDuration) group.BlockDuration.Set(duration);
+    }
 };
 
 class BlockRun : public android::RefBase {
@@ -38,7 +42,7 @@ class BlockRun : public android::RefBase {
     static constexpr size_t kBlocks = 128;
 
     // Makes block `index` known. False when the Cluster has no such block behind the ones before it.
-    bool Reach(size_t index);
+    bool Reach(size_t index) { return index < mHeads.size() || Walk(index); }
     const BlockHead& At(size_t index) const { return mHeads[index]; }
     // The last block before the next one of `track`, from `index` on, as far as the blocks are known already.
     size_t LastBefore(size_t index, uint64_t track) const {
@@ -62,6 +66,7 @@ class BlockRun : public android::RefBase {
     void FindFirstBlock(CMatroskaNode* cluster);
     void Continue(const BlockRun& before);
     void TakeTimecode(CMatroskaNode* node);
+    bool Walk(size_t index);
     bool TakeNextBlock();
     bool TakeBlock();
     void Finish();

@@ -41,11 +41,7 @@ template Result CMatroskaFile::Read<int64_t>(int64_t&);
 template Result CMatroskaFile::Read<float>(float&);
 template Result CMatroskaFile::Read<double>(double&);
 
-bool CMatroskaFile::CanDeliver(uint64_t position, uint64_t size) const {
-    if (position > kMaxPosition || size > kMaxPosition - position) return false;
-    if (mHasKnownLength && position + size > mLength) return false;
-    if (size == 0 || (mHasKnownLength && size <= limit::kUnprobedBytes)) return true;
-    // What getSize says may be wrong, and without it nothing is known: the far end has to answer.
+bool CMatroskaFile::FarEndAnswers(uint64_t position, uint64_t size) const {
     uint8_t last;
     if (mOpening.isOn && !MayAsk()) return false;
     const bool isThere = mSource->readAt(static_cast<off64_t>(position + size - 1), &last, 1) == 1;

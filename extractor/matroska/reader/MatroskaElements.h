@@ -376,7 +376,13 @@ class SimpleBlock {
     SimpleBlock() : DataPosition(0), FramesPosition(0), DataSize(0), mIsRefused(false) {}
 
     Result Parse(CMatroskaNode* node);
-    void SetHeader(const BlockHeader& header);
+    void SetHeader(const BlockHeader& header) {
+        TrackNumber.Set(header.trackNumber);
+        TimeCode.Set(header.timeCode);
+        Flags.Set(header.flags);
+        DataPosition = header.dataPosition;
+        DataSize = header.dataSize;
+    }
     // Decodes the lacing header into FrameSizes, and unless `sizesOnly` reads and expands every frame. A
     // failure means that a lace does not fit the block or cannot be read: Read then refuses the block as a
     // whole.
@@ -394,7 +400,15 @@ class SimpleBlock {
     bool IsKeyFrameFlagged() const { return (Flags.Get() & kKeyFrameFlag) != 0; }
     uint32_t Lacing() const { return (Flags.Get() >> 1) & 3; }
     // Makes the object as new, keeping its allocations.
-    void Reset();
+    void Reset() { Restart(BlockHeader{}); }
+    // The same for a block that begins with `header`.
+    void Restart(const BlockHeader& header) {
+        SetHeader(header);
+        FramesPosition = 0;
+        if (!DecodedFrames.empty()) DecodedFrames.clear();
+        if (!FrameSizes.empty()) FrameSizes.clear();
+        mIsRefused = false;
+    }
 
     CLength TrackNumber;
     CInt TimeCode;  // timecode units relative to the Cluster's
@@ -449,7 +463,18 @@ class BlockGroup {
   public:
     Result Parse(CMatroskaNode* node);
     bool IsKeyFrame() const { return !ReferenceBlock.IsSet(); }
-    void Reset();
+    // Makes the object as new, keeping its allocations.
+    void Reset() { Restart(BlockHeader{}); }
+    // The same for a group whose block begins with `header`.
+    void Restart(const BlockHeader& header) {
+        Block.Restart(header);
+        BlockDuration = CUInt();
+        ReferenceBlock = CInt();
+        if (ReferencePriority.IsSet()) ReferencePriority = CUInt();
+        if (ReferenceVirtual.IsSet()) ReferenceVirtual = CInt();
+        if (!CodecState.empty()) CodecState.Clear();
+        if (!TimeSlices.isEmpty()) TimeSlices.clear();
+    }
 
     SimpleBlock Block;
     CUInt BlockDuration;  // timecode units

@@ -68,7 +68,13 @@ class CMatroskaFile {
     bool HasKnownLength() const { return mHasKnownLength; }
     uint64_t LeftInFile() const { return mLength > mPosition ? mLength - mPosition : 0; }
     // Can the source deliver `size` bytes from `position`? May read one byte; leaves the position alone.
-    bool CanDeliver(uint64_t position, uint64_t size) const;
+    bool CanDeliver(uint64_t position, uint64_t size) const {
+        if (position > kMaxPosition || size > kMaxPosition - position) return false;
+        if (mHasKnownLength && position + size > mLength) return false;
+        if (size == 0 || (mHasKnownLength && size <= limit::kUnprobedBytes)) return true;
+        // What getSize says may be wrong, and without it nothing is known: the far end has to answer.
+        return FarEndAnswers(position, size);
+    }
 
     // While one lives, the file is being opened: what that may ask of the source is bounded (see
     // limit::kOpeningReads). Beyond it reads fail as they do at the end of a file, with one loss.
@@ -136,6 +142,7 @@ class CMatroskaFile {
     friend class ChildWalk;
 
     void IndexTracks();
+    bool FarEndAnswers(uint64_t position, uint64_t size) const;
     bool MayAsk() const;
     void NoteDelivery(uint64_t end, uint64_t bytes) const;
     void FinishOpening();

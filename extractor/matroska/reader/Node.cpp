@@ -11,11 +11,8 @@ using android::sp;
 
 namespace {
 
-// The ID and size at the file's position, in as few reads as can be had without touching a byte behind them:
-// two bytes are always there, and each read's bytes say how many must follow.
-bool ReadElementHeader(CMatroskaFile& file, ElementHeader* header) {
-    uint8_t bytes[4 + 8];
-    if (Failed(file.Read(bytes, 2))) return false;
+// What two bytes did not hold of an ID and size.
+bool ReadLongElementHeader(CMatroskaFile& file, uint8_t (&bytes)[4 + 8], ElementHeader* header) {
     const unsigned idLength = IdLength(bytes[0]);
     if (idLength == 0) return false;
     if (idLength > 1 && Failed(file.Read(bytes + 2, idLength - 1))) return false;
@@ -27,6 +24,19 @@ bool ReadElementHeader(CMatroskaFile& file, ElementHeader* header) {
     header->size = AppendBigEndian(SizeValueBits(*size, sizeLength), size + 1, sizeLength - 1);
     header->hasUnknownSize = header->size == UnknownSizeMarker(sizeLength);
     if (header->hasUnknownSize) header->size = file.LeftInFile();
+    return true;
+}
+
+// The ID and size at the file's position, in as few reads as can be had without touching a byte behind them:
+// two bytes are always there, and each read's bytes say how many must follow.
+inline bool ReadElementHeader(CMatroskaFile& file, ElementHeader* header) {
+    uint8_t bytes[4 + 8];
+    if (Failed(file.Read(bytes, 2))) return false;
+    const bool isShort = bytes[0] >= 0x80 && bytes[1] >= 0x80 && bytes[1] != 0xFF;
+    if (!isShort) return ReadLongElementHeader(file, bytes, header);
+    header->id = bytes[0];
+    header->size = bytes[1] & 0x7Fu;
+    header->hasUnknownSize = false;
     return true;
 }
 
@@ -52,13 +62,17 @@ void CMatroskaNode::BecomeChildOf(const CMatroskaNode* parent) {
     mParent.mIsOpenCluster = parent->HasUnknownSize() && parent->Id() == id::kCluster;
 }
 
-Result CMatroskaNode::Parse() {
+inline Result CMatroskaNode::Decode() {
     mHeaderStart = mFile->Position();
     mOpenEnd = 0;
     mIsValid = ReadElementHeader(*mFile, &mHeader);
     mDataStart = mFile->Position();
     if (!mIsValid) Forget();
     return mIsValid ? kOk : kFailure;
+}
+
+Result CMatroskaNode::Parse() {
+    return Decode();
 }
 
 void CMatroskaNode::Forget() {
@@ -90,19 +104,9 @@ sp<CMatroskaNode> CMatroskaNode::Copy() const {
     return copy;
 }
 
-bool CMatroskaNode::IsBlockElement() const {
-    return Id() == id::kBlockGroup || Id() == id::kSimpleBlock;
-}
-
-uint64_t CMatroskaNode::PayloadEnd() const {
-    return AddSaturating(mDataStart, Size());
-}
-
-uint64_t CMatroskaNode::End() const {
-    const bool isOpenCluster = HasUnknownSize() && Id() == id::kCluster;
-    if (isOpenCluster && mOpenEnd == 0) mOpenEnd = FindOpenClusterEnd();
-    const uint64_t end = isOpenCluster ? mOpenEnd : PayloadEnd();
-    return mParent.mPresent ? std::min(end, mParent.mEnd) : end;
+uint64_t CMatroskaNode::OpenClusterEnd() const {
+    if (mOpenEnd == 0) mOpenEnd = FindOpenClusterEnd();
+    return mOpenEnd;
 }
 
 uint64_t CMatroskaNode::FindOpenClusterEnd() const {
@@ -159,22 +163,22 @@ bool CMatroskaNode::Find(uint32_t id, bool scan) {
     return Id() == id;
 }
 
+// Decodes the header behind this element, in damaged Segments the next one that can be found.
+inline bool CMatroskaNode::Step() {
+    const uint64_t end = End();
+    if (end >= mParent.mEnd) return false;
+    mFile->SeekTo(end);
+    if (Failed(Decode()) && !Resync()) return false;
+    return !(mParent.mIsOpenCluster && IsLevelOne(Id()));
+}
+
 bool CMatroskaNode::Next(bool sameId) {
     if (!mParent.mPresent) return false;
     const uint32_t wanted = Id();
     do {  // bounded: an element's end lies behind its header
-        const uint64_t end = End();
-        if (end >= mParent.mEnd) return false;
-        mFile->SeekTo(end);
-        if (!FinishStep()) return false;
+        if (!Step()) return false;
     } while (sameId && Id() != wanted);
     return true;
-}
-
-// Decodes the header at the position, in damaged Segments the next one that can be found.
-bool CMatroskaNode::FinishStep() {
-    if (Failed(Parse()) && !Resync()) return false;
-    return !(mParent.mIsOpenCluster && IsLevelOne(Id()));
 }
 
 uint64_t CMatroskaNode::FindPos(uint32_t id, int64_t from) const {
@@ -196,7 +200,8 @@ sp<CMatroskaNode> CMatroskaNode::GetFirstBlock() const {
 }
 
 bool CMatroskaNode::NextBlock() {
-    while (Next(false)) {  // bounded: every step moves forward
+    if (!mParent.mPresent) return false;
+    while (Step()) {  // bounded: every step moves forward
         if (IsBlockElement()) return true;
     }
     return false;

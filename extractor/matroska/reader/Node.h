@@ -12,6 +12,8 @@
 
 #include <stdint.h>
 
+#include "matroska/reader/CheckedMath.h"
+#include "matroska/reader/ElementIds.h"
 #include "matroska/reader/Values.h"
 
 namespace MatroskaExtReader {
@@ -64,14 +66,18 @@ class CMatroskaNode : public android::RefBase {
     uint64_t HeaderStart() const { return mHeaderStart; }
     uint64_t DataStart() const { return mDataStart; }
     CMatroskaFile* File() const { return mFile; }
-    bool IsBlockElement() const;
+    bool IsBlockElement() const { return Id() == id::kBlockGroup || Id() == id::kSimpleBlock; }
     bool HasUnknownSize() const { return mHeader.hasUnknownSize; }
 
     // Where the element's own size puts its end, not past 2^63.
-    uint64_t PayloadEnd() const;
+    uint64_t PayloadEnd() const { return AddSaturating(mDataStart, Size()); }
     // Where navigation takes the end to be: within the parent and, for a Cluster of unknown size, where a
     // level-1 element begins among its children (that is looked for on the first call).
-    uint64_t End() const;
+    uint64_t End() const {
+        const bool isOpenCluster = HasUnknownSize() && Id() == id::kCluster;
+        const uint64_t end = isOpenCluster ? OpenClusterEnd() : PayloadEnd();
+        return mParent.mPresent && end > mParent.mEnd ? mParent.mEnd : end;
+    }
     // Spares a Cluster of unknown size the search, where a walk over its blocks has found the end already.
     void KnowOpenEnd(uint64_t end) { mOpenEnd = end; }
 
@@ -90,8 +96,10 @@ class CMatroskaNode : public android::RefBase {
     void BecomeChildOf(const CMatroskaNode* parent);
     void Forget();
     bool Find(uint32_t id, bool scan);
-    bool FinishStep();
+    Result Decode();
+    bool Step();
     bool Resync();
+    uint64_t OpenClusterEnd() const;
     uint64_t FindOpenClusterEnd() const;
 
     CMatroskaFile* mFile;  // not owned

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 
 #include "hostile/Sanitizers.h"
 
@@ -14,6 +15,7 @@ namespace {
 
 std::atomic<long long> gHeld{0};
 std::atomic<long long> gPeak{0};
+std::atomic<size_t> gMost{SIZE_MAX};  // that malloc gives
 
 void Count(long long change) {
     const long long held = gHeld.fetch_add(change, std::memory_order_relaxed) + change;
@@ -62,6 +64,7 @@ static void* Took(void* p) {
 }
 
 COUNTED void* malloc(size_t size) noexcept {
+    if (size > gMost.load(std::memory_order_relaxed)) return nullptr;
     return Took(__libc_malloc(size));
 }
 COUNTED void* calloc(size_t count, size_t size) noexcept {
@@ -97,6 +100,13 @@ COUNTED void free(void* p) noexcept {
 #endif
 
 namespace testing_support {
+
+RefusedAbove::RefusedAbove(size_t bytes) {
+    gMost = bytes;
+}
+RefusedAbove::~RefusedAbove() {
+    gMost = SIZE_MAX;
+}
 
 HeapMeter::HeapMeter() : mBase(gHeld) {
     Restart();

@@ -19,4 +19,12 @@ class HeapMeter {
     long long mBase;
 };
 
+// While one lives, larger blocks are refused to every thread. A sanitizer's allocator cannot be made to do
+// that, so plain builds only.
+class RefusedAbove {
+  public:
+    explicit RefusedAbove(size_t bytes);
+    ~RefusedAbove();
+};
+
 }  // namespace testing_support

@@ -15,6 +15,7 @@
 #include "hostile/HeapMeter.h"
 #include "hostile/Measure.h"
 #include "hostile/Samples.h"
+#include "hostile/Sanitizers.h"
 #include "matroska/MatroskaExtExtractor.h"
 #include "matroska/PluginExports.h"
 #include "support/FaultySource.h"
@@ -297,6 +298,68 @@ TEST(Allocation, NoUnitGetsMemory) {
         }
     }
 }
+
+#if !IS_SANITIZED
+// No memory for large blocks, of which each file chooses one: what was to hold it is lost or left as stored,
+// the small unit behind it comes, and with memory again everything does.
+TEST(Allocation, RefusedMemoryCostsOneUnitAtMost) {
+    constexpr size_t kLarge = 100000, kMost = 60000;
+    const Bytes large(kLarge, 7), packed = Zlib(large);
+    const Element deflated = Master(id::kContentEncodings, {Encoding(0, 0, 0)});
+    const struct {
+        const char* name;
+        Document file;
+        std::vector<size_t> sizes, sizesWithMemory;  // of the units
+    } rows[] = {
+        {"unit",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, large), SimpleBlock(1, 40, 0, Bytes(9))}),
+         {9},
+         {kLarge, 9}},
+        {"inflated frame",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, packed), SimpleBlock(1, 40, 0, Zlib(Bytes(9)))}, {deflated}),
+         {packed.size(), 9},  // left as stored
+         {kLarge, 9}},
+        {"frame that is read whole",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, large), SimpleBlock(1, 40, 0, Zlib(Bytes(9)))}, {deflated}),
+         {9},
+         {kLarge, 9}},
+        {"codec private",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, Bytes(8)), SimpleBlock(1, 40, 0, Bytes(9))},
+                  {Private(large)}),
+         {8, 9},
+         {8, 9}},
+        {"language",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, Bytes(8))}, {Bin(id::kLanguage, Bytes(kLarge, 'a'))}),
+         {8},
+         {8}},
+    };
+    const auto sizesOf = [](const sp<android::DataSource>& bytes) {
+        std::vector<size_t> sizes;
+        const sp<MediaExtractor> extractor = Open(bytes);
+        EXPECT_EQ(1u, extractor->countTracks());
+        const sp<MediaSource> source = Started(extractor, 0);
+        for (int reads = 0; reads < 4; ++reads) {
+            MediaBuffer* buffer = nullptr;
+            if (source->read(&buffer, nullptr) != android::OK) continue;
+            sizes.push_back(buffer->range_length());
+            buffer->release();
+        }
+        return sizes;
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const SilentLog silence;
+        const sp<android::DataSource> source = new FaultySource(row.file.bytes, {});
+        std::vector<size_t> sizes;
+        {
+            const RefusedAbove refused(kMost);
+            sizes = sizesOf(source);
+        }
+        EXPECT_EQ(row.sizes, sizes);
+        EXPECT_EQ(row.sizesWithMemory, sizesOf(source));
+    }
+}
+#endif
 
 }  // namespace
 }  // namespace testing_support

@@ -45,18 +45,16 @@ bool Inflater::Run(const uint8_t* data, uint32_t size, uint32_t limit) {
         uint32_t outputSize = 0;
         ending = Measure(data, size, limit, &outputSize);
         if (ending == Ending::kWhole) {
-            mOutput.resize(size_t{outputSize} + 1);  // the end of the stream wants room to show itself
-            ending = RunToStreamEnd(data, size, limit);
+            // The end of the stream wants room to show itself.
+            const bool hasRoom = Reserve(size_t{outputSize} + 1);
+            ending = hasRoom ? RunToStreamEnd(data, size, limit) : Ending::kTooLarge;
         }
     }
     bool result = ending == Ending::kWhole;
     if (ending == Ending::kNone) {
         // A stream without its end yields what the steps yield, and only they can say how much that is.
         result = RunInSteps(data, size, limit, false);
-        if (result) {
-            if (mOutput.size() < size_t{mOutputSize} + kStep) mOutput.resize(size_t{mOutputSize} + kStep);
-            result = RunInSteps(data, size, limit, true);
-        }
+        result = result && Reserve(size_t{mOutputSize} + kStep) && RunInSteps(data, size, limit, true);
     }
     if (!result) Trim();
     return result;
@@ -66,14 +64,14 @@ bool Inflater::Run(const uint8_t* data, uint32_t size, uint32_t limit) {
 Inflater::Ending Inflater::RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit) {
     if (!Begin(data, size)) return Ending::kTooLarge;
     for (;;) {  // bounded by `limit`: every round doubles the room
-        if (mOutputSize == mOutput.size()) {
-            const size_t room = std::max<size_t>(kFirstGuess, mOutput.size() * 2);
-            mOutput.resize(std::min<size_t>(room, size_t{limit} + 1));
+        if (mOutputSize == mRoom) {
+            const size_t room = std::max<size_t>(kFirstGuess, mRoom * 2);
+            if (!Reserve(std::min<size_t>(room, size_t{limit} + 1))) return Ending::kTooLarge;
         }
-        mStream.next_out = mOutput.data() + mOutputSize;
-        mStream.avail_out = static_cast<uInt>(mOutput.size() - mOutputSize);
+        mStream.next_out = mOutput.get() + mOutputSize;
+        mStream.avail_out = static_cast<uInt>(mRoom - mOutputSize);
         const int status = inflate(&mStream, Z_NO_FLUSH);
-        mOutputSize = static_cast<uint32_t>(mOutput.size() - mStream.avail_out);
+        mOutputSize = static_cast<uint32_t>(mRoom - mStream.avail_out);
         if (mOutputSize > limit) return Ending::kTooLarge;
         if (status == Z_STREAM_END) return Ending::kWhole;
         if (status != Z_OK || mStream.avail_out != 0) return Ending::kNone;
@@ -101,7 +99,7 @@ bool Inflater::RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit, bo
     if (!Begin(data, size)) return false;
     for (;;) {  // bounded by `limit`
         if (limit - mOutputSize < kStep) return false;
-        mStream.next_out = keeps ? mOutput.data() + mOutputSize : discarded;
+        mStream.next_out = keeps ? mOutput.get() + mOutputSize : discarded;
         mStream.avail_out = kStep;
         const int status = inflate(&mStream, Z_NO_FLUSH);
         if (status != Z_OK && status != Z_STREAM_END) return false;  // any error, or a dictionary is needed
@@ -110,9 +108,21 @@ bool Inflater::RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit, bo
     }
 }
 
+bool Inflater::Reserve(size_t room) {
+    if (room <= mRoom) return true;
+    std::unique_ptr<uint8_t[]> grown(new (std::nothrow) uint8_t[room]);
+    if (grown == nullptr) return false;
+    const size_t kept = std::min<size_t>(mOutputSize, mRoom);
+    if (kept != 0) memcpy(grown.get(), mOutput.get(), kept);
+    mOutput = std::move(grown);
+    mRoom = room;
+    return true;
+}
+
 void Inflater::Trim() {
-    if (mOutput.size() <= kKeptOutput) return;
-    std::vector<uint8_t>().swap(mOutput);
+    if (mRoom <= kKeptOutput) return;
+    mOutput.reset();
+    mRoom = 0;
 }
 
 }  // namespace MatroskaExtReader

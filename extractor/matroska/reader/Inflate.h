@@ -8,7 +8,7 @@
 #include <stdint.h>
 #include <zlib.h>
 
-#include <vector>
+#include <memory>
 
 namespace MatroskaExtReader {
 
@@ -20,10 +20,11 @@ class Inflater {
     Inflater& operator=(const Inflater&) = delete;
 
     // Inflates `size` bytes at `data`. False when the stream is corrupt, needs a dictionary, or would yield
-    // more than `limit` bytes. The output is valid until the next call. What claims to be very much larger
-    // than `size` is measured before it gets memory, so that a corrupt stream never costs much.
+    // more than `limit` bytes or than there is memory for. The output is valid until the next call. What
+    // claims to be very much larger than `size` is measured before it gets memory, so that a corrupt stream
+    // never costs much.
     bool Run(const uint8_t* data, uint32_t size, uint32_t limit);
-    const uint8_t* Output() const { return mOutput.data(); }
+    const uint8_t* Output() const { return mOutput.get(); }
     uint32_t OutputSize() const { return mOutputSize; }
     // Gives back an output buffer that one large frame made large.
     void Trim();
@@ -35,10 +36,13 @@ class Inflater {
     Ending RunToStreamEnd(const uint8_t* data, uint32_t size, uint32_t limit);
     Ending Measure(const uint8_t* data, uint32_t size, uint32_t limit, uint32_t* outputSize);
     bool RunInSteps(const uint8_t* data, uint32_t size, uint32_t limit, bool keeps);
+    // Room for at least that much output, keeping what is there; false when the memory is refused.
+    bool Reserve(size_t room);
 
     z_stream mStream;
     bool mIsOpen;
-    std::vector<uint8_t> mOutput;
+    std::unique_ptr<uint8_t[]> mOutput;
+    size_t mRoom = 0;  // of mOutput
     uint32_t mOutputSize = 0;
 };
 

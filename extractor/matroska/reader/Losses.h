@@ -17,7 +17,7 @@ enum class LossKind {
     kLimit,              // more objects than the reader keeps
     kTooDeep,            // nested deeper than the reader follows
     kBadLacing,          // a block of which one lace does not fit
-    kBadCompression,     // a frame left as stored: corrupt or too large when inflated
+    kBadCompression,     // a frame left as stored: corrupt, or too large when inflated
     kRefusedAllocation,  // memory was refused
 };
 

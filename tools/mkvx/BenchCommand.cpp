@@ -8,6 +8,7 @@
 #include "BenchWork.h"
 #include "Command.h"
 #include "Failure.h"
+#include "Source.h"
 
 namespace mkvx {
 namespace {
@@ -93,8 +94,8 @@ std::string sentence(const Options& options, const Repeats& repeats, const Talli
     return text;
 }
 
-int run(const Options& options) {
-    const Source source = openBenchSource(options.source, options.file);
+int run(const Globals& globals, const Options& options) {
+    const Source source = openBenchSource(options.source, options.file, globals.source);
     const long residentKb = restartMemoryPeak();
     Tallies tallies;
     const Repeats repeats = repeat(limitsFor(options), [&] { return runOnce(options, source, tallies); });
@@ -112,7 +113,7 @@ int run(const Options& options) {
 
 }  // namespace
 
-void addBenchCommand(CLI::App& app, const Globals&, Action& chosen) {
+void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command =
         app.add_subcommand("bench", "How long opening, reading everything, or 200 seeks take");
@@ -128,7 +129,10 @@ void addBenchCommand(CLI::App& app, const Globals&, Action& chosen) {
     command->add_flag("--reads", options->reads, "Count the reads of the source in one more pass");
     command->add_flag("--json", options->json, "Only the JSON line");
     command->footer("Example: mkvx bench demux film.mkv --source pread --json");
-    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command->callback([&globals, &chosen, options] {
+        if (isUrl(options->file)) options->source = "url";
+        chosen = [&globals, options] { return run(globals, *options); };
+    });
 }
 
 }  // namespace mkvx

@@ -7,6 +7,8 @@
 
 #include "Failure.h"
 #include "Source.h"
+#include "SourceFaults.h"
+#include "Spool.h"
 
 namespace mkvx {
 namespace {
@@ -74,25 +76,34 @@ sp<DataSource> openMapped(const std::string& path) {
     return source;
 }
 
-}  // namespace
-
-sp<DataSource> openBenchSource(const std::string& kind, const std::string& path) {
-    requireFile(path);
+sp<DataSource> openFileAs(const std::string& kind, const std::string& path) {
+    const std::string file = isStandardInput(path) ? spooledInput().path() : path;
+    requireFile(file);
     sp<DataSource> source;
     if (kind == "mem")
-        source = openMapped(path);
+        source = openMapped(file);
     else
-        source = new android::host::PreadSource(path.c_str());
+        source = new android::host::PreadSource(file.c_str());
     if (kind == "window") source = new WindowSource(source);
     const android::status_t status = source->initCheck();
     if (status != android::OK) throw FileFailure(path, std::strerror(-status));
     return source;
 }
 
+}  // namespace
+
+sp<DataSource> openBenchSource(const std::string& kind, const std::string& path,
+                               const SourceOptions& options) {
+    const sp<DataSource> source = isUrl(path) ? openBytes(path, options) : openFileAs(kind, path);
+    if (!options.faults.any()) return source;
+    return new FaultySource(source, options.faults, {});
+}
+
 ssize_t CountingSource::readAt(off64_t offset, void* data, size_t size) {
     const ssize_t n = mSource->readAt(offset, data, size);
     ++mReads;
     if (n > 0) mBytes += uint64_t(n);
+    if (mObserver) mObserver(offset, size, n);
     return n;
 }
 

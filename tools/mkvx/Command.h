@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "SourceOptions.h"
+
 namespace CLI {
 class App;
 }
@@ -13,6 +15,7 @@ namespace mkvx {
 struct Globals {
     std::string plugin;  // path; empty means beside the program
     std::string logLevel{"off"};
+    SourceOptions source;
 };
 
 // The work of the chosen subcommand; returns an ExitCode, or throws what Failure.h declares.
@@ -26,6 +29,7 @@ void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addIndexCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addDecodeCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addCostCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
 
 }  // namespace mkvx

@@ -123,7 +123,7 @@ void checkTrack(const Options& options, const std::vector<TrackInfo>& tracks) {
 }
 
 int run(const Globals& globals, const Options& options) {
-    const Session session(loadPlugin(globals.plugin), options.file);
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
     checkTrack(options, tracks);
     const TrackInfo* toOutput = options.output.empty() ? nullptr : &outputTrack(options, tracks);

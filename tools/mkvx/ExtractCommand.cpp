@@ -60,7 +60,7 @@ size_t extract(const Session& session, const TrackInfo& track, ExtractWriter& wr
 }
 
 int run(const Globals& globals, const Options& options) {
-    const Session session(loadPlugin(globals.plugin), options.file);
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
     if (options.track >= tracks.size())
         throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
@@ -68,7 +68,7 @@ int run(const Globals& globals, const Options& options) {
     if (isSameFile(options.file, options.out))
         throw UsageFailure(fmt::format("{} is the file to read", options.out));
     const TrackInfo& track = tracks[options.track];
-    const ExtractTrack facts = factsOf(options.file, track);
+    const ExtractTrack facts = factsOf(session, track);
     ExtractFile out(options.out);
     try {
         const ExtractWriterPtr writer = makeExtractWriter(facts, out);

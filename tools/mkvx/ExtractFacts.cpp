@@ -2,7 +2,6 @@
 
 #include "DecodeRecords.h"
 #include "Log.h"
-#include "Source.h"
 #include "matroska/MatroskaExtExtractor.h"
 
 namespace mkvx {
@@ -12,13 +11,13 @@ Bytes configOf(const TrackInfo& info, const char* key) {
     return {};
 }
 
-ExtractTrack factsOf(const std::string& path, const TrackInfo& info) {
+ExtractTrack factsOf(const Session& session, const TrackInfo& info) {
     ExtractTrack track;
     track.info = info;
     track.specificInfo = specificInfo(configOf(info, "esds"));
     MuteLog mute;
     const android::sp<android::MatroskaExtExtractor> extractor =
-        new android::MatroskaExtExtractor(openFile(path));
+        new android::MatroskaExtExtractor(session.newBytes());
     const MatroskaExtReader::TrackEntry* entry = extractor->File()->FindTrack(info.number);
     if (entry == nullptr) return track;
     const auto& id = entry->CodecID;

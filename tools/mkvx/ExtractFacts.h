@@ -2,12 +2,13 @@
 #pragma once
 #include "ExtractWriter.h"
 #include "Model.h"
+#include "Session.h"
 
 namespace mkvx {
 
 // Opens the file once more with this program's own copy of the reader, for what the plug-in's interface does
-// not tell: CodecID, CodecPrivate, bit depth. The file is one that a Session accepted.
-ExtractTrack factsOf(const std::string& path, const TrackInfo& info);
+// not tell: CodecID, CodecPrivate, bit depth.
+ExtractTrack factsOf(const Session& session, const TrackInfo& info);
 
 // The bytes of the configuration record with that key; empty without one.
 Bytes configOf(const TrackInfo& info, const char* key);

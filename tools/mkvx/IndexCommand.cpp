@@ -9,7 +9,6 @@
 #include "IndexModel.h"
 #include "Session.h"
 #include "SeekLanding.h"
-#include "Source.h"
 #include "Text.h"
 
 namespace mkvx {
@@ -38,6 +37,7 @@ void printJson(const Options& options, const IndexReport& report, const std::vec
 }
 
 const char* describeSource(const IndexReport& report) {
+    if (report.isStreamed) return "for a source that caches a network stream gets none";
     if (report.source == "cues") return "from the file's Cues";
     return report.source == "scan" ? "from a scan of the Clusters, for there are no Cues" : "there is none";
 }
@@ -60,8 +60,8 @@ int run(const Globals& globals, const Options& options) {
     if (!coarseUs || *coarseUs < 0)
         throw UsageFailure(
             fmt::format("--coarse: {} is neither microseconds nor HH:MM:SS.mmm", options.coarse));
-    const Session session(loadPlugin(globals.plugin), options.file);  // refuses what cannot be used
-    const IndexReport report = readIndex(openFile(options.file));
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
+    const IndexReport report = readIndex(session.newBytes());
     const std::vector<IndexGap> gaps = gapsOf(report, *coarseUs);
     if (options.format == Format::kJson)
         printJson(options, report, gaps);

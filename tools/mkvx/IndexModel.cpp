@@ -35,6 +35,7 @@ IndexReport readIndex(const android::sp<android::DataSource>& source) {
     const CMatroskaFile& file = *extractor->File();
     IndexReport report;
     report.source = "none";
+    report.isStreamed = (source->flags() & android::DataSource::kIsCachingDataSource) != 0;
     report.durationUs = int64_t(file.Segment.GetDuration() / 1000);
     report.masterTrack = file.MasterTrack();
     countPoints(file, report);

@@ -19,6 +19,7 @@ struct IndexGap {
 
 struct IndexReport {
     std::string source;               // "cues", "scan" or "none"
+    bool isStreamed = false;          // the source caches a network stream: no index is made
     std::vector<IndexEntry> entries;  // ascending by time
     int64_t durationUs = 0;           // as seeking sees it
     uint32_t masterTrack = 0;         // TrackNumber; seeks look only at cue points that name it

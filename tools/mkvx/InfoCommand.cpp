@@ -16,7 +16,7 @@ struct Options {
 };
 
 int run(const Globals& globals, const Options& options) {
-    const Session session(loadPlugin(globals.plugin), options.file);
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     renderInfo(session.info(), options.format, stdout);
     if (session.info().tracks.empty())
         fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered\n", options.file,

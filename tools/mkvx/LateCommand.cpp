@@ -20,8 +20,8 @@ struct Options {
 };
 
 // The unit with that index, after the units in front of it were read on time.
-Landing readAt(const ExtractorPlugin& plugin, const Options& options, const TrackInfo& track, int64_t byUs) {
-    LandingProbe probe(plugin, options.file, track);
+Landing readAt(const Session& session, const Options& options, const TrackInfo& track, int64_t byUs) {
+    LandingProbe probe(session, track);
     for (size_t i = 0; i < options.at; ++i)
         if (!probe.read(nullptr).unit)
             throw UsageFailure(fmt::format("{}: track {} has only {} units", options.file, track.index, i));
@@ -49,8 +49,7 @@ void print(const Options& options, const Landing& onTime, const Landing& late) {
 }
 
 int run(const Globals& globals, const Options& options) {
-    const ExtractorPlugin plugin = loadPlugin(globals.plugin);
-    const Session session(plugin, options.file);
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
     if (options.track >= tracks.size())
         throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
@@ -59,7 +58,7 @@ int run(const Globals& globals, const Options& options) {
     if (track.kind == TrackKind::kSubtitle)
         throw UsageFailure(
             fmt::format("{}: track {} is a subtitle track, which skips nothing", options.file, track.index));
-    print(options, readAt(plugin, options, track, 0), readAt(plugin, options, track, options.byUs));
+    print(options, readAt(session, options, track, 0), readAt(session, options, track, options.byUs));
     return kExitDone;
 }
 

@@ -106,7 +106,7 @@ std::string requirePositive(const std::string& text) {
 }
 
 int run(const Globals& globals, const Options& options) {
-    const Session session(loadPlugin(globals.plugin), options.file);
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
     if (options.track && *options.track >= tracks.size())
         throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,

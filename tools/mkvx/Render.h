@@ -10,6 +10,8 @@
 
 namespace mkvx {
 
+struct CostReport;
+
 enum class Format { kTable, kJson, kJsonLines, kCsv };
 
 // kTable or kJson.
@@ -17,6 +19,9 @@ void renderInfo(const FileInfo& info, Format format, std::FILE* out);
 
 // kTable or kJson (one object per file and line).
 void renderSniff(const std::vector<SniffResult>& results, Format format, std::FILE* out);
+
+// kTable or kJson.
+void renderCost(const CostReport& report, Format format, std::FILE* out);
 
 // Prints units as they come, so that a listing of any length needs no memory.
 class UnitWriter {

@@ -34,9 +34,9 @@ std::vector<int64_t> parseTargets(const std::vector<std::string>& texts) {
 }
 
 // All targets in their order on one source, as a player's user jumps about.
-std::vector<Target> seekAll(const ExtractorPlugin& plugin, const Options& options, const TrackInfo& track,
+std::vector<Target> seekAll(const Session& session, const TrackInfo& track,
                             const std::vector<int64_t>& times) {
-    LandingProbe probe(plugin, options.file, track);
+    LandingProbe probe(session, track);
     std::vector<Target> targets;
     for (const int64_t time : times) {
         android::MediaSource::ReadOptions to;
@@ -81,8 +81,7 @@ class Printer {
 
 int run(const Globals& globals, const Options& options) {
     const std::vector<int64_t> times = parseTargets(options.targets);
-    const ExtractorPlugin plugin = loadPlugin(globals.plugin);
-    const Session session(plugin, options.file);
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
     if (options.track && *options.track >= tracks.size())
         throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
@@ -94,7 +93,7 @@ int run(const Globals& globals, const Options& options) {
         if (isSubtitle)
             fmt::print(stderr, "mkvx: {}: track {}: subtitles follow the seeks of the master track\n",
                        options.file, track.index);
-        printer.add(track, seekAll(plugin, options, track, times));
+        printer.add(track, seekAll(session, track, times));
     }
     printer.finish();
     return kExitDone;

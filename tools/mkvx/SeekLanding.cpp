@@ -5,17 +5,17 @@
 #include <string_view>
 
 #include "Failure.h"
-#include "Source.h"
 #include "UnitReader.h"
 
 namespace mkvx {
 
-LandingProbe::LandingProbe(const ExtractorPlugin& plugin, const std::string& path, const TrackInfo& track)
-    : mTrack(track), mBytes(new CountingSource(openFile(path))) {
-    const android::sp<android::MediaExtractor> extractor = plugin.open(mBytes, nullptr);
+LandingProbe::LandingProbe(const Session& session, const TrackInfo& track)
+    : mTrack(track), mBytes(new CountingSource(session.newBytes())) {
+    const android::sp<android::MediaExtractor> extractor = session.plugin().open(mBytes, nullptr);
     if (extractor != nullptr) mSource = extractor->getTrack(track.index);
     if (mSource == nullptr || mSource->start() != android::OK)
-        throw FileFailure(path, fmt::format("the source of track {} does not start", track.index));
+        throw FileFailure(session.info().path,
+                          fmt::format("the source of track {} does not start", track.index));
 }
 
 LandingProbe::~LandingProbe() {

@@ -9,7 +9,7 @@
 #include "BenchSource.h"
 #include "Digest.h"
 #include "Model.h"
-#include "Plugin.h"
+#include "Session.h"
 #include "Text.h"
 
 namespace mkvx {
@@ -20,11 +20,11 @@ struct Landing {
     uint64_t readBytes = 0;
 };
 
-// One started source of one track, on an extractor and a byte source of its own, so that nobody else's
-// reading is counted. One thread. Throws FileFailure when the file cannot be opened.
+// One started source of one track, on an extractor and a view of the bytes of its own, so that nobody else's
+// reading is counted. One thread. Throws FileFailure when the source does not start.
 class LandingProbe {
   public:
-    LandingProbe(const ExtractorPlugin& plugin, const std::string& path, const TrackInfo& track);
+    LandingProbe(const Session& session, const TrackInfo& track);
     ~LandingProbe();
 
     // One read, with `options` unless null.

@@ -84,10 +84,9 @@ FileInfo describeFile(const std::string& path, MediaExtractor& extractor,
 }
 
 // Construction and the extensive metadata are where a file can stop the process.
-void requireSurvivable(const ExtractorPlugin& plugin, const sp<android::DataSource>& source,
-                       const std::string& path) {
+void requireSurvivable(const Session& session, const std::string& path) {
     const auto end = whatStops([&] {
-        const sp<MediaExtractor> extractor = plugin.open(source, nullptr);
+        const sp<MediaExtractor> extractor = session.newExtractor();
         for (size_t i = 0; extractor != nullptr && i < extractor->countTracks(); ++i)
             extractor->getTrackMetaData(i, MediaExtractor::kIncludeExtensiveMetaData);
     });
@@ -119,14 +118,16 @@ const char* toString(TrackKind kind) {
     return "";
 }
 
-Session::Session(const ExtractorPlugin& plugin, const std::string& path)
-    : mPlugin(plugin), mSource(openFile(path)) {
-    if (!sniff(mPlugin, mSource, path).claimed)
+Session::Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options)
+    : mPlugin(plugin), mFaults(options.faults), mBytes(openBytes(path, options)) {
+    const sp<FaultySource> source = new FaultySource(mBytes, mFaults, {});
+    if (!sniff(mPlugin, source, path).claimed)
         throw FileFailure(path, "is no Matroska or WebM file (it does not begin with 1A 45 DF A3)");
-    requireSurvivable(mPlugin, mSource, path);
+    mSniffed = source->reads();
+    requireSurvivable(*this, path);
     mExtractor = newExtractor();
     if (mExtractor == nullptr) throw FileFailure(path, "the plug-in made no extractor for it");
-    mReader = std::make_unique<OwnReader>(mSource);
+    mReader = std::make_unique<OwnReader>(newBytes());
     const std::vector<OfferedTrack> offered = mReader->offered();
     if (offered.size() != mExtractor->countTracks())
         throw FileFailure(path,
@@ -140,11 +141,20 @@ sp<android::MediaSource> Session::newSource(size_t index) const {
 }
 
 sp<MediaExtractor> Session::newExtractor() const {
-    return mPlugin.open(mSource, nullptr);
+    return mPlugin.open(newBytes(), nullptr);
 }
 
-SniffResult sniffFile(const ExtractorPlugin& plugin, const std::string& path) {
-    return sniff(plugin, openFile(path), path);
+sp<android::DataSource> Session::newBytes() const {
+    if (!mFaults.any()) return mBytes;
+    return new FaultySource(mBytes, mFaults, mSniffed);
+}
+
+sp<android::DataSource> Session::unsniffedBytes() const {
+    return new FaultySource(mBytes, mFaults, {});
+}
+
+SniffResult sniffFile(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options) {
+    return sniff(plugin, openSource(path, options), path);
 }
 
 }  // namespace mkvx

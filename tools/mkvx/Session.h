@@ -4,6 +4,10 @@
 // A Session throws FileFailure for a file that cannot be used: unreadable, not claimed by the sniffer, able
 // to stop the process that opens it, or without a single track entry. One thread. The buffers and sources
 // that it hands out keep what they need alive; the plug-in's library stays loaded.
+//
+// The file is opened once, and every extractor gets a view of its own of the bytes. Where faults are asked
+// for, each view begins them where the sniffer's reads have left them, as on a device, where one source
+// serves both: all extractors of one Session meet the same faults.
 #pragma once
 #include <media/stagefright/MediaExtractor.h>
 #include <media/stagefright/MediaSource.h>
@@ -13,12 +17,13 @@
 #include "Model.h"
 #include "ModelFromReader.h"
 #include "Plugin.h"
+#include "SourceFaults.h"
 
 namespace mkvx {
 
 class Session {
   public:
-    Session(const ExtractorPlugin& plugin, const std::string& path);
+    Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options = {});
 
     const FileInfo& info() const { return mInfo; }
     const OwnReader& reader() const { return *mReader; }
@@ -27,16 +32,23 @@ class Session {
     android::sp<android::MediaSource> newSource(size_t index) const;
     // An extractor that nobody has read from yet.
     android::sp<android::MediaExtractor> newExtractor() const;
+    // A view of the bytes for one more extractor; and one that nobody has sniffed at.
+    android::sp<android::DataSource> newBytes() const;
+    android::sp<android::DataSource> unsniffedBytes() const;
+    const ExtractorPlugin& plugin() const { return mPlugin; }
 
   private:
     ExtractorPlugin mPlugin;
-    android::sp<android::DataSource> mSource;
+    FaultOptions mFaults;
+    android::sp<android::DataSource> mBytes;  // without faults
+    FaultySource::Reads mSniffed;
     android::sp<android::MediaExtractor> mExtractor;
     std::unique_ptr<OwnReader> mReader;
     FileInfo mInfo;
 };
 
 // Asks only the sniffer. Throws FileFailure when the file cannot be read.
-SniffResult sniffFile(const ExtractorPlugin& plugin, const std::string& path);
+SniffResult sniffFile(const ExtractorPlugin& plugin, const std::string& path,
+                      const SourceOptions& options = {});
 
 }  // namespace mkvx

@@ -21,7 +21,7 @@ int run(const Globals& globals, const Options& options) {
     std::vector<std::string> complaints;
     for (const std::string& file : options.files) {
         try {
-            results.push_back(sniffFile(plugin, file));
+            results.push_back(sniffFile(plugin, file, globals.source));
             if (!results.back().claimed) complaints.push_back(file + ": is no Matroska or WebM file");
         } catch (const FileFailure& failure) {
             complaints.push_back(failure.what());

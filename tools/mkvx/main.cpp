@@ -28,6 +28,20 @@ int flushed(int exitCode) {
     return exitCode;
 }
 
+// A source that broke tells more than what the command made of the reads that failed.
+int complainOfFile(const mkvx::SourceTroubles& troubles, const std::string& sentence) {
+    std::fflush(stdout);
+    return complain(troubles.empty() ? sentence : troubles.front(), mkvx::kExitFileUnusable);
+}
+
+// What is printed came from sources that may have broken before their end.
+int withTroubles(const mkvx::SourceTroubles& troubles, int exitCode) {
+    if (troubles.empty()) return exitCode;
+    std::fflush(stdout);
+    for (const std::string& trouble : troubles) complain(trouble, exitCode);
+    return exitCode == mkvx::kExitDone ? int(mkvx::kExitFileUnusable) : exitCode;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -41,6 +55,7 @@ int main(int argc, char** argv) {
     app.add_option("--log", globals.logLevel, "Show log records of this level and above on stderr")
         ->check(CLI::IsMember(mkvx::logLevels()))
         ->capture_default_str();
+    mkvx::addSourceOptions(app, globals.source);
     app.require_subcommand(1);
     app.fallthrough();
     mkvx::addSniffCommand(app, globals, chosen);
@@ -51,22 +66,22 @@ int main(int argc, char** argv) {
     mkvx::addIndexCommand(app, globals, chosen);
     mkvx::addDecodeCommand(app, globals, chosen);
     mkvx::addExtractCommand(app, globals, chosen);
+    mkvx::addCostCommand(app, globals, chosen);
     mkvx::addBenchCommand(app, globals, chosen);
 
     try {
         app.parse(argc, argv);
         mkvx::installLogger(globals.logLevel);
-        return flushed(chosen());
+        return flushed(withTroubles(*globals.source.troubles, chosen()));
     } catch (const CLI::ParseError& error) {
         return answerParseError(app, error);
     } catch (const mkvx::UsageFailure& failure) {
         return complain(failure.what(), mkvx::kExitWrongUsage);
     } catch (const mkvx::FileFailure& failure) {
-        std::fflush(stdout);
-        return complain(failure.what(), mkvx::kExitFileUnusable);
+        return complainOfFile(*globals.source.troubles, failure.what());
     } catch (const std::system_error& error) {  // the printing library met a full disk or a closed pipe
         return complain(std::string("standard output: ") + error.what(), mkvx::kExitFileUnusable);
     } catch (const std::exception& error) {
-        return complain(error.what(), mkvx::kExitFileUnusable);
+        return complainOfFile(*globals.source.troubles, error.what());
     }
 }

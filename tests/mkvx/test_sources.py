@@ -1,0 +1,123 @@
+"""Where the bytes come from must not show in the result; what goes wrong on the way has to be told."""
+import json
+import subprocess
+import time
+
+import pytest
+
+from conftest import BINARY
+from server import Server
+
+
+@pytest.fixture
+def server(sample):
+    server = Server(sample.read_bytes())
+    yield server
+    server.close()
+
+
+def packets(mkvx, *args):
+    return mkvx('packets', '--format', 'jsonl', *args)
+
+
+@pytest.fixture
+def expected(mkvx, sample):
+    return packets(mkvx, sample).out
+
+
+@pytest.mark.parametrize('path', ['good', 'moved', 'no_total', 'small_pieces', 'whole', 'whole_broken_once', 'broken_once',
+                                  'busy_once', 'sends_more'])
+def test_a_url_is_as_good_as_the_file(mkvx, server, expected, path):
+    run = packets(mkvx, '--url-block', '4', server.url(path))
+    assert (run.code, run.out) == (0, expected), run.err
+    assert ('temporary file' in run.err) == path.startswith('whole')
+    assert {agent for _, agent in server.seen} == {'mkvx/' + mkvx('--version').out.split()[1]}
+    if path == 'good':  # nothing is asked for twice, not even what the child process has tried
+        firsts = [first for first, _ in server.seen]
+        assert len(firsts) == len(set(firsts)) and all(first % 4096 == 0 for first in firsts)
+
+
+def test_a_small_cache_asks_again(mkvx, server, expected):
+    run = packets(mkvx, '--url-block', '128', '--url-cache', '1', server.url('good'))
+    assert (run.code, run.out) == (0, expected)
+    assert {first % 131072 for first, _ in server.seen} == {0}
+
+
+@pytest.mark.parametrize('path, says', [
+    ('stalls', 'nothing came for 1 s at byte 65636'),
+    ('never_answers', 'nothing came for 1 s at byte 0'),
+    ('breaks_always', 'the connection breaks at byte 65536'),
+    ('breaks_at_once', 'the connection breaks at byte 0'),
+    ('sends_nothing', 'the server stops sending at byte 65536, 5 times'),
+    ('whole_later', 'the server sends the whole file where bytes from 65536'),
+    ('other_place', 'the server sends bytes from 65537 where those from 65536'),
+    ('no_place', 'the server does not say which bytes it sends'),
+    ('whole_too_large', 'larger than 1 MiB (--url-spool'),
+    ('missing', 'status 404'),
+    ('to_a_file', 'file'),
+    ('round_and_round', '10'),
+    ('no_http', 'HTTP/0.9'),
+])
+def test_a_bad_server_is_told(mkvx, server, expected, path, says):
+    start = time.monotonic()
+    run = packets(mkvx, '--url-timeout', '1', '--url-spool', '1', server.url(path))
+    assert time.monotonic() - start < 4
+    assert run.code == 1 and set(run.out.splitlines()) < set(expected.splitlines())
+    assert says in run.err and run.err.count('\n') <= 2 and '\x1b' not in run.err
+    assert run.err.splitlines()[-1].startswith('mkvx: ' + server.url(path))
+
+
+@pytest.mark.parametrize('path', ['promises_more', 'promises_less'])
+def test_a_wrong_length_ends_the_file_and_no_more(mkvx, server, expected, path):
+    run = packets(mkvx, '--all', '--url-block', '4', server.url(path))
+    assert run.code in (0, 1) and set(run.out.splitlines()) <= set(expected.splitlines())
+    assert len(server.seen) < 80
+
+
+def test_https_says_what_is_wrong(mkvx, server):
+    run = mkvx('info', server.url('good', 'https'))
+    assert run.code == 1 and 'SSL' in run.err.upper() and run.err.count('\n') == 1
+
+
+def test_a_stream_gets_no_index(mkvx, server):
+    run = mkvx('--log', 'debug', 'index', server.url('good'))
+    assert run.code == 0 and 'Sync index: 0 entries' in run.out and 'mkv http source' in run.err
+
+
+def piped(data, *args):
+    return subprocess.run([BINARY, *map(str, args)], input=data, capture_output=True, timeout=60)
+
+
+def test_standard_input(sample, expected, tmp_path):
+    run = piped(sample.read_bytes(), 'packets', '--format', 'jsonl', '-')
+    assert (run.returncode, run.stdout.decode(), run.stderr) == (0, expected, b'')
+    assert piped(sample.read_bytes(), 'bench', 'demux', '--once', '--json', '-').returncode == 0
+    assert piped(b'', 'info', '-').returncode == 1
+    full = subprocess.run([BINARY, 'info', '-'], input=b'x', capture_output=True, env={'TMPDIR': str(tmp_path / 'no')})
+    assert full.returncode == 1 and b'TMPDIR' in full.stderr
+
+
+def test_faults_are_met_where_they_were_asked_for(mkvx, sample, expected):
+    same = packets(mkvx, '--no-size', sample)
+    assert (same.code, same.out) == (0, expected)
+    payloads = [json.loads(line)['sha1'] for line in expected.splitlines()]
+    units = []
+    for args in (['--fail-at', '1'], ['--fail-at', '1200'], ['--fail-at', '1200+'], ['--short-reads=500']):
+        runs = [packets(mkvx, *args, '--all', sample) for _ in range(2)]
+        assert (runs[0].out, runs[0].err) == (runs[1].out, runs[1].err)
+        units.append([unit['sha1'] for unit in runs[0].lines()])
+        assert len(units[-1]) < len(payloads) and set(units[-1]) <= set(payloads)
+    # One failed read costs less than it and all that follow.
+    assert units[0] == [] and 0 < len(units[2]) < len(units[1])
+    start = time.monotonic()
+    assert mkvx('sniff', '--late', '2000', sample).code == 0
+    assert time.monotonic() - start > 0.3
+
+
+def test_faults_reach_every_command(mkvx, sample, tmp_path):
+    for command in (['info'], ['seek', '--to', '0'], ['late', '--track', '0', '--at', '0', '--by', '1'], ['index'],
+                    ['extract', '--track', '1', '-o', tmp_path / 'x'], ['decode'], ['cost'], ['sniff'],
+                    ['bench', 'open']):
+        assert mkvx(*command, sample).code == 0
+        run = mkvx(*command, '--fail-at', '3+', sample)
+        assert run.code == 1 or command == ['sniff'], command

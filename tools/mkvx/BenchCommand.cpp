@@ -8,7 +8,8 @@
 #include "BenchWork.h"
 #include "Command.h"
 #include "Failure.h"
-#include "Source.h"
+#include "OpenSource.h"
+#include "Spool.h"
 
 namespace mkvx {
 namespace {
@@ -94,8 +95,14 @@ std::string sentence(const Options& options, const Repeats& repeats, const Talli
     return text;
 }
 
+Source openFor(const Options& options, const SourceOptions& how) {
+    if (isUrl(options.file)) return openSource(options.file, how);
+    const std::string file = isStandardInput(options.file) ? spooledInput().path() : options.file;
+    return withFaults(openBenchSource(options.source, file), how.faults);
+}
+
 int run(const Globals& globals, const Options& options) {
-    const Source source = openBenchSource(options.source, options.file, globals.source);
+    const Source source = openFor(options, globals.source);
     const long residentKb = restartMemoryPeak();
     Tallies tallies;
     const Repeats repeats = repeat(limitsFor(options), [&] { return runOnce(options, source, tallies); });

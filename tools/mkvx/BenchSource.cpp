@@ -7,8 +7,6 @@
 
 #include "Failure.h"
 #include "Source.h"
-#include "SourceFaults.h"
-#include "Spool.h"
 
 namespace mkvx {
 namespace {
@@ -76,27 +74,19 @@ sp<DataSource> openMapped(const std::string& path) {
     return source;
 }
 
-sp<DataSource> openFileAs(const std::string& kind, const std::string& path) {
-    const std::string file = isStandardInput(path) ? spooledInput().path() : path;
-    requireFile(file);
+}  // namespace
+
+sp<DataSource> openBenchSource(const std::string& kind, const std::string& path) {
+    requireFile(path);
     sp<DataSource> source;
     if (kind == "mem")
-        source = openMapped(file);
+        source = openMapped(path);
     else
-        source = new android::host::PreadSource(file.c_str());
+        source = new android::host::PreadSource(path.c_str());
     if (kind == "window") source = new WindowSource(source);
     const android::status_t status = source->initCheck();
     if (status != android::OK) throw FileFailure(path, std::strerror(-status));
     return source;
-}
-
-}  // namespace
-
-sp<DataSource> openBenchSource(const std::string& kind, const std::string& path,
-                               const SourceOptions& options) {
-    const sp<DataSource> source = isUrl(path) ? openBytes(path, options) : openFileAs(kind, path);
-    if (!options.faults.any()) return source;
-    return new FaultySource(source, options.faults, {});
 }
 
 ssize_t CountingSource::readAt(off64_t offset, void* data, size_t size) {

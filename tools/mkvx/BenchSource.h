@@ -9,14 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "SourceOptions.h"
-
 namespace mkvx {
 
 // "mem": the file mapped and touched beforehand; "pread": one system call per read; "window": pread behind
-// one read-ahead window of 64 KiB; flags are 0. A URL is read as such, whatever the kind. Throws FileFailure.
-android::sp<android::DataSource> openBenchSource(const std::string& kind, const std::string& path,
-                                                 const SourceOptions& options);
+// one read-ahead window of 64 KiB. Flags are 0. Throws FileFailure.
+android::sp<android::DataSource> openBenchSource(const std::string& kind, const std::string& path);
 
 // Hands every request on and counts it. Not for timing.
 class CountingSource : public android::DataSource {

@@ -54,7 +54,8 @@ CostElements::CostElements(const android::sp<android::DataSource>& bytes)
         for (const auto& entry : seeks->Entries) {
             file.SeekTo(file.Segment.DataStart + entry->SeekPosition.Get());
             const android::sp<CMatroskaNode> node = new CMatroskaNode(file.SegmentNode());
-            if (node->IsValid()) mapRun(node.get(), false);
+            const bool isNamed = node->IsValid() && node->Id() == uint32_t(entry->SeekID.Get());
+            if (isNamed) mapRun(node.get(), false);
         }
     }
 }

@@ -11,7 +11,7 @@
 #include "HttpSource.h"
 #include "Log.h"
 #include "SeekTargets.h"
-#include "Source.h"
+#include "OpenSource.h"
 #include "Text.h"
 #include "UnitReader.h"
 #include "matroska/MetaDataKeys.h"
@@ -83,7 +83,7 @@ class Walk {
         for (const TrackInfo& track : mSession.info().tracks)
             TrackReader(extractor->getTrack(track.index)).next();
         bytes->observe(into(CostStage::kSeeks));
-        if (sought != nullptr) seek(extractor, *sought);
+        if (sought != nullptr && mOptions.seeks > 0) seek(extractor, *sought);
         if (mOptions.demux) demux();
         return {mIsCached, mLedger.costs()};
     }
@@ -141,14 +141,21 @@ class Walk {
     void seek(const sp<MediaExtractor>& extractor, const TrackInfo& track) {
         const sp<android::MediaSource> source = extractor->getTrack(track.index);
         if (source == nullptr || source->start() != android::OK) return;
-        for (const int64_t target :
-             seekTargets(mOptions.seeks, std::max<int64_t>(track.durationUs.value_or(0), 0))) {
+        for (const int64_t target : seekTargets(mOptions.seeks, durationOf(*extractor, track))) {
             android::MediaSource::ReadOptions to;
             to.setSeekTo(target);
             android::MediaBuffer* buffer = nullptr;
             if (source->read(&buffer, &to) == android::OK && buffer != nullptr) buffer->release();
         }
         source->stop();
+    }
+
+    // As this extractor sees it: without an index it may know none.
+    static int64_t durationOf(MediaExtractor& extractor, const TrackInfo& track) {
+        int64_t durationUs = 0;
+        const sp<android::MetaData> meta = extractor.getTrackMetaData(track.index, 0);
+        if (meta != nullptr) meta->findInt64(android::kKeyDuration, &durationUs);
+        return std::max<int64_t>(durationUs, 0);
     }
 
     // The next unit comes from the track that is furthest behind; subtitles are fetched as they arrive.

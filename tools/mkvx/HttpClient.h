@@ -1,8 +1,8 @@
 // One HTTP connection that asks for ranges of one URL, on libcurl.
 //
-// Redirects are followed, to http and https only. Proxies are taken from the environment, as curl does. No
-// request waits longer than the time limit for a connection, nor for as long for next to no data. One thread;
-// after a fork() the child gets a connection of its own.
+// Redirects are followed, to http and https only. Proxies, and the certificate authorities of CURL_CA_BUNDLE,
+// are taken from the environment, as curl does. No request waits longer than the time limit for a connection,
+// nor for as long for next to no data. One thread; after a fork() the child gets a connection of its own.
 #pragma once
 #include <sys/types.h>
 #include <cstdint>

@@ -4,7 +4,7 @@
 
 #include "Failure.h"
 #include "Probe.h"
-#include "Source.h"
+#include "OpenSource.h"
 #include "matroska/MetaDataKeys.h"
 
 namespace mkvx {

@@ -19,8 +19,8 @@ std::string parseFailAt(const std::string& text, FaultOptions& faults) {
 }
 
 void addFaults(CLI::App& app, FaultOptions& faults) {
-    app.add_flag("--short-reads{10}", faults.shortEvery,
-                 "Each N-th read of more than one byte gives half; 10 unless said as --short-reads=N")
+    app.add_flag("--short-reads{100}", faults.shortEvery,
+                 "Each N-th read of more than one byte gives half; 100 unless said as --short-reads=N")
         ->group(kGroup);
     app.add_option(
            "--fail-at",

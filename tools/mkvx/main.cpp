@@ -29,9 +29,11 @@ int flushed(int exitCode) {
 }
 
 // A source that broke tells more than what the command made of the reads that failed.
-int complainOfFile(const mkvx::SourceTroubles& troubles, const std::string& sentence) {
+int complainOfFile(const mkvx::SourceOptions& source, const std::string& sentence) {
     std::fflush(stdout);
-    return complain(troubles.empty() ? sentence : troubles.front(), mkvx::kExitFileUnusable);
+    if (!source.troubles->empty()) return complain(source.troubles->front(), mkvx::kExitFileUnusable);
+    return complain(sentence + (source.faults.any() ? " (with the faults that were asked for)" : ""),
+                    mkvx::kExitFileUnusable);
 }
 
 // What is printed came from sources that may have broken before their end.
@@ -78,10 +80,10 @@ int main(int argc, char** argv) {
     } catch (const mkvx::UsageFailure& failure) {
         return complain(failure.what(), mkvx::kExitWrongUsage);
     } catch (const mkvx::FileFailure& failure) {
-        return complainOfFile(*globals.source.troubles, failure.what());
+        return complainOfFile(globals.source, failure.what());
     } catch (const std::system_error& error) {  // the printing library met a full disk or a closed pipe
         return complain(std::string("standard output: ") + error.what(), mkvx::kExitFileUnusable);
     } catch (const std::exception& error) {
-        return complainOfFile(*globals.source.troubles, error.what());
+        return complainOfFile(globals.source, error.what());
     }
 }

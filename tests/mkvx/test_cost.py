@@ -1,0 +1,68 @@
+"""The ledger of reads, held against reads and requests that others have counted."""
+import pytest
+
+import craft
+from server import Server
+
+OPENING = ['head', 'tracks', 'cues', 'other', 'clusters', 'scan', 'configuration']
+
+
+def ledgers(mkvx, *args):
+    run = mkvx('cost', '--format', 'json', *args)
+    assert run.code == 0, run.err
+    result = run.json()
+    assert result['mkvx'] == 1
+    for ledger in result['ledgers']:
+        ledger['stages'] = {stage['stage']: stage for stage in ledger['stages']}
+    return {ledger['source']: ledger for ledger in result['ledgers']}
+
+
+def opening_reads(ledger):
+    return sum(ledger['stages'][name]['reads'] for name in OPENING)
+
+
+def bench_reads(mkvx, path):
+    return mkvx('bench', 'open', '--once', '--reads', '--json', path).json()['reads']
+
+
+CLUSTERS = [craft.cluster(100 * i, craft.simple_block(1, 0, b'\0\0\0\3abc')) for i in range(20)]
+TRACKS = [craft.video(1, 'V_MPEGH/ISO/HEVC', craft.private(b'\1' + bytes(30)))]
+
+
+@pytest.mark.parametrize('kind', ['sample', 'no cues', 'cues'])
+def test_every_read_is_in_one_stage(mkvx, sample, write, kind):
+    path = sample if kind == 'sample' else write(
+        'film.mkv', craft.matroska(TRACKS, *CLUSTERS, duration_ms=2000.0, cue_for=1 if kind == 'cues' else None))
+    found = ledgers(mkvx, path)
+    plain, caching = found['uncached'], found['caching']
+    assert opening_reads(plain) == bench_reads(mkvx, path)
+    # A scan visits every Cluster, but not for a network stream.
+    scan = plain['stages']['scan']['reads']
+    assert scan >= len(CLUSTERS) if kind == 'no cues' else scan == 0
+    assert caching['stages']['scan']['reads'] == 0
+    # Neither film has the third element that ends the search for the head: it passes over the Clusters.
+    assert (plain['stages']['clusters']['reads'] > 0) == (kind != 'sample')
+    assert (plain['stages']['cues']['reads'] > 0) == (kind != 'no cues')
+    for ledger in found.values():
+        total = ledger['total']
+        assert total['distinct_bytes'] + total['reread_bytes'] == total['bytes'] > 0
+        assert total['distinct_bytes'] <= path.stat().st_size
+        assert total['ms'] == pytest.approx(total['requests'] * 50 + total['requested_bytes'] / 1e4)
+    assert plain['total']['requests'] == plain['total']['reads']
+
+
+def test_every_unit_is_every_byte(mkvx, sample):
+    units = sum(unit['size'] for unit in mkvx('packets', '--format', 'jsonl', sample).lines() if unit['track'] < 2)
+    demux = ledgers(mkvx, '--demux', sample)['uncached']['stages']['demux']
+    assert demux['bytes'] >= units and demux['largest'] > 1000 and demux['smallest'] == 1
+
+
+@pytest.mark.parametrize('block', [4, 64])
+def test_requests_are_those_that_a_server_sees(mkvx, sample, block):
+    server = Server(sample.read_bytes())
+    asked = ('--demux', '--url-block', str(block))
+    over_network = ledgers(mkvx, *asked, server.url('good'))
+    server.close()
+    assert set(over_network) == {'caching'}  # no device reads a URL without a cache
+    assert over_network['caching']['total']['requests'] == len(server.seen)
+    assert over_network['caching']['stages'] == ledgers(mkvx, *asked, sample)['caching']['stages']

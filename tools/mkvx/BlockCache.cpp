@@ -29,6 +29,13 @@ BlockCache::Slot* BlockCache::slotOf(uint64_t number) const {
     return found == set + kWays ? nullptr : found;
 }
 
+BlockCache::Slot* BlockCache::begunSlotOf(uint64_t number) const {
+    Slot* const set = setOf(number);
+    Slot* const found = std::find_if(
+        set, set + kWays, [&](const Slot& slot) { return slot.key == 0 && slot.size == number + 1; });
+    return found == set + kWays ? nullptr : found;
+}
+
 uint8_t* BlockCache::bytesOf(const Slot& slot) const {
     auto* const table = static_cast<Table*>(mMemory.get());
     if (!mKeepsBytes) return nullptr;
@@ -45,23 +52,22 @@ std::optional<BlockCache::Block> BlockCache::find(uint64_t number) {
 
 uint8_t* BlockCache::begin(uint64_t number) {
     Slot* const set = setOf(number);
-    Slot* const oldest = std::min_element(set, set + kWays,
-                                          [](const Slot& a, const Slot& b) { return a.lastUse < b.lastUse; });
+    Slot* slot = begunSlotOf(number);  // left by somebody who did not finish
+    if (slot == nullptr)
+        slot = std::min_element(set, set + kWays,
+                                [](const Slot& a, const Slot& b) { return a.lastUse < b.lastUse; });
     // Free, but the newest: the next begin() takes another one. A child that ends here leaves no half block.
-    oldest->key = 0;
-    oldest->size = number + 1;
-    oldest->lastUse = ++static_cast<Table*>(mMemory.get())->clock;
-    return bytesOf(*oldest);
+    slot->key = 0;
+    slot->size = number + 1;
+    slot->lastUse = ++static_cast<Table*>(mMemory.get())->clock;
+    return bytesOf(*slot);
 }
 
 void BlockCache::finish(uint64_t number, size_t size) {
-    Slot* const set = setOf(number);
-    for (Slot* slot = set; slot != set + kWays; ++slot) {
-        if (slot->key != 0 || slot->size != number + 1) continue;
-        slot->size = size;
-        slot->key = number + 1;
-        return;
-    }
+    Slot* const slot = begunSlotOf(number);
+    if (slot == nullptr) return;
+    slot->size = size;
+    slot->key = number + 1;
 }
 
 BlockCache::Run BlockCache::missingRun(uint64_t first, uint64_t last) {

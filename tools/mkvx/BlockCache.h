@@ -42,9 +42,9 @@ class BlockCache {
   private:
     static constexpr size_t kWays = 8;
     struct Slot {
-        uint64_t key;  // block number + 1; 0: free
+        uint64_t key;  // block number + 1; 0: free, or begun
         uint64_t lastUse;
-        uint64_t size;
+        uint64_t size;  // of the block; for one that was begun, its number + 1
     };
     struct Table {
         uint64_t clock;
@@ -55,6 +55,7 @@ class BlockCache {
     static size_t tableBytes(size_t slots);
     Slot* setOf(uint64_t number) const;
     Slot* slotOf(uint64_t number) const;
+    Slot* begunSlotOf(uint64_t number) const;
     uint8_t* bytesOf(const Slot& slot) const;
 
     const size_t mBlockSize;

@@ -1,7 +1,6 @@
 #include "CostModel.h"
 
 #include <media/stagefright/MetaData.h>
-
 #include <algorithm>
 
 #include "BenchSource.h"
@@ -10,8 +9,8 @@
 #include "Failure.h"
 #include "HttpSource.h"
 #include "Log.h"
-#include "SeekTargets.h"
 #include "OpenSource.h"
+#include "SeekTargets.h"
 #include "Text.h"
 #include "UnitReader.h"
 #include "matroska/MetaDataKeys.h"

@@ -124,7 +124,6 @@ struct HttpClient::Connection {
         set(CURLOPT_CONNECTTIMEOUT, long(timeoutS));
         set(CURLOPT_LOW_SPEED_TIME, long(timeoutS));
         set(CURLOPT_LOW_SPEED_LIMIT, kSlowest);
-        set(CURLOPT_NOSIGNAL, 1L);
         if (const char* authorities = std::getenv("CURL_CA_BUNDLE")) set(CURLOPT_CAINFO, authorities);
         set(CURLOPT_ERRORBUFFER, error);
         set(CURLOPT_HEADERFUNCTION, onHeader);

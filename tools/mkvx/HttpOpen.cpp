@@ -107,7 +107,7 @@ class UrlOpener {
         for (unsigned breaks = 1; answer.end == End::kCut; ++breaks) {
             const uint64_t at = mSpool ? mSpool->size() : 0;
             if (breaks > kMostBreaks)
-                fail(fmt::format("the connection breaks at byte {}{}, {} times in a row", at,
+                fail(fmt::format("the connection breaks at byte {}{}, {} times", at,
                                  promised ? fmt::format(" of {}", *promised) : "", breaks));
             answer = get(at);
         }

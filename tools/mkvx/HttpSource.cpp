@@ -163,7 +163,7 @@ std::optional<std::string> HttpSource::judge(const HttpAnswer& answer, uint64_t 
     const bool mayGoOn = wrong.empty() || answer.status == 0 || mayPass(answer.status);
     if (!isFinal && mayGoOn && breaks <= kMostBreaks) return std::nullopt;
     if (!wrong.empty()) return wrong;
-    return fmt::format("the server stops sending at byte {}, {} times in a row", reached, breaks);
+    return fmt::format("the server stops sending at byte {}, {} times", reached, breaks);
 }
 
 void HttpSource::endAt(uint64_t offset) {

@@ -3,8 +3,8 @@
 #include <media/stagefright/MetaData.h>
 
 #include "Failure.h"
-#include "Probe.h"
 #include "OpenSource.h"
+#include "Probe.h"
 #include "matroska/MetaDataKeys.h"
 
 namespace mkvx {

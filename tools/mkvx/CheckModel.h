@@ -1,0 +1,122 @@
+// The result model of an examination: what a device would do with one file, track by track, and why. Plain
+// values, filled by CheckFile.cpp and its parts, printed by CheckRender.cpp and CheckJson.cpp; copy freely.
+//
+// Offsets and sizes are bytes from the file's start, times microseconds. Texts that come from the file are
+// raw bytes: print them through printable(). Sentences are ours, without a full stop, and printable already.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Model.h"
+
+namespace mkvx {
+
+// From good to worst. The order is that of the final table, and the worst of a run makes its exit code.
+enum class Verdict {
+    kPlays,            // every track is offered, and nothing of it is lost
+    kPlaysWithLosses,  // something is offered, and something is dropped, altered or missing
+    kNoMatroska,       // the plug-in does not claim it
+    kUnreadable,       // the file cannot be opened or read
+    kUndecided,        // the examination was cut off by its time limit
+    kNothingPlays,     // claimed, and not one track could play
+    kStops,            // the media process that opens or plays it ends
+};
+constexpr Verdict kVerdicts[] = {
+    Verdict::kPlays,     Verdict::kPlaysWithLosses, Verdict::kNoMatroska, Verdict::kUnreadable,
+    Verdict::kUndecided, Verdict::kNothingPlays,    Verdict::kStops,
+};
+
+// "plays", "plays with losses", ...
+const char* describe(Verdict verdict);
+// The same as an identifier of JSON: "plays", "plays_with_losses", ...
+const char* toString(Verdict verdict);
+// 0 plays, 1 no Matroska or unreadable, 3 losses, 4 nothing plays, 5 stops, 6 undecided; 2 is wrong usage.
+int exitCodeOf(Verdict verdict);
+
+// The element that decided: where it stands and how it begins.
+struct Evidence {
+    static constexpr size_t kMostBytes = 32;
+
+    std::string element;         // its name; empty where the bytes are no element
+    uint64_t offset = 0;         // of the element's header
+    uint64_t size = 0;           // of its payload
+    std::vector<uint8_t> bytes;  // of its payload, the first kMostBytes at most
+};
+
+// How much a finding weighs.
+enum class Weight {
+    kNote,   // odd, but nothing is missing
+    kLoss,   // something is dropped, altered or cannot be reached
+    kMute,   // the track is offered, and nothing useful comes out of it
+    kFatal,  // the media process ends
+};
+// "note", "loss", "mute", "fatal".
+const char* toString(Weight weight);
+
+// One fact that makes a difference on a device.
+struct Finding {
+    std::string code;  // identifier that stays the same from version to version: "cues_miss_master"
+    Weight weight = Weight::kNote;
+    std::string sentence;  // what happens, and why
+    std::optional<Evidence> evidence;
+    std::string remedy;  // a command, or what else mends it; empty where nothing does
+};
+
+// One TrackEntry, in file order.
+struct TrackVerdict {
+    uint64_t number = 0;          // TrackNumber
+    uint64_t type = 0;            // TrackType
+    std::string kind;             // "video", "audio", "subtitle", or "type N"
+    std::string codecId;          // as the file has it
+    uint64_t position = 0;        // of the TrackEntry
+    std::optional<size_t> index;  // the framework's, when it is offered
+    std::string mime;             // only when offered; like `info` of Model.h, which has the rest
+    std::vector<ConfigRecord> config;
+    // Why it is not offered; absent when it is.
+    std::optional<Finding> dropped;
+    std::vector<Finding> findings;  // what else is to be said of it
+
+    uint64_t blocks = 0;      // in the file
+    uint64_t units = 0;       // delivered; subtitle events that reach this track's source
+    uint64_t unitBytes = 0;   // in them
+    uint64_t unreadable = 0;  // blocks that were due and could not be read
+
+    bool isOffered() const { return index.has_value(); }
+};
+
+// Where the file's bytes go. Together they are the file's size.
+struct ByteShares {
+    uint64_t delivered = 0;    // payloads of blocks that reach a source
+    uint64_t notOffered = 0;   // payloads of blocks that reach none
+    uint64_t metadata = 0;     // everything that describes, block headers and attachments included
+    uint64_t padding = 0;      // Void, CRC-32
+    uint64_t damaged = 0;      // skipped to find the next element, or a block that cannot be read
+    uint64_t unreachable = 0;  // behind what opening and reading look at
+};
+
+// How seeks find their place.
+struct SeekFacts {
+    std::string source;         // "cues", "scan" or "none"
+    uint64_t points = 0;        // cue points
+    uint64_t masterPoints = 0;  // those that name the master track
+    uint64_t masterTrack = 0;   // TrackNumber
+    uint64_t clusters = 0;      // in the file
+    int64_t durationUs = 0;     // as seeking sees it; a target at or behind it ends the stream
+};
+
+struct CheckedFile {
+    std::string path;
+    Verdict verdict = Verdict::kUnreadable;
+    std::string reason;  // one sentence for the verdict; empty for kPlays
+    uint64_t size = 0;
+    std::string containerMime;  // empty unless claimed and opened
+    std::vector<TrackVerdict> tracks;
+    std::vector<Finding> findings;     // of the file as a whole
+    std::optional<ByteShares> shares;  // absent without a pass over all units
+    std::optional<SeekFacts> seeking;
+};
+
+}  // namespace mkvx

@@ -153,6 +153,12 @@ bool VorbisHeadersAccepted(const uint8_t* codecPrivate, size_t size, const char*
     return broken == nullptr;
 }
 
+bool VorbisLacesAreLong(const uint8_t* codecPrivate, size_t size) {
+    if (codecPrivate == nullptr || size < 3) return false;
+    const VorbisLaces laces = LacesOf(codecPrivate);
+    return laces.identification == 255 || laces.comment == 255;
+}
+
 void addVorbis2CodecInfo(const sp<MetaData>& meta, const void* codecPrivate, size_t codecPrivateSize) {
     const uint8_t* bytes = static_cast<const uint8_t*>(codecPrivate);
     const VorbisRule* broken = FirstBrokenRule(bytes, codecPrivateSize);

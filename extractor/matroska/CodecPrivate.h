@@ -41,6 +41,10 @@ bool NeedsExtraDataStep(const uint8_t* codecPrivate, size_t size);
 // `failedCondition` (may be null) gets the text of the first condition that does not hold.
 bool VorbisHeadersAccepted(const uint8_t* codecPrivate, size_t size, const char** failedCondition);
 
+// Vorbis: whether one of the first two headers takes more than one lace byte, for it has 255 bytes or more.
+// Such a codec private can be sound, and is refused all the same.
+bool VorbisLacesAreLong(const uint8_t* codecPrivate, size_t size);
+
 // Stores the identification header as kKeyVorbisInfo and the setup header as kKeyVorbisBooks, data type 0.
 // Aborts the process through the assertion logger on headers that VorbisHeadersAccepted refuses.
 void addVorbis2CodecInfo(const sp<MetaData>& meta, const void* codecPrivate, size_t codecPrivateSize);

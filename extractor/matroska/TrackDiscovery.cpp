@@ -233,7 +233,9 @@ DiscoveredTrack DiscoverTrack(CMatroskaFile* file, const TrackEntry& entry) {
     DiscoveredTrack track;
     const char* mime = GetMimeType(entry.FourCC);
     if (mime == nullptr) {
-        track.mDrop = DropReason::kUnmappedCodec;
+        const uint64_t type = entry.TrackType.Get();
+        const bool isKnownType = type == kTrackTypeVideo || type == kTrackTypeAudio;
+        track.mDrop = isKnownType ? DropReason::kUnmappedCodec : DropReason::kTrackType;
         return track;
     }
     __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "addTracks(mime): %s", mime);

@@ -10,20 +10,21 @@ namespace {
 
 constexpr uint64_t kFirstUnreadableVersion = 3;
 
-bool IsReadable(const EBML& header) {
-    const char* type = header.DocType.c_str();
-    const bool isKnown = strcmp(type, "matroska") == 0 || strcmp(type, "webm") == 0;
-    return isKnown && header.DocTypeReadVersion.Get() < kFirstUnreadableVersion;
-}
-
 }  // namespace
+
+HeaderVerdict JudgeHeader(const EBML& header) {
+    const char* type = header.DocType.c_str();
+    if (strcmp(type, "matroska") != 0 && strcmp(type, "webm") != 0) return HeaderVerdict::kOtherDocType;
+    return header.DocTypeReadVersion.Get() < kFirstUnreadableVersion ? HeaderVerdict::kReadable
+                                                                     : HeaderVerdict::kTooNew;
+}
 
 Result CMatroskaFile::Parse(CMatroskaNode* root) {
     bool isRejected = false;
     const Result result = VisitChildren(root, [&](CMatroskaNode* child) {
         if (child->Id() == id::kEbml) {
             (void)Header.Parse(child);
-            isRejected = !IsReadable(Header);
+            isRejected = JudgeHeader(Header) != HeaderVerdict::kReadable;
         } else if (child->Id() == id::kSegment && Segment.Info.SegmentUID.empty()) {
             // Deliberate: a Segment without a UID lets a later one add to the same model, one with a UID does
             // not.

@@ -33,14 +33,17 @@ class Losses {
 
     void Add(LossKind kind, uint64_t position, uint64_t size) {
         ++mCount;
+        ++mCounts[static_cast<size_t>(kind)];
         if (mList.size() < kKept) mList.push_back(Loss{kind, position, size});
     }
     const std::vector<Loss>& List() const { return mList; }
     uint64_t Count() const { return mCount; }
+    uint64_t Count(LossKind kind) const { return mCounts[static_cast<size_t>(kind)]; }
 
   private:
     std::vector<Loss> mList;
     uint64_t mCount = 0;
+    uint64_t mCounts[static_cast<size_t>(LossKind::kRefusedAllocation) + 1] = {};
 };
 
 }  // namespace MatroskaExtReader

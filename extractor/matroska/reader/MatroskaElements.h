@@ -112,6 +112,8 @@ class ContentEncoding : public android::RefBase {
     Result Parse(CMatroskaNode* node);
     bool IsZlib() const;
     bool IsHeaderStripping() const;
+    // One of the two that are undone on frames; any other leaves them as they are stored.
+    bool IsSupported() const { return IsZlib() || IsHeaderStripping(); }
 
     CUInt ContentEncodingOrder{0};
     CUInt ContentEncodingScope{encoding::kScopeFrames};  // bit mask
@@ -214,7 +216,10 @@ class TrackEntry : public android::RefBase {
     MatroskaExtReader::ContentEncodings Encodings;
 
     // Facts that InitInfo derives.
-    uint32_t FourCC = 0;          // four characters, the first in the lowest byte, or a wave format tag
+    uint32_t FourCC = 0;  // four characters, the first in the lowest byte, or a wave format tag
+    enum class TagOrigin { kNothing, kCodecId, kCodecPrivate };
+    TagOrigin FourCCFrom = TagOrigin::kNothing;
+    uint32_t MissesRecordOf = 0;  // bytes that the codec's record takes, where CodecPrivate has fewer; else 0
     uint32_t BitCount = 0;        // bits a sample (audio) or a pixel
     uint32_t AvgBytesPerSec = 0;  // from a wave-format header
     bool IsRealMedia = false;

@@ -35,6 +35,10 @@ struct IndexItem {
     uint64_t Position;  // of a Cluster, in bytes from the Segment's data start
 };
 
+// Whether a document with this EBML header is read, and if not, what speaks against it.
+enum class HeaderVerdict { kReadable, kOtherDocType, kTooNew };
+HeaderVerdict JudgeHeader(const EBML& header);
+
 class CMatroskaFile {
   public:
     // Asks the source for its size once and reads nothing.

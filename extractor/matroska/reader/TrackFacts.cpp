@@ -58,6 +58,9 @@ void DescribeAudio(TrackEntry& track) {
             track.FourCC = Little16(config.data());
             track.BitCount = Little16(config.data() + 14);
             track.AvgBytesPerSec = Little32(config.data() + 8);
+            track.FourCCFrom = TrackEntry::TagOrigin::kCodecPrivate;
+        } else {
+            track.MissesRecordOf = kWaveFormatBytes;
         }
     } else if (codec.StartsWith("A_REAL/") && codec.TextLength() > kRealAudioCode + 3) {
         track.FourCC = Little32(codec.data() + kRealAudioCode);
@@ -77,11 +80,16 @@ void DescribeVideo(TrackEntry& track) {
         if (config.size() >= kBitmapHeaderBytes) {
             track.FourCC = Little32(config.data() + 16);
             track.BitCount = Little16(config.data() + 14);
+            track.FourCCFrom = TrackEntry::TagOrigin::kCodecPrivate;
+        } else {
+            track.MissesRecordOf = kBitmapHeaderBytes;
         }
         return;
     }
     // Deliberate: an AVC or HEVC track with too short a record falls through to the MPEG-4 row.
     const bool hasRecord = config.size() >= kShortestAvcRecord;
+    const bool wantsRecord = codec.StartsWith("V_MPEG4/ISO/AVC") || codec.StartsWith("V_MPEGH/ISO/HEVC");
+    if (wantsRecord && !hasRecord) track.MissesRecordOf = kShortestAvcRecord;
     if (codec.StartsWith("V_MPEG4/ISO/AVC") && hasRecord) {
         track.FourCC = Code('A', 'V', 'C', '1');
     } else if (codec.StartsWith("V_MPEGH/ISO/HEVC") && hasRecord) {
@@ -121,7 +129,8 @@ int32_t SubtitleKindOf(const ByteBuffer& codec) {
 }  // namespace
 
 void TrackEntry::InitInfo() {
-    FourCC = BitCount = AvgBytesPerSec = StrippedHeaderBytes = 0;
+    FourCC = BitCount = AvgBytesPerSec = StrippedHeaderBytes = MissesRecordOf = 0;
+    FourCCFrom = TagOrigin::kNothing;
     IsRealMedia = IsVorbis = IsZlibCompressed = false;
     SubtitleType = kSubtitleNone;
     switch (TrackType.Get()) {
@@ -137,6 +146,7 @@ void TrackEntry::InitInfo() {
         default:
             break;
     }
+    if (FourCC != 0 && FourCCFrom == TagOrigin::kNothing) FourCCFrom = TagOrigin::kCodecId;
     for (const AutoPtr<ContentEncoding>& encoding : Encodings) {
         if (encoding->IsZlib()) IsZlibCompressed = true;
         if (encoding->IsHeaderStripping()) {

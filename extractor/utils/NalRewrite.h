@@ -6,6 +6,9 @@
 
 namespace android {
 
+// The only width of a NAL unit's length that is rewritten.
+constexpr unsigned kNalLengthBytes = 4;
+
 // 0: the frame begins with the four-byte start code; 1: with anything else, the three-byte start code
 // included; -1: fewer than 4 bytes.
 int CheckH264Type(const unsigned char* data, int size);

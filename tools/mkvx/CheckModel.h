@@ -10,8 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "Model.h"
-
 namespace mkvx {
 
 // From good to worst. The order is that of the final table, and the worst of a run makes its exit code.
@@ -65,16 +63,25 @@ struct Finding {
     std::string remedy;  // a command, or what else mends it; empty where nothing does
 };
 
+// One codec configuration record that the decoder gets.
+struct ConfigSummary {
+    static constexpr size_t kMostBytes = 64;
+
+    std::string key;             // its key's four characters, as `info` names it
+    size_t size = 0;             // whole
+    std::vector<uint8_t> bytes;  // the first kMostBytes at most
+};
+
 // One TrackEntry, in file order.
 struct TrackVerdict {
     uint64_t number = 0;          // TrackNumber
     uint64_t type = 0;            // TrackType
     std::string kind;             // "video", "audio", "subtitle", or "type N"
-    std::string codecId;          // as the file has it
+    std::string codecId;          // as the file has it, its first 64 bytes
     uint64_t position = 0;        // of the TrackEntry
     std::optional<size_t> index;  // the framework's, when it is offered
-    std::string mime;             // only when offered; like `info` of Model.h, which has the rest
-    std::vector<ConfigRecord> config;
+    std::string mime;             // only when offered, like the next
+    std::vector<ConfigSummary> config;
     // Why it is not offered; absent when it is.
     std::optional<Finding> dropped;
     std::vector<Finding> findings;  // what else is to be said of it
@@ -103,7 +110,7 @@ struct SeekFacts {
     uint64_t points = 0;        // cue points
     uint64_t masterPoints = 0;  // those that name the master track
     uint64_t masterTrack = 0;   // TrackNumber
-    uint64_t clusters = 0;      // in the file
+    uint64_t clusters = 0;      // in the file; 0 without a pass over all units
     int64_t durationUs = 0;     // as seeking sees it; a target at or behind it ends the stream
 };
 

@@ -29,6 +29,7 @@ void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addIndexCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addDecodeCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addCheckCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addCostCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
 

@@ -5,11 +5,11 @@
 
 #include "BenchSource.h"
 #include "CostElements.h"
-#include "ExtractProgress.h"
 #include "Failure.h"
 #include "HttpSource.h"
 #include "Log.h"
 #include "OpenSource.h"
+#include "Progress.h"
 #include "SeekTargets.h"
 #include "Text.h"
 #include "UnitReader.h"
@@ -175,7 +175,7 @@ class Walk {
             else
                 playing.push_back({std::move(reader), 0});
         }
-        ExtractProgress progress(printable(mSession.info().path), 0);
+        Progress progress(mSession.info().path, ProgressStyle::kLine);
         while (!playing.empty()) {
             const auto next =
                 std::min_element(playing.begin(), playing.end(),
@@ -188,7 +188,7 @@ class Walk {
             for (const auto& reader : subtitles)
                 while (reader->next()) {
                 }
-            progress.reach(0, bytes->bytes());
+            progress.reachBytes(bytes->bytes());
         }
     }
 

@@ -135,6 +135,16 @@ Bytes vorbisHeaders(const Bytes& identification, const Bytes& setup) {
     return headers;
 }
 
+std::optional<unsigned> avccLengthBytes(const Bytes& avcc) {
+    constexpr size_t kAt = 4;  // ISO/IEC 14496-15, 5.3.3
+    return avcc.size() > kAt ? std::optional<unsigned>((avcc[kAt] & 3u) + 1) : std::nullopt;
+}
+
+std::optional<unsigned> hvccLengthBytes(const Bytes& hvcc) {
+    constexpr size_t kAt = 21;  // ISO/IEC 14496-15, 8.3.3
+    return hvcc.size() > kAt ? std::optional<unsigned>((hvcc[kAt] & 3u) + 1) : std::nullopt;
+}
+
 std::optional<BitmapHeader> bitmapHeader(const Bytes& bytes) {
     constexpr size_t kSize = 40;
     ByteReader reader(bytes);

@@ -26,6 +26,11 @@ Bytes hvccParameterSets(const Bytes& hvcc);
 // file's, and a decoder takes nothing from it.
 Bytes vorbisHeaders(const Bytes& identification, const Bytes& setup);
 
+// How many bytes a NAL unit's length takes in the track's units, as the record says; nothing when it is too
+// short.
+std::optional<unsigned> avccLengthBytes(const Bytes& avcc);
+std::optional<unsigned> hvccLengthBytes(const Bytes& hvcc);
+
 struct BitmapHeader {
     uint32_t compression = 0;  // a FourCC, its first character in the lowest byte
     Bytes rest;                // what follows the header: the codec's own configuration

@@ -7,9 +7,9 @@
 #include "Command.h"
 #include "ExtractFacts.h"
 #include "ExtractPass.h"
-#include "ExtractProgress.h"
 #include "ExtractWriter.h"
 #include "Failure.h"
+#include "Progress.h"
 #include "Text.h"
 #include "matroska/MetaDataKeys.h"
 
@@ -20,6 +20,7 @@ struct Options {
     std::string file;
     size_t track = 0;
     std::string out;
+    ProgressStyle progress = ProgressStyle::kLine;
 };
 
 bool isSameFile(const std::string& a, const std::string& b) {
@@ -40,15 +41,20 @@ ExtractUnit unitOf(android::MediaBuffer& buffer) {
 }
 
 // How many units were written.
-size_t extract(const Session& session, const TrackInfo& track, ExtractWriter& writer, ExtractFile& out) {
-    ExtractProgress progress(printable(out.path()), track.durationUs.value_or(0));
+size_t extract(const Session& session, const TrackInfo& track, ProgressStyle style, ExtractWriter& writer,
+               ExtractFile& out) {
+    Progress progress(out.path(), style);
+    const int64_t durationUs = track.durationUs.value_or(0);
+    ProgressState state;
     size_t units = 0;
     writer.begin();
     const size_t unreadable = passOver(session, track, [&](android::MediaBuffer& buffer) {
         const ExtractUnit unit = unitOf(buffer);
         writer.write(unit);
         ++units;
-        progress.reach(unit.timeUs, out.size());
+        state.bytes = out.size();
+        if (durationUs > 0) state.share = double(unit.timeUs) / double(durationUs);
+        progress.reach(state);
     });
     if (unreadable > 0)
         fmt::print(stderr, "mkvx: {}: track {}: {} units could not be read\n", session.info().path,
@@ -72,7 +78,7 @@ int run(const Globals& globals, const Options& options) {
     ExtractFile out(options.out);
     try {
         const ExtractWriterPtr writer = makeExtractWriter(facts, out);
-        const size_t units = extract(session, track, *writer, out);
+        const size_t units = extract(session, track, options.progress, *writer, out);
         fmt::print("{}: {}, {} units, {} bytes\n", options.out, writer->form(), units, out.size());
     } catch (const ExtractRefusal& refusal) {
         throw FileFailure(options.file, fmt::format("track {}: {}", track.index, printable(refusal.what())));
@@ -90,6 +96,7 @@ void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     command->add_option("--track", options->track, "The track with this index (from 0, as info shows it)")
         ->required();
     command->add_option("-o,--output", options->out, "The file to write")->required();
+    addProgressOption(*command, options->progress);
     command->footer("Example: mkvx extract --track 1 -o film.aac film.mkv");
     command->callback(
         [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });

@@ -5,6 +5,7 @@
 #include "ExtractFacts.h"
 #include "ExtractWriter.h"
 #include "utils/MimeTypes.h"
+#include "utils/NalRewrite.h"
 
 namespace mkvx {
 namespace {
@@ -81,12 +82,12 @@ bool beginsWithStartCode(const Bytes& bytes) {
 ExtractWriterPtr makeNalWriter(const ExtractTrack& track, ExtractFile& out) {
     const bool isAvc = track.info.mime == android::MEDIA_MIMETYPE_VIDEO_AVC;
     const Bytes record = configOf(track.info, isAvc ? "avcc" : "hvcc");
-    const size_t lengthSizeAt = isAvc ? 4 : 21;  // ISO/IEC 14496-15, 5.3.3 and 8.3.3
-    if (record.size() > lengthSizeAt && (record[lengthSizeAt] & 3) != 3)
+    const std::optional<unsigned> lengthBytes = isAvc ? avccLengthBytes(record) : hvccLengthBytes(record);
+    if (lengthBytes && *lengthBytes != android::kNalLengthBytes)
         throw ExtractRefusal(
             fmt::format("its NAL units have {}-byte lengths, and the plug-in turns only 4-byte lengths into "
                         "start codes",
-                        (record[lengthSizeAt] & 3) + 1));
+                        *lengthBytes));
     const Bytes parameterSets = isAvc ? avccParameterSets(record) : hvccParameterSets(record);
     return makePlainWriter(isAvc ? "H.264 byte stream" : "HEVC byte stream", parameterSets, out);
 }

@@ -6,7 +6,17 @@
 
 namespace mkvx {
 
-enum ExitCode { kExitDone = 0, kExitFileUnusable = 1, kExitWrongUsage = 2 };
+enum ExitCode {
+    kExitDone = 0,
+    kExitFileUnusable = 1,
+    kExitWrongUsage = 2,
+    // What an examination found, where that is more than "usable or not".
+    kExitLosses = 3,
+    kExitNothingPlays = 4,
+    kExitStopsProcess = 5,
+    kExitUndecided = 6,
+    kExitInterrupted = 130,  // as a shell counts an end by SIGINT
+};
 
 // The file cannot be used: "FILE: reason".
 class FileFailure : public std::runtime_error {

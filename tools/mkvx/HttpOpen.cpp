@@ -2,9 +2,9 @@
 #include <fmt/format.h>
 #include <algorithm>
 
-#include "ExtractProgress.h"
 #include "Failure.h"
 #include "HttpSource.h"
+#include "Progress.h"
 #include "Spool.h"
 #include "Text.h"
 
@@ -88,7 +88,7 @@ class UrlOpener {
         if (!mSpool) beginSpool(head);
         if (mSpool->size() + (size - skipped) > limit()) failTooLarge();
         mSpool->append(bytes + skipped, size - skipped);
-        mProgress->reach(0, mSpool->size());
+        mProgress->reachBytes(mSpool->size());
         return true;
     }
 
@@ -98,7 +98,7 @@ class UrlOpener {
                    "mkvx: {}: the server serves no ranges; all of it is read into a temporary file first\n",
                    printable(mUrl));
         mSpool = std::make_unique<Spool>(printable(mUrl));
-        mProgress = std::make_unique<ExtractProgress>(printable(mUrl), 0);
+        mProgress = std::make_unique<Progress>(mUrl, ProgressStyle::kLine);
     }
 
     // Such a server sends everything once more after a break; what is there already is passed over.
@@ -133,7 +133,7 @@ class UrlOpener {
     std::unique_ptr<HttpClient> mClient;
     std::string mFirst;  // the first block, when it comes as a range
     std::unique_ptr<Spool> mSpool;
-    std::unique_ptr<ExtractProgress> mProgress;
+    std::unique_ptr<Progress> mProgress;
     uint64_t mSkip = 0;
 };
 

@@ -32,10 +32,15 @@ void countPoints(const CMatroskaFile& file, IndexReport& report) {
 IndexReport readIndex(const android::sp<android::DataSource>& source) {
     MuteLog mute;
     const android::sp<android::MatroskaExtExtractor> extractor = new android::MatroskaExtExtractor(source);
-    const CMatroskaFile& file = *extractor->File();
+    IndexReport report = readIndex(*extractor);
+    report.isStreamed = (source->flags() & android::DataSource::kIsCachingDataSource) != 0;
+    return report;
+}
+
+IndexReport readIndex(android::MatroskaExtExtractor& extractor) {
+    const CMatroskaFile& file = *extractor.File();
     IndexReport report;
     report.source = "none";
-    report.isStreamed = (source->flags() & android::DataSource::kIsCachingDataSource) != 0;
     report.durationUs = int64_t(file.Segment.GetDuration() / 1000);
     report.masterTrack = file.MasterTrack();
     countPoints(file, report);

@@ -5,6 +5,10 @@
 #include <string>
 #include <vector>
 
+namespace android {
+class MatroskaExtExtractor;
+}
+
 namespace mkvx {
 
 struct IndexEntry {
@@ -30,6 +34,8 @@ struct IndexReport {
 // Throws nothing; a file that cannot be read gives an empty report. Construction can end the process exactly
 // where the plug-in's does: try that first.
 IndexReport readIndex(const android::sp<android::DataSource>& source);
+// Of a file that is open already.
+IndexReport readIndex(android::MatroskaExtExtractor& extractor);
 
 // The stretches longer than `limitUs` between the start, the entries and the end.
 std::vector<IndexGap> gapsOf(const IndexReport& report, int64_t limitUs);

@@ -69,6 +69,10 @@ size_t OwnReader::entryCount() const {
     return mState->extractor->File()->GetTrackCnt();
 }
 
+android::sp<android::MatroskaExtExtractor> OwnReader::extractor() const {
+    return mState->extractor;
+}
+
 uint64_t OwnReader::masterTrack() const {
     return mState->extractor->File()->MasterTrack();
 }

@@ -12,6 +12,10 @@
 
 #include "Model.h"
 
+namespace android {
+class MatroskaExtExtractor;
+}
+
 namespace mkvx {
 
 struct OfferedTrack {
@@ -42,6 +46,8 @@ class OwnReader {
     // TrackEntries in the file, offered or not.
     size_t entryCount() const;
     uint64_t masterTrack() const;
+    // The extractor itself, for what this class does not tell.
+    android::sp<android::MatroskaExtExtractor> extractor() const;
     // A cursor before the track's first unit. It reads through this object, which has to outlive it.
     std::unique_ptr<TwinCursor> cursor(uint32_t trackNumber) const;
 

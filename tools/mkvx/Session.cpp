@@ -90,7 +90,9 @@ void requireSurvivable(const Session& session, const std::string& path) {
         for (size_t i = 0; extractor != nullptr && i < extractor->countTracks(); ++i)
             extractor->getTrackMetaData(i, MediaExtractor::kIncludeExtensiveMetaData);
     });
-    if (end) throw FileFailure(path, "would stop the media process: " + *end);
+    if (end)
+        throw UnusableFile(UnusableFile::Why::kStopsProcess, path, "would stop the media process: " + *end,
+                           *end);
 }
 
 SniffResult sniff(const ExtractorPlugin& plugin, const sp<android::DataSource>& source,
@@ -122,17 +124,20 @@ Session::Session(const ExtractorPlugin& plugin, const std::string& path, const S
     : mPlugin(plugin), mFaults(options.faults), mBytes(openBytes(path, options)) {
     const sp<FaultySource> source = new FaultySource(mBytes, mFaults, {});
     if (!sniff(mPlugin, source, path).claimed)
-        throw FileFailure(path, "is no Matroska or WebM file (it does not begin with 1A 45 DF A3)");
+        throw UnusableFile(UnusableFile::Why::kNotClaimed, path,
+                           "is no Matroska or WebM file (it does not begin with 1A 45 DF A3)");
     mSniffed = source->reads();
     requireSurvivable(*this, path);
     mExtractor = newExtractor();
-    if (mExtractor == nullptr) throw FileFailure(path, "the plug-in made no extractor for it");
+    if (mExtractor == nullptr)
+        throw UnusableFile(UnusableFile::Why::kNoExtractor, path, "the plug-in made no extractor for it");
     mReader = std::make_unique<OwnReader>(newBytes());
     const std::vector<OfferedTrack> offered = mReader->offered();
     if (offered.size() != mExtractor->countTracks())
         throw FileFailure(path,
                           "the loaded plug-in offers other tracks than this program's own reader finds");
-    if (mReader->entryCount() == 0) throw FileFailure(path, "no track description can be read from it");
+    if (mReader->entryCount() == 0)
+        throw UnusableFile(UnusableFile::Why::kNoTracks, path, "no track description can be read from it");
     mInfo = describeFile(path, *mExtractor, offered);
 }
 

@@ -12,14 +12,33 @@
 #include <media/stagefright/MediaExtractor.h>
 #include <media/stagefright/MediaSource.h>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "Failure.h"
 #include "Model.h"
 #include "ModelFromReader.h"
 #include "Plugin.h"
 #include "SourceFaults.h"
 
 namespace mkvx {
+
+// Which of its reasons a Session has for not taking a file.
+class UnusableFile : public FileFailure {
+  public:
+    enum class Why { kNotClaimed, kStopsProcess, kNoExtractor, kNoTracks };
+    UnusableFile(Why why, const std::string& file, const std::string& reason,
+                 const std::string& stoppedBy = std::string())
+        : FileFailure(file, reason), mWhy(why), mStoppedBy(stoppedBy) {}
+
+    Why why() const { return mWhy; }
+    // The assertion's text or the signal, for kStopsProcess.
+    const std::string& stoppedBy() const { return mStoppedBy; }
+
+  private:
+    Why mWhy;
+    std::string mStoppedBy;
+};
 
 class Session {
   public:

@@ -9,8 +9,8 @@
 #include <memory>
 #include <vector>
 
-#include "ExtractProgress.h"
 #include "Failure.h"
+#include "Progress.h"
 
 namespace mkvx {
 namespace {
@@ -24,7 +24,7 @@ std::string temporaryFolder() {
 
 std::unique_ptr<Spool> readInput() {
     auto spool = std::make_unique<Spool>(kInput);
-    ExtractProgress progress(kInput, 0);
+    Progress progress(kInput, ProgressStyle::kLine);
     std::vector<char> chunk(1 << 18);
     while (true) {
         const ssize_t count = ::read(STDIN_FILENO, chunk.data(), chunk.size());
@@ -32,7 +32,7 @@ std::unique_ptr<Spool> readInput() {
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw FileFailure(kInput, std::string("cannot be read: ") + std::strerror(errno));
         spool->append(chunk.data(), size_t(count));
-        progress.reach(0, spool->size());
+        progress.reachBytes(spool->size());
     }
 }
 

@@ -78,6 +78,10 @@ size_t displayWidth(std::string_view text) {
     return columns;
 }
 
+std::string counted(uint64_t count, const char* noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
 std::string TextTable::str() const {
     if (mRows.empty()) return {};
     std::vector<std::string> titles;

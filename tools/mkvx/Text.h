@@ -17,6 +17,9 @@ std::string printable(std::string_view text);
 // Terminal columns that a printable() text takes: East Asian wide characters take two.
 size_t displayWidth(std::string_view text);
 
+// "1 block", "3 blocks".
+std::string counted(uint64_t count, const char* noun);
+
 // Rows of left- or right-aligned columns, two spaces apart. An empty table prints nothing.
 class TextTable {
   public:

@@ -60,6 +60,7 @@ int main(int argc, char** argv) {
     mkvx::addSourceOptions(app, globals.source);
     app.require_subcommand(1);
     app.fallthrough();
+    mkvx::addCheckCommand(app, globals, chosen);
     mkvx::addSniffCommand(app, globals, chosen);
     mkvx::addInfoCommand(app, globals, chosen);
     mkvx::addPacketsCommand(app, globals, chosen);

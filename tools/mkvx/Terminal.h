@@ -1,0 +1,29 @@
+// What the program knows about the terminal it may be talking to.
+#pragma once
+#include <cstdio>
+#include <string>
+
+namespace mkvx {
+
+// Colours are for a terminal that has them, and for nobody who has set NO_COLOR (to anything but nothing).
+bool wantsColour(std::FILE* out);
+
+// Puts colours around texts, or leaves them alone where they are not wanted.
+class Paint {
+  public:
+    explicit Paint(std::FILE* out) : mIsOn(wantsColour(out)) {}
+
+    std::string good(const std::string& text) const { return wrap("32", text); }
+    std::string odd(const std::string& text) const { return wrap("33", text); }
+    std::string bad(const std::string& text) const { return wrap("31", text); }
+    std::string worst(const std::string& text) const { return wrap("1;31", text); }
+    std::string strong(const std::string& text) const { return wrap("1", text); }
+    std::string faint(const std::string& text) const { return wrap("2", text); }
+
+  private:
+    std::string wrap(const char* code, const std::string& text) const;
+
+    bool mIsOn;
+};
+
+}  // namespace mkvx

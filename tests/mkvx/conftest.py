@@ -5,7 +5,7 @@ from pathlib import Path
 
 import pytest
 
-BINARY = Path(os.environ.get('MKVX_BIN', Path(__file__).parents[2] / 'build/release/bin/mkvx'))
+BINARY = Path(os.environ.get('MKVX_BIN', Path(__file__).parents[2] / 'build/release/bin/mkvx')).resolve()
 
 
 class Run:
@@ -22,6 +22,11 @@ class Run:
 
     def lines(self):
         return [json.loads(line) for line in self.out.splitlines()]
+
+
+@pytest.fixture(scope='session')
+def binary():
+    return BINARY
 
 
 @pytest.fixture

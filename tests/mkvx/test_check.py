@@ -1,0 +1,304 @@
+"""mkvx check: what it says of files that each have one peculiarity, and how it goes through folders."""
+import json
+import os
+import signal
+import struct
+import subprocess
+import time
+import zlib
+from pathlib import Path
+
+import jsonschema
+import pytest
+
+import craft
+
+AVCC = bytes.fromhex('0142c01effe1000867420bf00102030401000468ce3880')
+UNIT = b'\0\0\0\2\x65\x11'
+
+
+def avc(no=1, record=AVCC, *more):
+    return craft.video(no, 'V_MPEG4/ISO/AVC', craft.private(record), *more)
+
+
+def mp3(no=2):
+    return craft.audio(no, 'A_MPEG/L3')
+
+
+def film(*tracks, blocks=(), **options):
+    """Each track has a block; the Cues name the first track unless told otherwise."""
+    own = [craft.simple_block(i + 1, i, UNIT) for i in range(len(tracks))] if not blocks else blocks
+    return craft.matroska(tracks, craft.cluster(0, *own), **{'cue_for': 1, **options})
+
+
+def encoding(algorithm, scope=1, order=0, settings=b''):
+    compression = craft.element(0x5034, craft.uint(0x4254, algorithm) + craft.element(0x4255, settings))
+    return craft.element(0x6240, craft.uint(0x5031, order) + craft.uint(0x5032, scope) + compression)
+
+
+def encodings(*each):
+    return craft.element(0x6D80, b''.join(each))
+
+
+def astray(data):
+    """The first CueClusterPosition is off by one."""
+    last = data.index(b'\xf1' + (1 << 56 | 8).to_bytes(8, 'big')) + 9 + 7
+    return data[:last] + bytes([data[last] ^ 1]) + data[last + 1:]
+
+
+PCM24 = craft.element(0xAE, craft.uint(0xD7, 2) + craft.uint(0x83, 2) + craft.text(0x86, 'A_PCM/INT/LIT') +
+                      craft.element(0xE1, craft.real(0xB5, 48000.0) + craft.uint(0x6264, 24)))
+ENCRYPTION = craft.element(0x6240, craft.uint(0x5033, 1) + craft.element(0x5035, craft.uint(0x47E1, 5)))
+VORBIS_LONG = b'\2\x1e\xff\x05' + b'\1' + b'i' * 29 + b'\3' + b'c' * 259 + b'\5setup'
+BITMAP = craft.private(bytes(16) + b'H264' + bytes(20))
+ASS = b'0,0,Default,,0,0,0,,'
+EVENTS = [craft.simple_block(1, 0, UNIT), craft.block_group(2, 1, ASS + b'one', 9), craft.block_group(2, 2, ASS + b'two', 9),
+          craft.simple_block(1, 3, UNIT)]
+BAD_LACE = craft.simple_block(1, 1, b'\1\xff\xff\xff\x10short', lacing=1)
+GOOD = film(avc(), mp3())
+HEAD = len(craft.element(0x1A45DFA3, craft.text(0x4282, 'matroska') + craft.uint(0x4285, 2)))
+
+# name: (file, verdict, {code: (weight, part of the sentence)}), with every finding that is more than a note.
+CASES = {
+    'good': (GOOD, 'plays', {}),
+    'opus': (film(avc(), craft.audio(2, 'A_OPUS')), 'plays_with_losses', {'unknown_codec_id': ('loss', 'Opus')}),
+    'vp8': (film(craft.video(1, 'V_VP8')), 'nothing_plays', {'unmapped_tag': ('loss', '"VPXV"')}),
+    'vfw-short': (film(craft.video(1, 'V_MS/VFW/FOURCC', craft.private(bytes(39))), mp3()), 'plays_with_losses',
+                  {'private_too_short': ('loss', '39 of the 40')}),
+    'acm-tag': (film(avc(), craft.audio(2, 'A_MS/ACM', craft.private(b'\x4f\x67' + bytes(16)))), 'plays_with_losses',
+                {'unmapped_tag': ('loss', '0x674F')}),
+    'buttons': (film(avc(), craft.element(0xAE, craft.uint(0xD7, 2) + craft.uint(0x83, 18))), 'plays_with_losses',
+                {'track_type': ('loss', 'type 18')}),
+    'vobsub': (film(avc(), craft.subtitle(2, 'S_VOBSUB')), 'plays_with_losses', {'subtitle_kind': ('loss', 'VobSub')}),
+    'aac-bare': (film(avc(), craft.audio(2, 'A_AAC')), 'plays_with_losses', {'aac_no_profile': ('loss', 'A_AAC')}),
+    'aac-rate': (film(avc(), craft.audio(2, 'A_AAC/MPEG4/LC', rate=44000.0)), 'plays_with_losses',
+                 {'aac_frequency': ('loss', '44000 Hz')}),
+    'aac-main': (film(avc(), craft.audio(2, 'A_AAC/MPEG4/MAIN')), 'plays_with_losses', {'aac_profile': ('loss', 'MAIN')}),
+    'aac-byte': (film(avc(), craft.audio(2, 'A_AAC', craft.private(b'\x12'))), 'plays_with_losses',
+                 {'aac_private_too_short': ('mute', '1 byte')}),
+    'aac-sbr': (film(avc(), craft.audio(2, 'A_AAC/MPEG4/LC/SBR')), 'plays_with_losses', {'aac_sbr_as_ltp': ('loss', 'LTP')}),
+    'pcm24': (film(avc(), PCM24), 'plays_with_losses', {'pcm_sample_size': ('mute', '24 bits')}),
+    'vfw-avc': (film(craft.video(1, 'V_MS/VFW/FOURCC', BITMAP), mp3()),
+                'plays_with_losses', {'no_parameter_sets': ('loss', '50 blocks')}),
+    'avc-3-bytes': (film(avc(1, b'\1\x42\xc0')), 'nothing_plays', {'record_too_short': ('mute', 'video/mp4v-es')}),
+    'avc-lengths': (film(avc(1, AVCC[:4] + b'\xfd' + AVCC[5:]), mp3()), 'plays_with_losses',
+                    {'nal_length': ('mute', 'lengths of 2 bytes')}),
+    'avc-6-bytes': (film(avc(1, AVCC[:6]), mp3()), 'stops_the_media_process', {'format_aborts': ('fatal', '6 bytes')}),
+    'avc-version': (film(avc(1, b'\0' + AVCC[1:])), 'stops_the_media_process', {'format_aborts': ('fatal', 'version 0')}),
+    'avc-cut': (film(avc(1, AVCC[:-1])), 'stops_the_media_process', {'format_aborts': ('fatal', 'within a picture')}),
+    'avc-large': (film(avc(1, AVCC[:6] + struct.pack('>H', 1021) + bytes(1021) + b'\0')), 'stops_the_media_process',
+                  {'format_aborts': ('fatal', '1024 bytes')}),
+    'hevc-short': (film(craft.video(1, 'V_MPEGH/ISO/HEVC', craft.private(b'\1' + bytes(20) + b'\3'))), 'stops_the_media_process',
+                   {'format_aborts': ('fatal', '22 bytes')}),
+    'vorbis-none': (film(avc(), craft.audio(2, 'A_VORBIS')), 'stops_the_media_process',
+                    {'vorbis_headers': ('fatal', 'no CodecPrivate'), 'process_ends': ('loss', 'video/avc'),
+                     'stops_at_opening': ('fatal', '911 CHECK(codecPrivateSize >= 3) failed')}),
+    'vorbis-long': (film(craft.audio(1, 'A_VORBIS', craft.private(VORBIS_LONG))), 'stops_the_media_process',
+                    {'vorbis_headers': ('fatal', '255 bytes or more'), 'stops_at_opening': ('fatal', 'CHECK(')}),
+    'subtitle-number': (film(avc(), craft.audio(2, 'A_OPUS'), craft.subtitle(3)), 'plays_with_losses',
+                        {'unknown_codec_id': ('loss', ''), 'subtitle_number': ('mute', 'at index 1 this one, number 3, gets none')}),
+    'no-master': (film(craft.video(1, 'V_VP8'), craft.subtitle(2)), 'nothing_plays',
+                  {'unmapped_tag': ('loss', ''), 'no_master': ('mute', 'number 1')}),
+    'merged': (film(avc(), craft.subtitle(2, 'S_TEXT/ASS'), blocks=EVENTS), 'plays_with_losses',
+               {'events_merged': ('loss', '1 of its 2')}),
+    'no-duration': (film(avc(), duration_ms=0.0), 'plays_with_losses', {'no_duration': ('loss', 'states no Duration')}),
+    'scan': (film(avc(), cue_for=None), 'plays_with_losses', {'no_duration': ('loss', '00:00:01.000')}),
+    'scan-short': (craft.matroska([avc()], craft.cluster(0, craft.simple_block(1, 0, UNIT)),
+                                  craft.cluster(400, craft.simple_block(1, 0, UNIT))), 'plays_with_losses',
+                   {'duration_cut': ('loss', '00:00:00.600')}),
+    'cues-other': (film(avc(), mp3(), cue_for=2), 'plays_with_losses', {'cues_miss_master': ('loss', 'number 1')}),
+    'cues-astray': (astray(film(avc())), 'plays_with_losses', {'cues_astray': ('loss', '1 position')}),
+    'encrypted': (film(avc(1, AVCC, encodings(ENCRYPTION)), mp3()), 'plays_with_losses', {'encrypted': ('mute', 'encrypted')}),
+    'lzo': (film(avc(1, AVCC, encodings(encoding(2)))), 'nothing_plays', {'encoding_unsupported': ('mute', 'algorithm 2')}),
+    'private-zlib': (film(avc(1, AVCC, encodings(encoding(0, scope=2)))), 'nothing_plays', {'private_encoded': ('mute', 'stored encoded')}),
+    'stacked': (film(avc(1, AVCC, encodings(encoding(0), encoding(3, order=1, settings=b'\0'))),
+                     blocks=[craft.simple_block(1, 0, zlib.compress(UNIT))]), 'nothing_plays',
+                {'encodings_stacked': ('mute', 'under header stripping'), 'bad_compression': ('loss', '1 frame')}),
+    'bad-zlib': (film(avc(1, AVCC, encodings(encoding(0)))), 'plays_with_losses', {'bad_compression': ('loss', '1 frame')}),
+    'before-zero': (film(avc(), blocks=[craft.simple_block(1, -5, UNIT), craft.simple_block(1, 5, UNIT)]), 'plays_with_losses',
+                    {'times_wrap': ('loss', '1 of its 2')}),
+    'bad-laces': (film(mp3(1), blocks=[craft.simple_block(1, 0, b'good'), BAD_LACE, BAD_LACE]), 'plays_with_losses',
+                  {'blocks_unreadable': ('loss', '2 of its 3')}),
+    'laced': (film(mp3(1), blocks=[craft.simple_block(1, 0, b'\1aabb', lacing=2)]), 'plays', {}),
+    'units-cut': (film(avc(), blocks=[craft.simple_block(1, 0, UNIT + b'\0\0\0\x99z')]), 'plays_with_losses',
+                  {'units_cut': ('loss', '1 of its units')}),
+    'cut-file': (GOOD[:-3], 'plays_with_losses', {'blocks_unreadable': ('loss', 'past the end'), 'truncated': ('loss', 'at least 3 bytes')}),
+    'segments': (GOOD + GOOD[HEAD:], 'plays_with_losses', {'more_segments': ('loss', '2 Segments'), 'duplicate_number': ('loss', '')}),
+    'number-127': (film(avc(127), blocks=[craft.simple_block(127, 0, UNIT)], cue_for=127), 'nothing_plays',
+                   {'all_ones_number': ('mute', '127'), 'blocks_without_track': ('loss', '1 block')}),
+    'twins': (film(mp3(1), mp3(1), blocks=[craft.simple_block(1, 0, UNIT)]), 'plays_with_losses',
+              {'duplicate_number': ('loss', 'TrackNumber 1 too')}),
+    'silent': (film(avc(), mp3(), blocks=[craft.simple_block(1, 0, UNIT)]), 'plays_with_losses', {'no_blocks': ('mute', 'no block')}),
+    'config-cut': (film(avc(), craft.audio(2, 'A_AC3', craft.private(bytes(range(108))))), 'plays_with_losses',
+                   {'config_cut': ('loss', '108 bytes without the last')}),
+    'doctype': (craft.matroska([mp3(1)], doctype='mastroka'), 'nothing_plays', {'other_doctype': ('mute', '"mastroka"')}),
+    'too-new': (film(mp3(1)).replace(craft.uint(0x4285, 2), craft.uint(0x4285, 3)), 'nothing_plays', {'doctype_too_new': ('mute', 'version 3')}),
+    'no-tracks': (craft.matroska([]), 'nothing_plays', {'no_tracks': ('mute', 'no TrackEntry')}),
+    'riff': (b'RIFF....WAVE', 'no_matroska', {'not_claimed': ('mute', '1A 45 DF A3')}),
+    'empty': (b'', 'no_matroska', {'not_claimed': ('mute', 'empty')}),
+}
+EXITS = {'plays': 0, 'no_matroska': 1, 'unreadable': 1, 'plays_with_losses': 3, 'nothing_plays': 4,
+         'stops_the_media_process': 5, 'undecided': 6}
+SCHEMA = Path(__file__).parents[2] / 'docs/check.schema.json'
+
+
+@pytest.fixture(scope='module')
+def library(tmp_path_factory):
+    """A folder of all cases, one folder deeper."""
+    folder = tmp_path_factory.mktemp('library')
+    (folder / 'deeper').mkdir()
+    for name, (data, _, _) in CASES.items():
+        (folder / 'deeper' / (name + '.mkv')).write_bytes(data)
+    return folder
+
+
+@pytest.fixture(scope='module')
+def report(library, binary):
+    run = subprocess.run([binary, 'check', '--format', 'json', '--jobs', '3', library], capture_output=True, timeout=120)
+    assert run.returncode == EXITS['stops_the_media_process'], run.stderr
+    assert run.stderr == b''
+    return json.loads(run.stdout)
+
+
+def findings(checked):
+    """All of a file, as a list of (code, weight, sentence, evidence)."""
+    of_tracks = [f for t in checked['tracks'] for f in t['findings'] + [t[k] for k in ['dropped'] if k in t]]
+    return of_tracks + checked['findings']
+
+
+@pytest.mark.parametrize('name', CASES)
+def test_verdict_and_reasons(report, name):
+    data, verdict, expected = CASES[name]
+    checked = next(f for f in report['files'] if f['file'].endswith('/%s.mkv' % name))
+    grave = {f['code']: f for f in findings(checked) if f['weight'] != 'note'}
+    assert {code: f['weight'] for code, f in grave.items()} == {code: weight for code, (weight, _) in expected.items()}
+    for code, (_, part) in expected.items():
+        assert part in grave[code]['sentence']
+    assert checked['verdict'] == verdict and bool(checked['reason']) == (verdict != 'plays')
+    assert checked['size'] == len(data)
+    if 'bytes' in checked:
+        assert sum(checked['bytes'].values()) == len(data)
+    for finding in findings(checked):  # the bytes shown are the file's, from where they are said to stand
+        if 'element' in finding.get('evidence', {}):
+            evidence = finding['evidence']
+            head = data[evidence['offset']:]
+            assert bytes.fromhex(evidence['bytes']) in head[:12 + 32]
+
+
+def test_evidence_and_remedy(report):
+    """What decided is named with its place, and the command names the right stream."""
+    checked = next(f for f in report['files'] if f['file'].endswith('/opus.mkv'))
+    dropped = checked['tracks'][1]['dropped']
+    data = CASES['opus'][0]
+    assert dropped['evidence'] == {'element': 'CodecID', 'offset': data.index(craft.text(0x86, 'A_OPUS')), 'size': 6,
+                                   'bytes': b'A_OPUS'.hex()}
+    assert dropped['remedy'].startswith('ffmpeg -i ') and '-c:a:0 aac' in dropped['remedy']
+    assert checked['reason'].startswith('no sound: track 2: ')
+    numbers = next(f for f in report['files'] if f['file'].endswith('/subtitle-number.mkv'))
+    assert '-map 0:0 -map 0:2' in next(f['remedy'] for f in findings(numbers) if f['code'] == 'subtitle_number')
+
+
+def test_remedies_mend(mkvx, binary, sample, tmp_path):
+    """The commands are run as they are printed, on what a muxer made."""
+    subprocess.run(['ffmpeg', '-v', 'error', '-i', sample, '-map', '0', '-c', 'copy', '-c:a', 'libopus', '-t', '2',
+                    "it's.mkv"], cwd=tmp_path, check=True)
+    checked = subprocess.run([binary, 'check', '--format', 'jsonl', "it's.mkv"], cwd=tmp_path, capture_output=True)
+    remedies = {f['code']: f['remedy'] for f in findings(json.loads(checked.stdout)) if 'remedy' in f}
+    assert set(remedies) == {'unknown_codec_id', 'subtitle_number'}
+    for code, remedy in remedies.items():
+        subprocess.run(remedy, shell=True, cwd=tmp_path, check=True, capture_output=True)
+        mended = mkvx('check', '--format', 'jsonl', tmp_path / 'mended.mkv')
+        assert code not in [f['code'] for f in findings(mended.json())]
+        (tmp_path / 'mended.mkv').unlink()
+
+
+def test_shares_of_a_file_that_is_known(mkvx, write):
+    tracks = [avc(), craft.audio(2, 'A_OPUS')]
+    void = craft.element(0xEC, b'v' * 20)
+    blocks = [craft.simple_block(1, 0, UNIT), craft.simple_block(2, 0, b'opus!'), craft.simple_block(9, 0, b'stray')]
+    lost = craft.cluster(9, *blocks[:1])
+    data = craft.matroska(tracks, void, craft.cluster(0, *blocks), b'\0' * 40, lost) + b'tail'
+    checked = mkvx('check', '--format', 'jsonl', write('parts.mkv', data)).json()
+    shares = checked['bytes']
+    assert shares.pop('metadata') == len(data) - sum(shares.values())
+    # Nothing is found again behind damage that the file ends shortly after.
+    assert shares == {'delivered': len(UNIT), 'not_offered': len(b'opus!'), 'padding': len(void),
+                      'damaged': 40 + len(lost), 'unreachable': len(b'stray') + len(b'tail')}
+    assert [t['units'] for t in checked['tracks']] == [1, 0]
+
+
+def test_schema(report, mkvx, library):
+    validator = jsonschema.Draft202012Validator(json.loads(SCHEMA.read_text()))
+    validator.check_schema(validator.schema)
+    validator.validate(report)
+    for line in mkvx('check', '--format', 'jsonl', '--quick', library).lines():
+        validator.validate(line)
+    assert not validator.is_valid({**report, 'files': [{**report['files'][0], 'verdict': 'fine'}]})
+
+
+@pytest.mark.parametrize('verdict', ['plays', 'no_matroska', 'plays_with_losses', 'nothing_plays'])
+def test_exit_code_and_text(mkvx, library, verdict):
+    name = next(n for n, case in CASES.items() if case[1] == verdict)
+    run = mkvx('check', library / 'deeper' / (name + '.mkv'))
+    assert run.code == EXITS[verdict] and run.out.startswith('%s/deeper/%s.mkv: ' % (library, name))
+    assert '\x1b' not in run.out and run.err == ''
+
+
+def test_folders_names_and_order(mkvx, tmp_path):
+    for path in 'b/FILM.MKV', 'b/sound.mka', 'a.webm', 'unnamed', 'notes.txt', 'c.mks':
+        (tmp_path / path).parent.mkdir(exist_ok=True)
+        (tmp_path / path).write_bytes(b'text' if path == 'notes.txt' else GOOD)
+    (tmp_path / 'loop').symlink_to(tmp_path)
+    os.mkfifo(tmp_path / 'pipe.mkv')
+    run = mkvx('check', '--brief', tmp_path, '/no/such.mkv')
+    lines = run.out.splitlines()
+    assert [line.split(': ')[0] for line in lines[:6]] == [str(tmp_path / n) for n in
+                                                         ('a.webm', 'b/FILM.MKV', 'b/sound.mka', 'c.mks', 'unnamed')] + ['/no/such.mkv']
+    assert run.code == 1 and '/no/such.mkv: unreadable: No such file or directory' in lines
+    assert lines[8].split()[0] == 'unreadable' and lines[-1] == '6 files: 1 unreadable, 5 plays'
+    empty = tmp_path / 'empty'
+    empty.mkdir()
+    assert mkvx('check', empty).code == 1
+
+
+def test_other_sources(binary, mkvx, write):
+    """Standard input is spooled once for all children; a source that breaks is told apart from a damaged file."""
+    piped = subprocess.run([binary, 'check', '--format', 'jsonl', '-', '-'], input=CASES['opus'][0], capture_output=True)
+    assert [json.loads(line)['verdict'] for line in piped.stdout.splitlines()] == ['plays_with_losses'] * 2
+    good = write('good.mkv', GOOD)
+    assert mkvx('check', '--fail-at', '1', good).code == EXITS['unreadable']
+    unsized = mkvx('check', '--no-size', '--format', 'jsonl', good)
+    assert unsized.code == 0 and 'bytes' not in unsized.json() and unsized.json()['tracks'][1]['units'] == 1
+
+
+@pytest.fixture
+def long_film(write):
+    """Takes more than a second: 150 000 blocks."""
+    blocks = craft.cluster(0, *[craft.simple_block(1, 0, UNIT)] * 500)
+    return write('long.mkv', craft.matroska([avc()], *[blocks] * 300, cue_for=1))
+
+
+def test_time_limit_leaves_what_was_known(mkvx, long_film, sample):
+    run = mkvx('check', '--time-limit', '0.4', '--format', 'json', long_film, sample)
+    assert run.code == EXITS['undecided']
+    cut, other = run.json()['files']
+    assert cut['verdict'] == 'undecided' and '0.4 s' in cut['reason'] and cut['tracks'][0]['mime'] == 'video/avc'
+    assert other['verdict'] in ('plays', 'undecided')
+
+
+def test_interruption_prints_what_was_found(binary, long_film, sample):
+    with subprocess.Popen([binary, 'check', '--jobs', '1', '--progress', 'json', sample, long_film, long_film],
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE) as run:
+        assert run.stdout.readline().startswith(str(sample).encode())
+        time.sleep(0.1)
+        run.send_signal(signal.SIGINT)
+        out, err = run.communicate(timeout=20)
+    assert run.returncode == 130 and b'interrupted' in err
+    assert b'VERDICT' not in out and str(long_film).encode() not in out
+
+
+def test_progress_as_json(binary, long_film):
+    run = subprocess.run([binary, 'check', '--jobs', '1', '--progress', 'json', *[long_film] * 2], capture_output=True)
+    told = [json.loads(line)['progress'] for line in run.stderr.splitlines()]
+    assert told and all(t['files_total'] == 2 and 0 <= t['bytes'] <= t['bytes_total'] for t in told)
+    assert [t['bytes'] for t in told] == sorted(t['bytes'] for t in told)

@@ -32,5 +32,9 @@ void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addCheckCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addCostCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addExplainCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addChaptersCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addAttachmentsCommand(CLI::App& app, const Globals& globals, Action& chosen);
 
 }  // namespace mkvx

@@ -71,6 +71,7 @@ int main(int argc, char** argv) {
     mkvx::addExtractCommand(app, globals, chosen);
     mkvx::addCostCommand(app, globals, chosen);
     mkvx::addBenchCommand(app, globals, chosen);
+    mkvx::addTreeCommand(app, globals, chosen);
 
     try {
         app.parse(argc, argv);

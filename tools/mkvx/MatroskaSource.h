@@ -1,0 +1,11 @@
+// Byte sources for what is read with this program's own reader alone, without the plug-in.
+#pragma once
+#include <media/stagefright/DataSource.h>
+#include <string>
+
+namespace mkvx {
+
+// openFile() for a file that begins as every Matroska or WebM file does. Throws FileFailure for another.
+android::sp<android::DataSource> openMatroska(const std::string& path);
+
+}  // namespace mkvx

@@ -55,11 +55,12 @@ std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, uint
     while (std::optional<TreeItem> item = walk.next()) {  // bounded: skips what does not hold the byte
         if (item->depth < way.size()) break;              // the deepest one has ended
         if (!holds(*item, at)) {
-            walk.skipChildren();
+            if (!isInfo(*item)) walk.skipChildren();
             continue;
         }
         way.push_back(std::move(*item));
-        const auto* element = std::get_if<Element>(&way.back().what);
+        auto* element = std::get_if<Element>(&way.back().what);
+        if (element != nullptr) walk.readValue(*element);
         if (element == nullptr || at < element->dataOffset) break;
     }
     if (way.empty()) throw UsageFailure(fmt::format("the file has no byte {}", at));

@@ -53,7 +53,7 @@ class TreeListing {
 // Does the item hold the byte? An element's header counts, its parent's end does not stop it.
 bool holds(const TreeItem& item, uint64_t at);
 
-// The items of the file that hold the byte, without values, from the top to the deepest. Throws UsageFailure
+// The items of the file that hold the byte, with values, from the top to the deepest. Throws UsageFailure
 // when there is none.
 std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, uint64_t at);
 

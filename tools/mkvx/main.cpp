@@ -72,6 +72,7 @@ int main(int argc, char** argv) {
     mkvx::addCostCommand(app, globals, chosen);
     mkvx::addBenchCommand(app, globals, chosen);
     mkvx::addTreeCommand(app, globals, chosen);
+    mkvx::addExplainCommand(app, globals, chosen);
 
     try {
         app.parse(argc, argv);

@@ -1,0 +1,38 @@
+// mkvx explain SUBJECT [FILE]: what an element means, and what stands at an offset.
+#include <CLI/CLI.hpp>
+
+#include "Command.h"
+#include "Failure.h"
+#include "FormatOption.h"
+#include "RenderExplain.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string subject, file;
+    Format format = Format::kTable;
+};
+
+int run(const Options& options) {
+    renderExplanation(explain(options.subject, options.file), options.format, stdout);
+    return kExitDone;
+}
+
+}  // namespace
+
+void addExplainCommand(CLI::App& app, const Globals&, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand(
+        "explain", "What an element means and what the plug-in does with it, or what stands at an offset");
+    command
+        ->add_option("SUBJECT", options->subject,
+                     "An element's name, its ID in hexadecimal or, with FILE, a byte's offset in decimal")
+        ->required();
+    command->add_option("FILE", options->file, "Look there: at the offset, or for the element");
+    addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
+    command->footer("Example: mkvx explain CodecPrivate film.mkv");
+    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+}
+
+}  // namespace mkvx

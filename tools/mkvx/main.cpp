@@ -73,6 +73,8 @@ int main(int argc, char** argv) {
     mkvx::addBenchCommand(app, globals, chosen);
     mkvx::addTreeCommand(app, globals, chosen);
     mkvx::addExplainCommand(app, globals, chosen);
+    mkvx::addChaptersCommand(app, globals, chosen);
+    mkvx::addAttachmentsCommand(app, globals, chosen);
 
     try {
         app.parse(argc, argv);

@@ -231,7 +231,9 @@ constexpr ElementInfo kElements[] = {
      "RFC 9559, 5.1.5.1.2.2"},
     {0xF0, "CueRelativePosition", ElementType::kUint, id::kCueTrackPositions, "RFC 9559, 5.1.5.1.2.3"},
     {0xB2, "CueDuration", ElementType::kUint, id::kCueTrackPositions, "RFC 9559, 5.1.5.1.2.4"},
-    {id::kCueBlockNumber, "CueBlockNumber", ElementType::kUint, id::kCueTrackPositions,
+    {0x5378, "CueBlockNumber", ElementType::kUint, id::kCueTrackPositions, "RFC 9559, 5.1.5.1.2.5"},
+    // Deliberate: the parser looks for the block number under this ID, which no writer is known to use.
+    {id::kCueBlockNumber, "CueBlockNumberSwapped", ElementType::kUint, id::kCueTrackPositions,
      "RFC 9559, 5.1.5.1.2.5"},
     {id::kCueCodecState, "CueCodecState", ElementType::kUint, id::kCueTrackPositions,
      "RFC 9559, 5.1.5.1.2.6"},

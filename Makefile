@@ -1,5 +1,5 @@
 # Daily habits, each a thin line onto a CMake preset. `make` builds everything into build/release/.
-.PHONY: release asan tsan clang coverage test demo interop format lint clean fuzz bench arm32
+.PHONY: release asan tsan clang coverage test demo interop format lint clean fuzz bench arm32 install deb
 
 release clang:
 	@cmake --preset $@ -DMKVX_BUILD_TESTS=ON >/dev/null
@@ -14,6 +14,12 @@ test:
 
 demo:
 	@scripts/demo
+
+install:
+	@scripts/install
+
+deb:
+	@scripts/deb
 
 interop: release
 	@ctest --preset release -L interop

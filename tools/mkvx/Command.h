@@ -36,5 +36,7 @@ void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addExplainCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addChaptersCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addAttachmentsCommand(CLI::App& app, const Globals& globals, Action& chosen);
+// Tells of all commands that `app` has when it runs.
+void addHelpCommand(CLI::App& app, Action& chosen);
 
 }  // namespace mkvx

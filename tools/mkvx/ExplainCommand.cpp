@@ -15,7 +15,10 @@ struct Options {
 };
 
 int run(const Options& options) {
-    renderExplanation(explain(options.subject, options.file), options.format, stdout);
+    if (options.subject.empty())
+        renderElementTable(options.format, stdout);
+    else
+        renderExplanation(explain(options.subject, options.file), options.format, stdout);
     return kExitDone;
 }
 
@@ -25,10 +28,10 @@ void addExplainCommand(CLI::App& app, const Globals&, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
         "explain", "What an element means and what the plug-in does with it, or what stands at an offset");
-    command
-        ->add_option("SUBJECT", options->subject,
-                     "An element's name, its ID in hexadecimal or, with FILE, a byte's offset in decimal")
-        ->required();
+    command->add_option(
+        "SUBJECT", options->subject,
+        "An element's name, its ID in hexadecimal or, with FILE, a byte's offset in decimal; without "
+        "it all elements are listed");
     command->add_option("FILE", options->file, "Look there: at the offset, or for the element");
     addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
     command->footer("Example: mkvx explain CodecPrivate film.mkv");

@@ -20,10 +20,10 @@ std::string folderOfThisProgram() {
     return program.substr(0, program.rfind('/'));
 }
 
-// Where the plug-in lies beside the program: in the build tree, and as it is installed.
+// Where the plug-in lies beside the program: as it is installed, and in the build tree.
 std::vector<std::string> candidates() {
-    const std::string prefix = folderOfThisProgram() + "/../";
-    return {prefix + "lib/" + kLibraryName, prefix + MKVX_INSTALL_LIBDIR "/" + kLibraryName};
+    const std::string folder = folderOfThisProgram() + "/";
+    return {folder + MKVX_PLUGIN_FOLDER "/" + kLibraryName, folder + "../lib/" + kLibraryName};
 }
 
 std::string findPlugin() {

@@ -124,11 +124,37 @@ Json toJson(const Explanation& explanation) {
     return object;
 }
 
+std::string dump(const Json& object) {
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 }  // namespace
+
+void renderElementTable(Format format, std::FILE* out) {
+    size_t count = 0;
+    const MatroskaExtReader::ElementInfo* table = MatroskaExtReader::ElementTable(&count);
+    Json elements = Json::array();
+    TextTable text({{"ID"}, {"TYPE"}, {"USE"}, {"ELEMENT"}});
+    for (size_t i = 0; i < count; ++i) {
+        Explanation explanation;
+        explanation.id = table[i].id;
+        explanation.info = &table[i];
+        Json object;
+        setMeaning(explanation, object);
+        elements.push_back(object);
+        const std::string indent(2 * (pathOf(table[i]).size() - 1), ' ');
+        text.addRow({idText(table[i].id), typeName(&table[i]), toString(guideTo(table[i]).use),
+                     indent + table[i].name});
+    }
+    if (format == Format::kJson)
+        fmt::print(out, "{}\n", dump({{"mkvx", 1}, {"elements", elements}}));
+    else
+        fmt::print(out, "{}", text.str());
+}
 
 void renderExplanation(const Explanation& explanation, Format format, std::FILE* out) {
     if (format == Format::kJson)
-        fmt::print(out, "{}\n", toJson(explanation).dump(-1, ' ', false, Json::error_handler_t::replace));
+        fmt::print(out, "{}\n", dump(toJson(explanation)));
     else
         printText(explanation, out);
 }

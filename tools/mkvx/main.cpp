@@ -59,6 +59,9 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     mkvx::addSourceOptions(app, globals.source);
     app.require_subcommand(1);
+    app.footer(
+        "Exit codes: 0 done; 1 a file cannot be used, or the result cannot be written; 2 wrong usage.\n"
+        "Example: mkvx info film.mkv");
     app.fallthrough();
     mkvx::addCheckCommand(app, globals, chosen);
     mkvx::addSniffCommand(app, globals, chosen);
@@ -75,6 +78,7 @@ int main(int argc, char** argv) {
     mkvx::addExplainCommand(app, globals, chosen);
     mkvx::addChaptersCommand(app, globals, chosen);
     mkvx::addAttachmentsCommand(app, globals, chosen);
+    mkvx::addHelpCommand(app, chosen);
 
     try {
         app.parse(argc, argv);

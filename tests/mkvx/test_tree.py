@@ -1,0 +1,157 @@
+"""mkvx tree and explain against an independent reader, against bytes written here, and on hostile ones."""
+import re
+import subprocess
+
+import pytest
+
+import craft
+
+def small(*blocks, more=b''):
+    return craft.matroska([craft.audio(1, 'A_AC3')], craft.cluster(1000, *blocks), more)
+
+
+def items(run):
+    assert run.code == 0, run.err
+    return run.json()['items']
+
+
+def find(run, name):
+    return [item for item in items(run) if item.get('name') == name]
+
+
+def test_places_are_those_of_an_independent_reader(mkvx, sample):
+    theirs = subprocess.run(['mkvinfo', '-a', '-P', '-z', sample], capture_output=True, text=True).stdout
+    places = re.findall(r' at (\d+) size (\d+) data size (\d+)$', theirs, re.M)
+    ours = {(item['offset'], item['end'] - item['offset'], item['size'])
+            for item in items(mkvx('tree', '--all', '--format', 'json', sample))}
+    assert len(places) > 600 and {tuple(map(int, place)) for place in places} == ours
+
+
+@pytest.mark.parametrize('name, bytes_, value', [
+    ('TimecodeScale', craft.element(0x2AD7B1, b'\0' * 3 + b'\x0f\x42\x40'), 1000000),
+    ('SamplingFrequency', craft.element(0xB5, b'\x47\x2c\x44\0'), 44100.0),
+    ('DateUTC', craft.element(0x4461, (86400 * 10 ** 9 + 5 * 10 ** 8).to_bytes(8, 'big')), '2001-01-02T00:00:00.5Z'),
+    ('DateUTC', craft.element(0x4461, (-1).to_bytes(8, 'big', signed=True)), '2000-12-31T23:59:59.999999999Z'),
+    ('ReferenceBlock', craft.element(0xFB, b'\xff\x38'), -200),
+    ('SeekID', craft.element(0x53AB, b'\x1c\x53\xbb\x6b'), '0x1C53BB6B'),
+    ('Title', craft.text(0x7BA9, b'a\x1b[31m\0hidden'), 'a\x1b[31m'),
+    ('CRC-32', craft.element(0xBF, b'\1\2\3\4'), '01020304'),
+    ('SegmentUID', craft.element(0x73A4, bytes(range(40))), bytes(range(16)).hex()),
+    ('Void', craft.element(0xEC, b'\0' * 9), None),
+], ids=lambda value: value if isinstance(value, str) else '')
+def test_values(mkvx, write, name, bytes_, value):
+    path = write('v.mkv', craft.matroska([], bytes_))
+    assert find(mkvx('tree', '--format', 'json', path), name)[-1].get('value') == value
+    assert '\x1b' not in mkvx('tree', path).out
+
+
+def test_laced_block(mkvx, write):
+    lacing = b'\x02\x03\xff\x00'  # three frames: 3, 255, the rest
+    path = write('l.mkv', small(craft.simple_block(1, -5, lacing + b'x' * 260, lacing=1)))
+    block = find(mkvx('tree', '--format', 'json', path), 'SimpleBlock')[0]['block']
+    assert block == {'track': 1, 'timecode': -5, 'time_us': 995000, 'flags': 0x82, 'key': True, 'lacing': 'xiph',
+                     'frames': [3, 255, 2]}
+    assert 'track 1, -5 (00:00:00.995), key, Xiph lacing, 3 frames: 3 255 2 B' in mkvx('tree', path).out
+
+
+def damaged():
+    good = small(craft.simple_block(1, 0, b'frame'))
+    cluster = good.index(b'\x1f\x43\xb6\x75')
+    block = good.index(b'\xa3\x01', cluster)
+    yield 'unknown', craft.matroska([], craft.element(0x4321, b'abc')), 'unknown ID 0x4321: 61 62 63'
+    yield 'cut', good[:-3], '! reaches 3 bytes past the end of the file'
+    yield 'overlong', good[:block + 8] + bytes([good[block + 8] + 9]) + good[block + 9:], 'reaches 9 bytes past the end of'
+    yield 'misplaced', craft.matroska([], craft.uint(0xD7, 1)), 'TrackNumber: 1  ! does not belong in this parent'
+    yield 'wide', craft.matroska([], craft.element(0x2AD7B1, b'\1' * 9)), '! longer than 8 bytes'
+    yield 'float', craft.matroska([], craft.element(0xB5, b'\1' * 5)), '! no value can be read: float of 5 bytes'
+    yield 'lacing', small(craft.simple_block(1, 0, b'\xff\x01', lacing=3)), '! its lacing does not fit it'
+    yield 'skipped', craft.matroska([], b'\x1f\x43\xb6\x75' + b'\0' * 2000), '! no element can be read here: skipped'
+    yield 'end', small(more=b'\0' * 9), '! no element can be read here, and the reader looks no further'
+    yield 'no size', craft.matroska([]).replace(b'\x16\x54\xae\x6b\x01' + b'\0' * 7, b'\x16\x54\xae\x6b\x01' + b'\xff' * 7), \
+        '! has no size'
+
+
+@pytest.mark.parametrize('data, text', [pytest.param(d, t, id=i) for i, d, t in damaged()])
+def test_damage_is_marked(mkvx, write, data, text):
+    path = write('d.mkv', data)
+    run = mkvx('tree', path)
+    assert run.code == 0 and text in run.out, run.out
+
+
+def test_long_rows_are_cut_and_counted(mkvx, write):
+    blocks = [craft.simple_block(1, i, b'x') for i in range(100)]
+    blocks[50] = craft.element(0xEC, b'')
+    path = write('m.mkv', small(*blocks))
+    short = items(mkvx('tree', '--format', 'json', path))
+    assert [item['left_out'] for item in short if 'left_out' in item] == [{'SimpleBlock': 47}, {'SimpleBlock': 49}]
+    assert len(find(mkvx('tree', '--all', '--format', 'json', path), 'SimpleBlock')) == 99
+    depths = [item['depth'] for item in items(mkvx('tree', '--depth', '2', '--format', 'json', path))]
+    assert max(depths) == 1
+
+
+def test_every_byte_is_in_the_listing(mkvx, sample):
+    end = 0
+    for item in mkvx('tree', '--depth', '1', '--format', 'jsonl', sample).lines():
+        assert item['offset'] == end
+        end = item['end']
+    assert end == sample.stat().st_size
+
+
+def test_way_to_a_byte(mkvx, write):
+    data = small(craft.simple_block(1, 0, b'needle'))
+    path = write('a.mkv', data)
+    way = items(mkvx('tree', '--at', data.index(b'needle'), '--format', 'json', path))
+    assert [item['name'] for item in way] == ['Segment', 'Cluster', 'SimpleBlock']
+    assert way[2]['asked'] and way[2]['block']['time_us'] == 1000000
+    held = items(mkvx('tree', '--at', data.index(b'\x1f\x43\xb6\x75') + 1, '--format', 'json', path))
+    assert [item['name'] for item in held] == ['Segment', 'Cluster', 'Timestamp', 'SimpleBlock']
+    assert mkvx('tree', '--at', len(data), path).code == 2
+    text = mkvx('explain', data.index(b'needle'), path).out
+    assert text.startswith(f'Byte {data.index(b"needle")} is byte 4 of the data of Segment > Cluster > SimpleBlock\n')
+
+
+@pytest.mark.parametrize('make', [
+    lambda: b'\xec\x80' * 500000,
+    lambda: b'\x18\x53\x80\x67\xff' * 200000,           # Segments of unknown size in one another
+    lambda: b'\x1f\x43\xb6\x75\xff' * 200000,
+    lambda: (b'\x45\xb9\x01' + b'\xff' * 7) * 100000,    # masters without a size
+    lambda: b''.join(craft.element(0x4000 + i % 0x3fff, b'') for i in range(100000)),
+    lambda: b'\0\x1f\x43\xb6\x75' * 100000,
+], ids=['a million bytes of children', 'nested', 'open clusters', 'sizeless', 'unknown', 'resynchronising'])
+def test_hostile_structures_end_with_little_output(mkvx, write, make):
+    path = write('h.mkv', craft.matroska([], make()))
+    run = mkvx('tree', path)
+    assert run.code == 0 and len(run.out) < 400000
+    for item in mkvx('tree', '--at', path.stat().st_size // 2, '--format', 'jsonl', path).lines():
+        assert item['offset'] >= 0
+
+
+def test_every_element_of_the_table_is_explained(mkvx):
+    rows = mkvx('explain', '--format', 'json').json()['elements']
+    names = [row['name'] for row in rows]
+    assert len(names) > 250 and len(set(names)) == len(names) and len({row['id'] for row in rows}) == len(names)
+    for row in rows:
+        assert len(row['meaning']) > 5 and row['path'][-1] == row['name'] and row['use'] in ('used', 'kept', 'ignored'), row
+    for row in rows[::40]:
+        for subject in (row['name'].upper(), row['id'], row['id'][2:].lower()):
+            assert mkvx('explain', subject, '--format', 'json').json() == {'mkvx': 1, **row}
+
+
+@pytest.mark.parametrize('subject, text', [
+    ('codecprivate', 'CodecPrivate (0x63A2), binary, RFC 9559, 5.1.4.1.22'), ('1A45DFA3', 'EBML (0x1A45DFA3), master'),
+    ('TimestampScale', 'TimecodeScale (0x2AD7B1)'), ('0x4321', 'no element that is known'),
+])
+def test_explain(mkvx, subject, text):
+    run = mkvx('explain', subject)
+    assert run.code == 0 and text in run.out
+
+
+@pytest.mark.parametrize('subject, suggestion', [('CodecPrivat', 'CodecPrivate'), ('SimpelBlock', 'SimpleBlock'), ('\x1b[1m', '')])
+def test_explain_suggests(mkvx, subject, suggestion):
+    run = mkvx('explain', subject)
+    assert run.code == 2 and suggestion in run.err and '\x1b' not in run.err
+
+
+def test_explain_finds_the_element_in_a_file(mkvx, sample):
+    found = mkvx('explain', 'CodecPrivate', sample, '--format', 'json').json()
+    assert found['count'] == 2 and [element['size'] for element in found['first']] == [47, 5]

@@ -1,6 +1,7 @@
 # The Debian packages that `cpack -G DEB` makes of an installation: mkvx with the plug-in, and mkvx-dev.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME mkvx)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "what a stagefright device gets out of a Matroska file")
 set(CPACK_PACKAGE_VENDOR "the matroska_ext developers")
 set(CPACK_PACKAGE_CONTACT "the matroska_ext developers <matroska-ext@localhost>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -20,14 +21,14 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME mkvx)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-    "shows what a stagefright device gets out of a Matroska file\n mkvx loads the extractor plug-in that a device of the Lollipop line would load, and\n shows which tracks, access units and seek points the device's player would receive.")
+    "mkvx loads the extractor plug-in that a device of the Lollipop line would load,\nand shows which tracks, access units and seek points its player would receive.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME mkvx-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION contrib/libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "mkvx (= ${PROJECT_VERSION}), android-libutils-dev, android-liblog-dev, zlib1g-dev, libfdk-aac-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
-    "Matroska reader and plug-in interface of mkvx, to compile with\n Headers, static library, CMake package and pkg-config file of the EBML and Matroska\n reader that mkvx is built on, and of the host build of the media interfaces.")
+    "Headers, static library, CMake package and pkg-config file of the EBML and\nMatroska reader that mkvx is built on, and of the host build of the media\ninterfaces.")
 include(CPack)
 
 # What every Debian package carries in its documentation folder.

@@ -21,8 +21,8 @@ struct Options {
 };
 
 // Attachments do not overlap, so all of them together fit the file; more than that is not written.
-void saveAll(const std::string& folderPath, AttachmentsReport& report) {
-    const android::sp<android::DataSource> source = openMatroska(report.file);
+void saveAll(const std::string& folderPath, const SourceOptions& options, AttachmentsReport& report) {
+    const android::sp<android::DataSource> source = openMatroska(report.file, options);
     off64_t length = 0;
     uint64_t room = source->getSize(&length) == android::OK && length > 0 ? uint64_t(length) : UINT64_MAX;
     SafeFolder folder(folderPath);
@@ -39,9 +39,10 @@ void saveAll(const std::string& folderPath, AttachmentsReport& report) {
     }
 }
 
-int run(const Options& options) {
-    AttachmentsReport report = readAttachments(options.file);
-    if (!options.folder.empty() && !report.attachments.empty()) saveAll(options.folder, report);
+int run(const Globals& globals, const Options& options) {
+    AttachmentsReport report = readAttachments(options.file, globals.source);
+    if (!options.folder.empty() && !report.attachments.empty())
+        saveAll(options.folder, globals.source, report);
     renderAttachments(report, options.format, stdout);
     std::fflush(stdout);
     if (report.attachments.empty())
@@ -59,7 +60,7 @@ int run(const Options& options) {
 
 }  // namespace
 
-void addAttachmentsCommand(CLI::App& app, const Globals&, Action& chosen) {
+void addAttachmentsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("attachments", "The attached files; extracts them when asked to");
     command->add_option("FILE", options->file, "The file to read")->required();
@@ -67,7 +68,8 @@ void addAttachmentsCommand(CLI::App& app, const Globals&, Action& chosen) {
                         "Write the attached files into this folder, over no file that is there");
     addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
     command->footer("Example: mkvx attachments --extract fonts film.mkv");
-    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
 }
 
 }  // namespace mkvx

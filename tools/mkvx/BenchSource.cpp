@@ -7,6 +7,7 @@
 
 #include "Failure.h"
 #include "Source.h"
+#include "WindowSource.h"
 
 namespace mkvx {
 namespace {
@@ -14,50 +15,7 @@ namespace {
 using android::DataSource;
 using android::sp;
 
-// Keeps the last window that was read. A request that needs a whole window or more goes straight to the file.
-// One thread.
-class WindowSource : public DataSource {
-  public:
-    explicit WindowSource(const sp<DataSource>& file) : mFile(file), mWindow(kWindowSize) {}
-
-    android::status_t initCheck() const override { return mFile->initCheck(); }
-    android::status_t getSize(off64_t* size) override { return mFile->getSize(size); }
-
-    ssize_t readAt(off64_t offset, void* data, size_t size) override {
-        auto* out = static_cast<uint8_t*>(data);
-        size_t done = 0;
-        while (done < size) {
-            const ssize_t n = readSome(offset + off64_t(done), out + done, size - done);
-            if (n < 0 && done == 0) return n;
-            if (n <= 0) break;
-            done += size_t(n);
-        }
-        return ssize_t(done);
-    }
-
-  private:
-    static constexpr size_t kWindowSize = 64 * 1024;
-
-    ssize_t readSome(off64_t offset, uint8_t* out, size_t size) {
-        const bool inside = offset >= mStart && offset < mStart + off64_t(mLength);
-        if (!inside && size >= kWindowSize) return mFile->readAt(offset, out, size);
-        if (!inside) {
-            const ssize_t n = mFile->readAt(offset, mWindow.data(), kWindowSize);
-            mStart = offset;
-            mLength = n > 0 ? size_t(n) : 0;
-            if (n <= 0) return n;
-        }
-        const size_t from = size_t(offset - mStart);
-        const size_t n = std::min(size, mLength - from);
-        std::memcpy(out, mWindow.data() + from, n);
-        return ssize_t(n);
-    }
-
-    sp<DataSource> mFile;
-    std::vector<uint8_t> mWindow;
-    off64_t mStart = 0;
-    size_t mLength = 0;
-};
+constexpr size_t kWindowSize = 64 * 1024;
 
 // So that the first measured pass meets no page fault of the mapping, and its pages count before the
 // measurement.
@@ -83,7 +41,7 @@ sp<DataSource> openBenchSource(const std::string& kind, const std::string& path)
         source = openMapped(path);
     else
         source = new android::host::PreadSource(path.c_str());
-    if (kind == "window") source = new WindowSource(source);
+    if (kind == "window") source = new WindowSource(source, kWindowSize);
     const android::status_t status = source->initCheck();
     if (status != android::OK) throw FileFailure(path, std::strerror(-status));
     return source;

@@ -16,8 +16,8 @@ struct Options {
     Format format = Format::kTable;
 };
 
-int run(const Options& options) {
-    const ChaptersReport report = readChapters(options.file);
+int run(const Globals& globals, const Options& options) {
+    const ChaptersReport report = readChapters(options.file, globals.source);
     renderChapters(report, options.format, stdout);
     if (report.editions.empty())
         fmt::print(stderr, "mkvx: {}: has no chapters\n", options.file);
@@ -28,13 +28,14 @@ int run(const Options& options) {
 
 }  // namespace
 
-void addChaptersCommand(CLI::App& app, const Globals&, Action& chosen) {
+void addChaptersCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("chapters", "The chapters of each edition");
     command->add_option("FILE", options->file, "The file to read")->required();
     addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
     command->footer("Example: mkvx chapters film.mkv");
-    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
 }
 
 }  // namespace mkvx

@@ -14,7 +14,7 @@ using namespace MatroskaExtReader;
 // looked through for it, which opening does not do.
 class Document {
   public:
-    explicit Document(const std::string& path) : mFile(openMatroska(path)) {
+    Document(const std::string& path, const SourceOptions& options) : mFile(openMatroska(path, options)) {
         const CMatroskaFile::Opening opening(&mFile);
         if (Failed(mFile.Init()))
             throw FileFailure(path, "the plug-in reads no document from it (see mkvx tree)");
@@ -70,8 +70,8 @@ AttachmentInfo describe(const AttachedFile& file) {
 
 }  // namespace
 
-ChaptersReport readChapters(const std::string& path) {
-    Document document(path);
+ChaptersReport readChapters(const std::string& path, const SourceOptions& options) {
+    Document document(path, options);
     ChaptersReport report;
     report.file = path;
     CNode<Chapter>& chapters = document.segment().Chapters;
@@ -83,8 +83,8 @@ ChaptersReport readChapters(const std::string& path) {
     return report;
 }
 
-AttachmentsReport readAttachments(const std::string& path) {
-    Document document(path);
+AttachmentsReport readAttachments(const std::string& path, const SourceOptions& options) {
+    Document document(path, options);
     AttachmentsReport report;
     report.file = path;
     CNode<Attachment>& attachments = document.segment().Attachments;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "SourceOptions.h"
+
 namespace mkvx {
 
 struct ChapterTitle {
@@ -43,7 +45,7 @@ struct AttachmentsReport {
 };
 
 // Both throw FileFailure for a file that cannot be read or whose header the plug-in refuses.
-ChaptersReport readChapters(const std::string& path);
-AttachmentsReport readAttachments(const std::string& path);
+ChaptersReport readChapters(const std::string& path, const SourceOptions& options);
+AttachmentsReport readAttachments(const std::string& path, const SourceOptions& options);
 
 }  // namespace mkvx

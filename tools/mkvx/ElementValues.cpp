@@ -66,8 +66,10 @@ void readText(CMatroskaNode* node, Element& element) {
         TextValue{std::string(bytes.begin(), end), end == bytes.end() && node->Size() > kTextBytes};
 }
 
-std::optional<int64_t> toUs(__int128 ns) {
-    const __int128 us = ns / 1000;
+// Microseconds; nothing where they do not fit.
+std::optional<int64_t> unitsToUs(__int128 units, uint64_t scale) {
+    if (units < INT64_MIN || units > INT64_MAX) return std::nullopt;  // keeps the product within 128 bits
+    const __int128 us = units * scale / 1000;
     return us < INT64_MIN || us > INT64_MAX ? std::nullopt : std::optional<int64_t>(int64_t(us));
 }
 
@@ -80,7 +82,7 @@ void readBlock(CMatroskaNode* node, const ValueContext& context, Element& elemen
     value.timecode = int16_t(block.TimeCode.Get());
     value.flags = block.Flags.Get();
     if (context.clusterTime)
-        value.timeUs = toUs((__int128(*context.clusterTime) + value.timecode) * context.scale);
+        value.timeUs = unitsToUs(__int128(*context.clusterTime) + value.timecode, context.scale);
     if (!block.IsDeliverable(*node->File()))
         element.notes.emplace_back("its bytes are not all there: the plug-in drops it");
     else if (Failed(block.ParseData(node, nullptr, true)))
@@ -94,8 +96,8 @@ void readBinary(CMatroskaNode* node, Element& element) {
     element.value = BinaryValue{headBytes(node, kBinaryBytes), node->Size()};
 }
 
-std::string clockOf(__int128 ns) {
-    const std::optional<int64_t> us = toUs(ns);
+std::string clockOf(uint64_t units, uint64_t scale) {
+    const std::optional<int64_t> us = unitsToUs(units, scale);
     return us ? clockTime(*us) : std::string();
 }
 
@@ -140,10 +142,10 @@ std::string meaningOfNumber(uint32_t id, uint64_t value, const ValueContext& con
         case id::kClusterTimecode:
         case id::kCueTime:
         case id::kBlockDuration:
-            return clockOf(__int128(value) * context.scale);
+            return clockOf(value, context.scale);
         case id::kChapterTimeStart:
         case id::kChapterTimeEnd:
-            return clockOf(value);
+            return clockOf(value, 1);
         case id::kDefaultDuration:
             return value == 0 ? "" : fmt::format("{:.6g} a second", 1e9 / double(value));
         case id::kSeekPosition:

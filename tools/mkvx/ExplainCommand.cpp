@@ -14,17 +14,17 @@ struct Options {
     Format format = Format::kTable;
 };
 
-int run(const Options& options) {
+int run(const Globals& globals, const Options& options) {
     if (options.subject.empty())
         renderElementTable(options.format, stdout);
     else
-        renderExplanation(explain(options.subject, options.file), options.format, stdout);
+        renderExplanation(explain(options.subject, options.file, globals.source), options.format, stdout);
     return kExitDone;
 }
 
 }  // namespace
 
-void addExplainCommand(CLI::App& app, const Globals&, Action& chosen) {
+void addExplainCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
         "explain", "What an element means and what the plug-in does with it, or what stands at an offset");
@@ -35,7 +35,8 @@ void addExplainCommand(CLI::App& app, const Globals&, Action& chosen) {
     command->add_option("FILE", options->file, "Look there: at the offset, or for the element");
     addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
     command->footer("Example: mkvx explain CodecPrivate film.mkv");
-    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
 }
 
 }  // namespace mkvx

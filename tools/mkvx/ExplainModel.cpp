@@ -69,22 +69,22 @@ Occurrences occurrencesOf(const android::sp<android::DataSource>& source, uint32
     throw UsageFailure(sentence);
 }
 
-void explainPlace(Explanation& result) {
-    result.place = placeOf(openMatroska(*result.file), *result.offset);
+void explainPlace(const SourceOptions& options, Explanation& result) {
+    result.place = placeOf(openMatroska(*result.file, options), *result.offset);
     if (const auto* element = std::get_if<Element>(&result.place->way.back().what)) {
         result.id = element->id;
         result.info = element->info;
     }
 }
 
-void explainElement(const std::string& subject, Explanation& result) {
+void explainElement(const std::string& subject, const SourceOptions& options, Explanation& result) {
     result.info = findByName(subject);
     const std::optional<uint32_t> id =
         result.info != nullptr ? std::optional<uint32_t>(result.info->id) : parseId(subject);
     if (!id) refuse(subject);
     result.id = *id;
     result.info = FindElementInfo(*id);
-    if (result.file) result.occurrences = occurrencesOf(openMatroska(*result.file), *id);
+    if (result.file) result.occurrences = occurrencesOf(openMatroska(*result.file, options), *id);
 }
 
 }  // namespace
@@ -98,7 +98,7 @@ std::vector<std::string> pathOf(const MatroskaExtReader::ElementInfo& info) {
     return names;
 }
 
-Explanation explain(const std::string& subject, const std::string& file) {
+Explanation explain(const std::string& subject, const std::string& file, const SourceOptions& options) {
     const MuteLog mute;
     Explanation result;
     if (!file.empty()) {
@@ -106,9 +106,9 @@ Explanation explain(const std::string& subject, const std::string& file) {
         result.offset = parseNumber<uint64_t>(subject, 10);
     }
     if (result.offset)
-        explainPlace(result);
+        explainPlace(options, result);
     else
-        explainElement(subject, result);
+        explainElement(subject, options, result);
     return result;
 }
 

@@ -7,6 +7,7 @@
 
 #include "ElementGuide.h"
 #include "ElementModel.h"
+#include "SourceOptions.h"
 
 namespace mkvx {
 
@@ -36,6 +37,6 @@ std::vector<std::string> pathOf(const MatroskaExtReader::ElementInfo& info);
 
 // `subject` is an element's name, its ID in hexadecimal, or with a file a byte's offset in decimal. Throws
 // UsageFailure, with suggestions, for what is none of these, and FileFailure for a file that cannot be read.
-Explanation explain(const std::string& subject, const std::string& file);
+Explanation explain(const std::string& subject, const std::string& file, const SourceOptions& options);
 
 }  // namespace mkvx

@@ -3,9 +3,12 @@
 #include <media/stagefright/DataSource.h>
 #include <string>
 
+#include "SourceOptions.h"
+
 namespace mkvx {
 
-// openFile() for a file that begins as every Matroska or WebM file does. Throws FileFailure for another.
-android::sp<android::DataSource> openMatroska(const std::string& path);
+// openSource() for a file that begins as every Matroska or WebM file does, with a small read-ahead. Throws
+// FileFailure for another.
+android::sp<android::DataSource> openMatroska(const std::string& path, const SourceOptions& options);
 
 }  // namespace mkvx

@@ -20,11 +20,11 @@ struct Options {
     Format format = Format::kTable;
 };
 
-int run(const Options& options) {
+int run(const Globals& globals, const Options& options) {
     const MuteLog mute;
     TreeOptions tree = options.tree;
     tree.isShortened = !options.isWhole && (!tree.depth || tree.at);
-    TreeListing listing(openMatroska(options.file), tree);
+    TreeListing listing(openMatroska(options.file, globals.source), tree);
     const auto writer = makeTreeWriter(options.format, options.file, listing.fileLength(), stdout);
     while (const std::optional<TreeItem> item = listing.next()) writer->write(*item);
     writer->finish();
@@ -33,7 +33,7 @@ int run(const Options& options) {
 
 }  // namespace
 
-void addTreeCommand(CLI::App& app, const Globals&, Action& chosen) {
+void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("tree", "The element tree, with offsets, sizes and values");
     command->add_option("FILE", options->file, "The file to read")->required();
@@ -48,7 +48,8 @@ void addTreeCommand(CLI::App& app, const Globals&, Action& chosen) {
     addFormatOption(*command, options->format,
                     {{"text", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
     command->footer("Example: mkvx tree --at 5914 film.mkv");
-    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
 }
 
 }  // namespace mkvx

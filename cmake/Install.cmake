@@ -33,7 +33,12 @@ if(MKVX_BUILD_TOOL)
     COMMAND mkvx help --completion bash > ${manuals}/mkvx.bash
     COMMAND mkvx help --completion zsh > ${manuals}/_mkvx
     DEPENDS mkvx VERBATIM)
-  add_custom_target(mkvx_manuals ALL DEPENDS ${manuals}/mkvx.1.gz)
+  # A sanitizer build is not for installing.
+  set(with_everything ALL)
+  if(MKVX_SANITIZE)
+    set(with_everything "")
+  endif()
+  add_custom_target(mkvx_manuals ${with_everything} DEPENDS ${manuals}/mkvx.1.gz)
   install(FILES ${manuals}/mkvx.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
   install(FILES ${manuals}/mkvx.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
           RENAME mkvx COMPONENT runtime)

@@ -114,8 +114,9 @@ void ElementWalk::noteDamage(Element& element, const Level& level) const {
         element.notes.emplace_back("has no size: the plug-in takes it to reach to its parent's end");
 }
 
-// What later values are told by.
+// What later values are told by, where the reader takes it from.
 void ElementWalk::remember(const Element& element) {
+    if (!belongsIn(element.info, mLevels.back().parentId)) return;
     Node* node = mLevels.back().node.get();
     if (element.id == id::kSegment) mContext.segmentData = element.dataOffset;
     if (element.id == id::kCluster) mContext.clusterTime.reset();

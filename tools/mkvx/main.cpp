@@ -60,7 +60,9 @@ int main(int argc, char** argv) {
     mkvx::addSourceOptions(app, globals.source);
     app.require_subcommand(1);
     app.footer(
-        "Exit codes: 0 done; 1 a file cannot be used, or the result cannot be written; 2 wrong usage.\n"
+        "Exit codes: 0 done; 1 a file cannot be used, or the result cannot be written; 2 wrong usage; 3 to 6 "
+        "are "
+        "verdicts of check; 130 interrupted.\n"
         "Example: mkvx info film.mkv");
     app.fallthrough();
     mkvx::addCheckCommand(app, globals, chosen);

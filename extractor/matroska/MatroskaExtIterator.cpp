@@ -183,6 +183,7 @@ bool MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
 
 status_t MatroskaExtIterator::ReadPending(MediaBuffer** out) {
     BlockGroup& group = *mPendingBlocks.front();
+    mLastPosition = group.Block.DataPosition;
     MediaBuffer* buffer = ReadBlock(group, mTrack);
     const bool isVorbis = mTrack != nullptr && mTrack->IsVorbis;
     if (!isVorbis || buffer == nullptr || group.Block.DecodedFrames.empty()) PopPending();

@@ -43,6 +43,8 @@ class MatroskaExtIterator {
     // next call goes on behind it; AtEnd tells the two apart).
     status_t read(MediaBuffer** out, const MediaSource::ReadOptions* options);
     bool AtEnd() const { return mEOS && mPendingBlocks.empty(); }
+    // Where in the file the payload begins of the block that read() took last; 0 before the first.
+    uint64_t LastPosition() const { return mLastPosition; }
 
     // ---- seeking (microseconds; positions are relative to the Segment's data start) ----
     // To the first key frame of this track in the latest cued Cluster at or before `timeUs`; without usable
@@ -129,6 +131,7 @@ class MatroskaExtIterator {
     uint32_t mTrackNumber;
     const MatroskaExtReader::TrackEntry* mTrack;  // null for a number that the file does not know
     uint32_t mIndexCursor;                        // into the file's sync index, for late-frame skipping
+    uint64_t mLastPosition = 0;
     uint64_t mScannedBlocks = 0;                  // by seeks, as a measure of their work
     uint64_t mMostSeekWork = 0;                   // where the seek that runs gives up
     int64_t mLastSubtitleTrack;                   // TrackNumber of the last record queued; -1 before

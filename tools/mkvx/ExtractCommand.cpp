@@ -2,7 +2,6 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <media/stagefright/MetaData.h>
-#include <sys/stat.h>
 
 #include "Command.h"
 #include "ExtractFacts.h"
@@ -23,13 +22,6 @@ struct Options {
     ProgressStyle progress = ProgressStyle::kLine;
 };
 
-bool isSameFile(const std::string& a, const std::string& b) {
-    struct stat first {
-    }, second{};
-    return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
 ExtractUnit unitOf(android::MediaBuffer& buffer) {
     const android::sp<android::MetaData> meta = buffer.meta_data();
     ExtractUnit unit;
@@ -48,8 +40,8 @@ size_t extract(const Session& session, const TrackInfo& track, ProgressStyle sty
     ProgressState state;
     size_t units = 0;
     writer.begin();
-    const size_t unreadable = passOver(session, track, [&](android::MediaBuffer& buffer) {
-        const ExtractUnit unit = unitOf(buffer);
+    const size_t unreadable = passOver(session, track, [&](const PassedUnit& passed) {
+        const ExtractUnit unit = unitOf(passed.buffer);
         writer.write(unit);
         ++units;
         state.bytes = out.size();

@@ -37,6 +37,9 @@ class ExtractFile {
     uint64_t mSize = 0;
 };
 
+// Both paths lead to one file that exists.
+bool isSameFile(const std::string& a, const std::string& b);
+
 // Little- and big-endian numbers for the headers of the formats.
 void appendLittle(std::vector<uint8_t>& out, uint64_t value, int bytes);
 void appendText(std::vector<uint8_t>& out, const char* text);

@@ -20,19 +20,20 @@ const TrackInfo& masterOf(const Session& session, const TrackInfo& track) {
 }  // namespace
 
 size_t passOver(const Session& session, const TrackInfo& track,
-                const std::function<void(android::MediaBuffer&)>& take) {
+                const std::function<void(const PassedUnit&)>& take) {
     const bool isSubtitle = track.kind == TrackKind::kSubtitle;
     const TrackInfo& read = isSubtitle ? masterOf(session, track) : track;
     const android::sp<android::MediaExtractor> extractor = session.newExtractor();
     TrackReader reader(extractor->getTrack(read.index), session.reader().cursor(read.number));
     if (!isSubtitle) {
-        while (const BufferPtr buffer = reader.next()) take(*buffer);
+        while (const BufferPtr buffer = reader.next())
+            take({*buffer, reader.position(), reader.unreadable()});
         return reader.unreadable();
     }
     TrackReader subtitles(extractor->getTrack(track.index));
     for (bool more = true; more;) {
         more = reader.next() != nullptr;
-        while (const BufferPtr buffer = subtitles.next()) take(*buffer);
+        while (const BufferPtr buffer = subtitles.next()) take({*buffer, 0, 0});
     }
     return 0;
 }

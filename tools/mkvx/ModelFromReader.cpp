@@ -36,6 +36,7 @@ class IteratorTwin : public TwinCursor {
     }
 
     bool atEnd() const override { return mIterator.AtEnd(); }
+    uint64_t position() const override { return mIterator.LastPosition(); }
 
   private:
     // Built without an extractor, so it leaves the subtitle queue alone.

@@ -32,6 +32,8 @@ class TwinCursor {
     virtual void step() = 0;
     // The last step() found nothing more.
     virtual bool atEnd() const = 0;
+    // Where in the file the payload begins of the block that the last step() took; 0 where that is not known.
+    virtual uint64_t position() const { return 0; }
 };
 
 class OwnReader {

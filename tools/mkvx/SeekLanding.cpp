@@ -1,6 +1,7 @@
 #include "SeekLanding.h"
 
 #include <fmt/format.h>
+#include <algorithm>
 #include <charconv>
 #include <string_view>
 
@@ -9,6 +10,19 @@
 
 namespace mkvx {
 
+void ReadRanges::note(uint64_t begin, uint64_t end) {
+    mLastBegin = begin;
+    if (!mRanges.empty()) {
+        ByteRange& last = mRanges.back();
+        const bool isNear = begin <= last.end + kJoined && end + kJoined >= last.begin;
+        if (isNear || mRanges.size() == kMost) {
+            last = {std::min(last.begin, begin), std::max(last.end, end)};
+            return;
+        }
+    }
+    mRanges.push_back({begin, end});
+}
+
 LandingProbe::LandingProbe(const Session& session, const TrackInfo& track)
     : mTrack(track), mBytes(new CountingSource(session.newBytes())) {
     const android::sp<android::MediaExtractor> extractor = session.plugin().open(mBytes, nullptr);
@@ -16,14 +30,19 @@ LandingProbe::LandingProbe(const Session& session, const TrackInfo& track)
     if (mSource == nullptr || mSource->start() != android::OK)
         throw FileFailure(session.info().path,
                           fmt::format("the source of track {} does not start", track.index));
+    mBytes->observe([this](off64_t offset, size_t, ssize_t got) {
+        if (got > 0) mRanges.note(uint64_t(offset), uint64_t(offset) + uint64_t(got));
+    });
 }
 
 LandingProbe::~LandingProbe() {
     mSource->stop();
+    mBytes->observe(nullptr);
 }
 
 Landing LandingProbe::read(const android::MediaSource::ReadOptions* options) {
     const uint64_t readsBefore = mBytes->reads(), bytesBefore = mBytes->bytes();
+    mRanges.clear();
     android::MediaBuffer* buffer = nullptr;
     Landing landing;
     if (mSource->read(&buffer, options) == android::OK && buffer != nullptr) {
@@ -32,6 +51,8 @@ Landing LandingProbe::read(const android::MediaSource::ReadOptions* options) {
     }
     landing.reads = mBytes->reads() - readsBefore;
     landing.readBytes = mBytes->bytes() - bytesBefore;
+    landing.position = mRanges.lastBegin();
+    landing.ranges = mRanges.ranges();
     return landing;
 }
 

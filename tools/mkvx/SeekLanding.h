@@ -14,10 +14,35 @@
 
 namespace mkvx {
 
+// Bytes of a source: from `begin` up to but not including `end`.
+struct ByteRange {
+    uint64_t begin = 0, end = 0;
+};
+
+// What reads have touched, in the order of reading: those that follow each other within kJoined bytes are one
+// range, and beyond kMost ranges the last one is stretched.
+class ReadRanges {
+  public:
+    static constexpr uint64_t kJoined = 256;
+    static constexpr size_t kMost = 32;
+
+    void note(uint64_t begin, uint64_t end);
+    const std::vector<ByteRange>& ranges() const { return mRanges; }
+    // Where the last read began.
+    uint64_t lastBegin() const { return mLastBegin; }
+    void clear() { *this = {}; }
+
+  private:
+    std::vector<ByteRange> mRanges;
+    uint64_t mLastBegin = 0;
+};
+
 struct Landing {
     std::optional<Unit> unit;  // nothing: the source answered end of stream
     uint64_t reads = 0;        // requests to the byte source
     uint64_t readBytes = 0;
+    uint64_t position = 0;          // in the file, of the last of them: the unit's payload
+    std::vector<ByteRange> ranges;  // what these reads touched
 };
 
 // One started source of one track, on an extractor and a view of the bytes of its own, so that nobody else's
@@ -34,6 +59,7 @@ class LandingProbe {
     const TrackInfo& mTrack;
     android::sp<CountingSource> mBytes;
     android::sp<android::MediaSource> mSource;
+    ReadRanges mRanges;
     Sha1 mSha1;
 };
 

@@ -35,7 +35,7 @@ bool TrackReader::endedEarly() {
     return readOnce() != nullptr;
 }
 
-Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer, Sha1& sha1) {
+Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer) {
     const android::sp<android::MetaData> meta = buffer.meta_data();
     Unit unit;
     unit.track = track.index;
@@ -47,6 +47,11 @@ Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer, Sha1& sh
     if (track.kind == TrackKind::kSubtitle && meta->findInt64(android::kKeySubtitleEnd, &endUs))
         unit.endUs = endUs;
     unit.size = buffer.range_length();
+    return unit;
+}
+
+Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer, Sha1& sha1) {
+    Unit unit = describeUnit(track, buffer);
     unit.sha1 = sha1.hex(static_cast<const uint8_t*>(buffer.data()) + buffer.range_offset(), unit.size);
     return unit;
 }

@@ -32,6 +32,8 @@ class TrackReader {
     BufferPtr next();
     // Answers that were no unit and not the end; counted only with a twin.
     size_t unreadable() const { return mUnreadable; }
+    // Where in the file the payload begins of the block that the last unit came from; 0 without a twin.
+    uint64_t position() const { return mTwin ? mTwin->position() : 0; }
     // After next() gave null without a twin: does the source go on? Reads one unit further to find out, so a
     // run of two unreadable units passes for the end.
     bool endedEarly();
@@ -44,7 +46,8 @@ class TrackReader {
     size_t mUnreadable = 0;
 };
 
-// The model's view of a delivered buffer.
+// The model's view of a delivered buffer, but for its digest.
+Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer);
 Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer, Sha1& sha1);
 
 }  // namespace mkvx

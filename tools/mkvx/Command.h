@@ -31,6 +31,7 @@ void addDecodeCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addCheckCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addCostCommand(CLI::App& app, const Globals& globals, Action& chosen);
+void addReportCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen);
 void addExplainCommand(CLI::App& app, const Globals& globals, Action& chosen);

@@ -75,6 +75,7 @@ int main(int argc, char** argv) {
     mkvx::addDecodeCommand(app, globals, chosen);
     mkvx::addExtractCommand(app, globals, chosen);
     mkvx::addCostCommand(app, globals, chosen);
+    mkvx::addReportCommand(app, globals, chosen);
     mkvx::addBenchCommand(app, globals, chosen);
     mkvx::addTreeCommand(app, globals, chosen);
     mkvx::addExplainCommand(app, globals, chosen);

@@ -1,0 +1,165 @@
+"""The page that mkvx report makes, as a reader's browser shows it."""
+import json
+import re
+
+import pytest
+from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.keys import Keys
+
+from conftest import run
+import craft
+
+
+def clock(us):
+    ms = us // 1000
+    return '%02d:%02d:%02d.%03d' % (ms // 3600000, ms // 60000 % 60, ms // 1000 % 60, ms % 1000)
+
+
+def units_of(path, track):
+    lines = run('packets', '--all', '--track', track, '--format', 'jsonl', path).stdout.splitlines()
+    return [json.loads(line) for line in lines]
+
+
+# How many strokes a chart of a track has in one of its lanes.
+STROKES = '''const path = document.querySelectorAll('figure.track')[arguments[0]].querySelector('path.' + arguments[1]);
+             return (path.getAttribute('d') || '').split('M').length - 1;'''
+# Of text on what is behind it, as WCAG computes it.
+CONTRAST = '''const rgb = color => color.match(/[0-9.]+/g).slice(0, 3).map(v => v / 255)
+                .map(v => v <= 0.04045 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4);
+              const light = color => { const [r, g, b] = rgb(color); return 0.2126 * r + 0.7152 * g + 0.0722 * b; };
+              const behind = e => getComputedStyle(e).backgroundColor === 'rgba(0, 0, 0, 0)' && e.parentElement
+                ? behind(e.parentElement) : getComputedStyle(e).backgroundColor;
+              return Math.min(...[...document.querySelectorAll(arguments[0])].map(e => {
+                const [a, b] = [light(getComputedStyle(e)[arguments[1]]), light(behind(e))].sort((x, y) => y - x);
+                return (a + 0.05) / (b + 0.05); }));'''
+
+
+@pytest.mark.parametrize('scheme', ['light', 'dark'])
+@pytest.mark.parametrize('width', [390, 1280])
+def test_loads_alone_and_is_legible(browser, report, sample, width, scheme):
+    assert browser.open(report(sample), width, scheme) == ([], [])
+    assert browser.run('return document.documentElement.scrollWidth') <= width
+    assert browser.run(CONTRAST, 'h1, h2, p, dt, dd, th, td, a, summary, figcaption span, button, .state', 'color') >= 4.5
+    assert browser.run(CONTRAST, 'svg text', 'fill') >= 4.5
+    assert browser.run(CONTRAST, 'svg .keys, svg .cues, svg .entries, svg .clusters', 'stroke') >= 3
+    cut = browser.run('''return [...document.querySelectorAll('svg text')].filter(e => {
+        const text = e.getBoundingClientRect(), box = e.closest('figure').getBoundingClientRect();
+        return text.left < box.left - 1 || text.right > box.right + 1; }).map(e => e.textContent)''')
+    assert cut == []
+
+
+def test_key_frames_are_those_that_are_delivered(browser, report, sample):
+    browser.open(report(sample))
+    for track in 0, 1, 2:
+        units = units_of(sample, track)
+        keys = sum(unit['sync'] for unit in units)
+        assert browser.run(STROKES, track, 'keys') == keys > 0
+        caption = browser.run("return document.querySelectorAll('figure.track figcaption')[arguments[0]].textContent", track)
+        assert f'{len(units)} units' in caption and f'{keys} key frames' in caption
+
+
+def test_pointing_and_keys_tell_a_unit(browser, report, sample, tmp_path):
+    browser.open(report(sample))
+    # The video as an elementary stream, in which a unit differs from the file only by its start codes.
+    assert run('extract', '--track', 0, '-o', tmp_path / 'video.h264', sample).returncode == 0
+    stream = (tmp_path / 'video.h264').read_bytes()
+    known = {clock(unit['time_us']): unit for unit in units_of(sample, 0)}
+    chart = browser.driver.find_element('css selector', 'figure.track svg')
+    tip = browser.driver.find_element('id', 'tip')
+    for move in -200, 0, 123:
+        ActionChains(browser.driver).move_to_element_with_offset(chart, move, 0).perform()
+        time, size, place = re.match(r'(\S+) · (?:no )?key frame\n([\d,]+) bytes? at byte ([\d,]+)\ntrack 0', tip.text).groups()
+        unit = known[time]
+        assert int(size.replace(',', '')) == unit['size'] and ('no key frame' in tip.text) == (not unit['sync'])
+        assert sample.read_bytes()[int(place.replace(',', '')) + 4:][:16] in stream
+    chart.send_keys(Keys.SHIFT + Keys.ARROW_LEFT)
+    assert 'no key frame' not in tip.text and browser.text('#spoken') == tip.text.replace('\n', ', ')
+
+
+def test_zoom_shows_less_and_all_again(browser, report, sample):
+    browser.open(report(sample))
+    whole = browser.text('#zoom-range'), browser.run(STROKES, 1, 'keys')
+    for _ in range(3):
+        browser.driver.find_element('id', 'zoom-in').click()
+    assert 0 < browser.run(STROKES, 1, 'keys') < whole[1] / 4 and browser.text('#zoom-range') != whole[0]
+    browser.driver.find_element('id', 'zoom-all').click()
+    assert (browser.text('#zoom-range'), browser.run(STROKES, 1, 'keys')) == whole
+
+
+def with_seek_head(tracks, media, extras):
+    """What follows the tracks: a SeekHead for what stands behind the media, the media, and that."""
+    def seek_head(start):
+        entries = []
+        for extra in extras:
+            entries.append(craft.element(0x4DBB, craft.element(0x53AB, extra[:4]) + craft.element(0x53AC, start.to_bytes(8, 'big'))))
+            start += len(extra)
+        return craft.element(0x114D9B74, b''.join(entries))
+    before = len(craft.matroska(tracks)) - craft.matroska(tracks).index(craft.number(0x1549A966))
+    return [seek_head(before + len(seek_head(0)) + len(media)), media, *extras]
+
+
+EVIL = '</script><script>window.caught=1</script><img src=x onerror="window.caught=1">{{script}}'
+
+
+def test_texts_of_the_file_stay_texts(browser, report):
+    chapter = craft.element(0xB6, craft.uint(0x91, 0) + craft.element(0x80, craft.text(0x85, EVIL)))
+    attached = craft.element(0x61A7, craft.text(0x466E, EVIL) + craft.text(0x4660, EVIL) + craft.element(0x465C, b'x'))
+    # The name of a track stands for its language, without its last character.
+    tracks = [craft.audio(1, 'A_MPEG/L3', craft.name(EVIL + '!')), craft.audio(2, EVIL)]
+    media = craft.cluster(0, craft.simple_block(1, 0, b'sound'))
+    extras = [craft.element(0x1043A770, craft.element(0x45B9, chapter)), craft.element(0x1941A469, attached)]
+    page = report(craft.matroska(tracks, *with_seek_head(tracks, media, extras)), name=EVIL.replace('/', '\u2215') + '.mka')
+    assert browser.open(page) == ([], [])
+    assert browser.run('return [window.caught === undefined, document.images.length, document.scripts.length]') == [True, 0, 3]
+    for selector in '#track-table', '#chapter-table', '#attachment-table':
+        assert EVIL in browser.text(selector)
+    assert '<img' in browser.text('h1')
+    # What did get in could do nothing: the page's policy stops scripts and requests.
+    blocked = browser.driver.execute_async_script('''const done = arguments[0], seen = [];
+        addEventListener('securitypolicyviolation', event => { seen.push(event.effectiveDirective); if (seen.length === 2) done(seen); });
+        const box = document.body.appendChild(document.createElement('div'));
+        box.innerHTML = '<p onclick="window.caught=1"></p><img src="http://127.0.0.1:9/x">';''')
+    assert sorted(blocked) == ['img-src', 'script-src-attr']
+
+
+def many_units(count):
+    cluster = [craft.cluster(1000 * i, *(craft.simple_block(1, t, b'sound') for t in range(0, 1000, 10)))
+               for i in range(count // 100)]
+    return craft.matroska([craft.audio(1, 'A_MPEG/L3')], *cluster, duration_ms=10.0 * count)
+
+
+def test_page_stays_small(browser, report):
+    page = report(many_units(100000))
+    assert page.stat().st_size < 1.5e6
+    assert browser.open(page) == ([], [])
+    assert '100,000 units' in browser.text('#charts') and '1 of 8 key frames' in browser.text('#charts')
+
+
+LACE = craft.simple_block(1, 1, b'\1\xff\xff\xff\x10short', lacing=1)
+GOOD = craft.simple_block(1, 0, b'good')
+LONG = craft.simple_block(1, 0, b'long' * 4096)
+AUDIO = [craft.audio(1, 'A_MPEG/L3')]
+
+
+@pytest.mark.parametrize('file, section, told', [
+    (craft.matroska(AUDIO, craft.cluster(0, GOOD), b'\0' * 1021, craft.cluster(9, LONG)), '#layout', r'next element[\d,]+?1,022$'),
+    (craft.matroska(AUDIO, craft.cluster(0, GOOD, LACE, GOOD)), '#charts', '1 block could not be read: a player stops after 00:00:00.000'),
+    (craft.matroska(AUDIO, craft.cluster(0, GOOD))[:-3], '#layout', r'goes on behind the end of the file[\d,]+3'),
+    (craft.matroska([craft.audio(1, 'A_UNHEARD')], craft.cluster(0, GOOD)), '#track-table', 'dropped.*A_UNHEARD'),
+    (craft.matroska([craft.audio(1, 'A_VORBIS', craft.private(b''))], craft.cluster(0, GOOD)), '#verdict', 'stops the media process'),
+    (craft.matroska(AUDIO, duration_ms=0.0), '#seeking', 'ends the stream'),
+], ids=['damage', 'unreadable block', 'cut off', 'dropped', 'stops', 'empty'])
+def test_what_is_wrong_is_said(browser, report, file, section, told):
+    assert browser.open(report(file)) == ([], [])
+    assert re.search(told, browser.text(section).strip(), re.S), browser.text(section)
+
+
+@pytest.mark.parametrize('args, code', [(['{file}', '-o', '{file}'], 2), (['{file}'], 2), (['{text}', '-o', '{out}'], 1),
+                                        (['{file}', '-o', '/no/such/folder/x.html'], 1)])
+def test_failures_leave_nothing(tmp_path, sample, args, code):
+    file, text, out = tmp_path / 'film.mkv', tmp_path / 'text.mkv', tmp_path / 'out.html'
+    file.write_bytes(sample.read_bytes())
+    text.write_bytes(b'no film')
+    done = run('report', *(arg.format(file=file, text=text, out=out) for arg in args))
+    assert done.returncode == code and done.stderr.startswith('mkvx: ') and done.stderr.count('\n') == 1
+    assert not out.exists() and file.read_bytes() == sample.read_bytes()

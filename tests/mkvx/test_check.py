@@ -139,7 +139,7 @@ CASES = {
 }
 EXITS = {'plays': 0, 'no_matroska': 1, 'unreadable': 1, 'plays_with_losses': 3, 'nothing_plays': 4,
          'stops_the_media_process': 5, 'undecided': 6}
-SCHEMA = Path(__file__).parents[2] / 'docs/check.schema.json'
+SCHEMA = Path(__file__).parents[2] / 'docs/schemas/check.schema.json'
 
 
 @pytest.fixture(scope='module')

@@ -34,7 +34,7 @@ def test_info_json(mkvx, film):
     rate = film.stat().st_size * 8 // 10
     esds = run.json()['tracks'][1]['config']['esds']
     assert esds.startswith('03') and 'abcd' in esds
-    assert run.json() == {'container_mime': 'video/x-matroska', 'tracks': [
+    assert run.json() == {'mkvx': 1, 'container_mime': 'video/x-matroska', 'tracks': [
         {'index': 0, 'number': 7, 'type': 'video', 'mime': 'video/hevc', 'width': 64, 'height': 48,
          'language': 'First\x1b[2J\ufffd', 'duration_us': 10000000, 'bit_rate': rate,
          'thumbnail_us': 2500000, 'config': {'hvcc': HVCC.hex()}},
@@ -132,7 +132,7 @@ def test_stop_at_an_unreadable_unit_is_told(mkvx, write):
 def test_no_track_offered(mkvx, write):
     path = write('unknown.mkv', craft.matroska([craft.video(1, 'V_UNSEEN'), craft.audio(2, 'A_UNHEARD')]))
     run = mkvx('info', '--format', 'json', path)
-    assert run.code == 0 and run.json() == {'container_mime': 'video/x-matroska', 'tracks': []}
+    assert run.code == 0 and run.json() == {'mkvx': 1, 'container_mime': 'video/x-matroska', 'tracks': []}
     assert 'none of its 2 tracks is offered' in run.err
 
 
@@ -142,9 +142,9 @@ def test_sniff(mkvx, write, film):
     run = mkvx('sniff', '--format', 'json', film, webm, other, '/no/such/file')
     assert run.code == 1 and run.err.count('\n') == 2 and str(other) in run.err and '/no/such/file' in run.err
     mime = 'video/x-matroska_ext'
-    assert run.lines() == [{'file': str(film), 'claimed': True, 'mime': mime, 'confidence': 0.91},
-                           {'file': str(webm), 'claimed': True, 'mime': mime, 'confidence': 0.5},
-                           {'file': str(other), 'claimed': False}]
+    assert run.lines() == [{'mkvx': 1, 'file': str(film), 'claimed': True, 'mime': mime, 'confidence': 0.91},
+                           {'mkvx': 1, 'file': str(webm), 'claimed': True, 'mime': mime, 'confidence': 0.5},
+                           {'mkvx': 1, 'file': str(other), 'claimed': False}]
     table = mkvx('sniff', webm)
     assert table.code == 0 and table.out.splitlines()[1].split() == [mime, '0.50', str(webm)]
 

@@ -1,13 +1,14 @@
 // mkvx bench open|demux|seek FILE: how long the reader takes, as one JSON line that a benchmark run collects.
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "BenchSource.h"
 #include "BenchTimer.h"
 #include "BenchWork.h"
 #include "Command.h"
 #include "Failure.h"
+#include "FormatOption.h"
+#include "Json.h"
 #include "OpenSource.h"
 #include "Spool.h"
 
@@ -18,7 +19,8 @@ constexpr size_t kSeeks = 200;
 
 struct Options {
     std::string work, file, source = "mem";
-    bool crc = false, once = false, reads = false, json = false;
+    bool crc = false, once = false, reads = false;
+    Format format = Format::kTable;
 };
 
 using Source = android::sp<android::DataSource>;
@@ -50,16 +52,16 @@ uint64_t operationsIn(const Options& options, const Tally& sum) {
     return options.work == "open" ? 1 : sum.units;
 }
 
-nlohmann::ordered_json tracksJson(const Tallies& tallies) {
-    auto tracks = nlohmann::ordered_json::array();
+Json tracksJson(const Tallies& tallies) {
+    auto tracks = Json::array();
     for (const Tally& tally : tallies)
         tracks.push_back({tally.units, tally.bytes, tally.keys, fmt::format("{:08x}", tally.crc)});
     return tracks;
 }
 
-nlohmann::ordered_json resultJson(const Options& options, const Repeats& repeats, const Tallies& tallies) {
+Json resultJson(const Options& options, const Repeats& repeats, const Tallies& tallies) {
     const Tally sum = sumOf(tallies);
-    nlohmann::ordered_json line;
+    Json line = newResult();
     line["op"] = options.work;
     line["file"] = options.file.substr(options.file.rfind('/') + 1);
     line["source"] = options.source;
@@ -75,7 +77,7 @@ nlohmann::ordered_json resultJson(const Options& options, const Repeats& repeats
 }
 
 // One more pass, whose time is not taken: counting would be in it.
-void addReads(nlohmann::ordered_json& line, const Options& options, const Source& source) {
+void addReads(Json& line, const Options& options, const Source& source) {
     const android::sp<CountingSource> counting = new CountingSource(source);
     Tallies ignored;
     runOnce(options, counting, ignored);
@@ -107,13 +109,13 @@ int run(const Globals& globals, const Options& options) {
     Tallies tallies;
     const Repeats repeats = repeat(limitsFor(options), [&] { return runOnce(options, source, tallies); });
     const long peakKb = peakMemoryKb();
-    nlohmann::ordered_json line = resultJson(options, repeats, tallies);
+    Json line = resultJson(options, repeats, tallies);
     line["rss_kb"] = peakKb;
     line["rss0_kb"] = residentKb;
     if (options.reads && repeats.ok) addReads(line, options, source);
     line["tracks"] = tracksJson(tallies);
-    if (!options.json) fmt::print("{}\n", sentence(options, repeats, tallies));
-    fmt::print("{}\n", line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    if (options.format != Format::kJson) fmt::print("{}\n", sentence(options, repeats, tallies));
+    fmt::print("{}\n", dump(line));
     if (!repeats.ok) throw FileFailure(options.file, "cannot be used for bench " + options.work);
     return kExitDone;
 }
@@ -134,8 +136,10 @@ void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     command->add_flag("--crc", options->crc, "CRC-32 of each track's payloads");
     command->add_flag("--once", options->once, "A single pass");
     command->add_flag("--reads", options->reads, "Count the reads of the source in one more pass");
-    command->add_flag("--json", options->json, "Only the JSON line");
-    command->footer("Example: mkvx bench demux film.mkv --source pread --json");
+    addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
+    command->add_flag_callback(
+        "--json", [options] { options->format = Format::kJson; }, "Only the JSON line, as --format json");
+    command->footer("Example: mkvx bench demux film.mkv --source pread --format json");
     command->callback([&globals, &chosen, options] {
         if (isUrl(options->file)) options->source = "url";
         chosen = [&globals, options] { return run(globals, *options); };

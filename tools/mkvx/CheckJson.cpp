@@ -1,18 +1,12 @@
 #include "CheckJson.h"
 
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 
 #include "Digest.h"
+#include "Json.h"
 
 namespace mkvx {
 namespace {
-
-using Json = nlohmann::ordered_json;  // members in the documented order
-
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 std::vector<uint8_t> fromHex(const std::string& hex) {
     std::vector<uint8_t> bytes;
@@ -172,13 +166,15 @@ CheckedFile readFile(const Json& json) {
 }  // namespace
 
 std::string toJsonLine(const CheckedFile& checked) {
-    Json json{{"mkvx", kCheckFormatVersion}};
+    Json json = newResult();
     json.update(fileJson(checked));
     return dump(json);
 }
 
 std::string toJson(const std::vector<CheckedFile>& files, Verdict worst, bool isComplete) {
-    Json json{{"mkvx", kCheckFormatVersion}, {"verdict", toString(worst)}, {"complete", isComplete}};
+    Json json = newResult();
+    json["verdict"] = toString(worst);
+    json["complete"] = isComplete;
     json["files"] = Json::array();
     for (const CheckedFile& file : files) json["files"].push_back(fileJson(file));
     return dump(json);

@@ -1,5 +1,5 @@
-// The examination's result as JSON, as docs/check.schema.json describes it, and back: the child that examines
-// a file hands its result over in the same form that programs get.
+// The examination's result as JSON, as docs/schemas/check.schema.json describes it, and back: the child that
+// examines a file hands its result over in the same form that programs get.
 #pragma once
 #include <string>
 #include <vector>
@@ -7,8 +7,6 @@
 #include "CheckModel.h"
 
 namespace mkvx {
-
-constexpr int kCheckFormatVersion = 1;
 
 // One object in one line, without a line feed.
 std::string toJsonLine(const CheckedFile& checked);

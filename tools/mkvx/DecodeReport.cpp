@@ -1,14 +1,12 @@
 #include "DecodeReport.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
+#include "Json.h"
 #include "Text.h"
 
 namespace mkvx {
 namespace {
-
-using Json = nlohmann::ordered_json;  // members in the documented order
 
 Json trackJson(const DecodedTrack& track) {
     Json object;
@@ -52,10 +50,10 @@ void renderDecoded(const std::vector<DecodedTrack>& tracks, Format format, std::
         fmt::print(out, "{}", table(tracks));
         return;
     }
-    Json object;
+    Json object = newResult();
     object["tracks"] = Json::array();
     for (const DecodedTrack& track : tracks) object["tracks"].push_back(trackJson(track));
-    fmt::print(out, "{}\n", object.dump(-1, ' ', false, Json::error_handler_t::replace));
+    fmt::print(out, "{}\n", dump(object));
 }
 
 }  // namespace mkvx

@@ -6,8 +6,10 @@
 #include "Command.h"
 #include "ExtractFacts.h"
 #include "ExtractPass.h"
+#include "ExtractReport.h"
 #include "ExtractWriter.h"
 #include "Failure.h"
+#include "FormatOption.h"
 #include "Progress.h"
 #include "Text.h"
 #include "matroska/MetaDataKeys.h"
@@ -20,6 +22,7 @@ struct Options {
     size_t track = 0;
     std::string out;
     ProgressStyle progress = ProgressStyle::kLine;
+    Format format = Format::kTable;
 };
 
 ExtractUnit unitOf(android::MediaBuffer& buffer) {
@@ -32,29 +35,29 @@ ExtractUnit unitOf(android::MediaBuffer& buffer) {
     return unit;
 }
 
-// How many units were written.
-size_t extract(const Session& session, const TrackInfo& track, ProgressStyle style, ExtractWriter& writer,
-               ExtractFile& out) {
+ExtractedTrack extract(const Session& session, const TrackInfo& track, ProgressStyle style,
+                       ExtractWriter& writer, ExtractFile& out) {
     Progress progress(out.path(), style);
     const int64_t durationUs = track.durationUs.value_or(0);
     ProgressState state;
-    size_t units = 0;
+    ExtractedTrack done{session.info().path, track.index, out.path(), writer.form()};
     writer.begin();
-    const size_t unreadable = passOver(session, track, [&](const PassedUnit& passed) {
+    done.unreadable = passOver(session, track, [&](const PassedUnit& passed) {
         const ExtractUnit unit = unitOf(passed.buffer);
         writer.write(unit);
-        ++units;
+        ++done.units;
         state.bytes = out.size();
         if (durationUs > 0) state.share = double(unit.timeUs) / double(durationUs);
         progress.reach(state);
     });
-    if (unreadable > 0)
+    if (done.unreadable > 0)
         fmt::print(stderr, "mkvx: {}: track {}: {} units could not be read\n", session.info().path,
-                   track.index, unreadable);
-    if (units == 0) throw ExtractRefusal("it delivers no unit");
+                   track.index, done.unreadable);
+    if (done.units == 0) throw ExtractRefusal("it delivers no unit");
     writer.finish();
     out.close();
-    return units;
+    done.bytes = out.size();
+    return done;
 }
 
 int run(const Globals& globals, const Options& options) {
@@ -70,8 +73,7 @@ int run(const Globals& globals, const Options& options) {
     ExtractFile out(options.out);
     try {
         const ExtractWriterPtr writer = makeExtractWriter(facts, out);
-        const size_t units = extract(session, track, options.progress, *writer, out);
-        fmt::print("{}: {}, {} units, {} bytes\n", options.out, writer->form(), units, out.size());
+        renderExtracted(extract(session, track, options.progress, *writer, out), options.format, stdout);
     } catch (const ExtractRefusal& refusal) {
         throw FileFailure(options.file, fmt::format("track {}: {}", track.index, printable(refusal.what())));
     }
@@ -89,6 +91,7 @@ void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen) {
         ->required();
     command->add_option("-o,--output", options->out, "The file to write")->required();
     addProgressOption(*command, options->progress);
+    addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
     command->footer("Example: mkvx extract --track 1 -o film.aac film.mkv");
     command->callback(
         [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });

@@ -1,12 +1,12 @@
 // mkvx index FILE: the sync index, where it comes from, and where it is coarse.
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
 #include "IndexModel.h"
+#include "Json.h"
 #include "Session.h"
 #include "SeekLanding.h"
 #include "Text.h"
@@ -21,19 +21,19 @@ struct Options {
 };
 
 void printJson(const Options& options, const IndexReport& report, const std::vector<IndexGap>& gaps) {
-    nlohmann::ordered_json json;
+    Json json = newResult();
     json["file"] = printable(options.file);
     json["source"] = report.source;
     json["duration_us"] = report.durationUs;
     json["master_track"] = report.masterTrack;
     json["points"] = report.points;
     json["master_points"] = report.masterPoints;
-    json["entries"] = nlohmann::ordered_json::array();
+    json["entries"] = Json::array();
     for (const IndexEntry& entry : report.entries)
         json["entries"].push_back({{"time_us", entry.timeUs}, {"position", entry.position}});
-    json["coarse"] = nlohmann::ordered_json::array();
+    json["coarse"] = Json::array();
     for (const IndexGap& gap : gaps) json["coarse"].push_back({{"from_us", gap.fromUs}, {"to_us", gap.toUs}});
-    fmt::print("{}\n", json.dump());
+    fmt::print("{}\n", dump(json));
 }
 
 const char* describeSource(const IndexReport& report) {

@@ -31,11 +31,14 @@ Landing readAt(const Session& session, const Options& options, const TrackInfo& 
 }
 
 void print(const Options& options, const Landing& onTime, const Landing& late) {
-    const std::string due = onTime.unit ? std::to_string(onTime.unit->timeUs) : "null";
-    if (options.format == Format::kJsonLines) {
-        fmt::print(R"({{"track":{},"at":{},"by_us":{},"due_us":{},{}}})"
-                   "\n",
-                   options.track, options.at, options.byUs, due, landingFields(late));
+    if (options.format != Format::kTable) {
+        Json object = newResult();
+        object["track"] = options.track;
+        object["at"] = options.at;
+        object["by_us"] = options.byUs;
+        object["due_us"] = onTime.unit ? Json(onTime.unit->timeUs) : Json(nullptr);
+        addLanding(object, late);
+        fmt::print("{}\n", dump(object));
         return;
     }
     constexpr auto kRight = TextTable::Align::kRight;
@@ -72,7 +75,8 @@ void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen) {
         ->required();
     command->add_option("--at", options->at, "Be late at the unit with this index, from 0")->required();
     command->add_option("--by", options->byUs, "How late, in microseconds")->required();
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"jsonl", Format::kJsonLines}});
+    addFormatOption(*command, options->format,
+                    {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
     command->footer("Example: mkvx late --track 0 --at 20 --by 500000 film.mkv");
     command->callback(
         [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });

@@ -23,7 +23,9 @@ struct Options {
 class Listing {
   public:
     Listing(const Session& session, const Options& options)
-        : mSession(session), mOptions(options), mWriter(makeUnitWriter(options.format, stdout)) {}
+        : mSession(session),
+          mOptions(options),
+          mWriter(makeUnitWriter(options.format, options.file, stdout)) {}
 
     void list(const TrackInfo& track) {
         if (track.kind == TrackKind::kSubtitle)
@@ -31,6 +33,7 @@ class Listing {
         else
             listTrack(track);
     }
+    void finish() { mWriter->finish(); }
 
   private:
     std::unique_ptr<TwinCursor> twin(const TrackInfo& track) const {
@@ -117,6 +120,7 @@ int run(const Globals& globals, const Options& options) {
     Listing listing(session, options);
     for (const TrackInfo& track : tracks)
         if (!options.track || *options.track == track.index) listing.list(track);
+    listing.finish();
     return kExitDone;
 }
 
@@ -133,7 +137,10 @@ void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     command->add_flag("--all", options->all,
                       "Go on past units that cannot be read; a player stops at the first");
     addFormatOption(*command, options->format,
-                    {{"table", Format::kTable}, {"jsonl", Format::kJsonLines}, {"csv", Format::kCsv}});
+                    {{"table", Format::kTable},
+                     {"json", Format::kJson},
+                     {"jsonl", Format::kJsonLines},
+                     {"csv", Format::kCsv}});
     command->footer("Example: mkvx packets --track 0 --limit 10 film.mkv");
     command->callback(
         [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });

@@ -4,6 +4,7 @@
 #pragma once
 #include <cstdio>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "Model.h"
@@ -28,9 +29,11 @@ class UnitWriter {
   public:
     virtual ~UnitWriter() = default;
     virtual void write(const Unit& unit) = 0;
+    // Behind the last unit. Without it, JSON stays open: what broke off does not look whole.
+    virtual void finish() {}
 };
 
-// kTable, kJsonLines or kCsv; the title line, where the format has one, is printed at once.
-std::unique_ptr<UnitWriter> makeUnitWriter(Format format, std::FILE* out);
+// What stands in front of the units is printed at once. `file` is the name that JSON tells.
+std::unique_ptr<UnitWriter> makeUnitWriter(Format format, const std::string& file, std::FILE* out);
 
 }  // namespace mkvx

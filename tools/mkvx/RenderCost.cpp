@@ -1,14 +1,12 @@
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "CostModel.h"
+#include "Json.h"
 #include "Render.h"
 #include "Text.h"
 
 namespace mkvx {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string numberText(uint64_t value) {
     return std::to_string(value);
@@ -41,8 +39,7 @@ Json ledgerJson(const CostLedgerResult& ledger, const CostOptions& options) {
 }
 
 void printJson(const CostReport& report, std::FILE* out) {
-    Json json;
-    json["mkvx"] = 1;
+    Json json = newResult();
     json["file"] = report.path;
     if (report.size) json["size"] = *report.size;
     json["latency_ms"] = report.options.latencyMs;
@@ -53,7 +50,7 @@ void printJson(const CostReport& report, std::FILE* out) {
     if (report.seekTrack) json["seek_track"] = *report.seekTrack;
     json["ledgers"] = Json::array();
     for (const auto& ledger : report.ledgers) json["ledgers"].push_back(ledgerJson(ledger, report.options));
-    fmt::print(out, "{}\n", json.dump(-1, ' ', false, Json::error_handler_t::replace));
+    fmt::print(out, "{}\n", dump(json));
 }
 
 std::string stageText(const CostReport& report, CostStage stage) {

@@ -1,18 +1,21 @@
 #include "RenderDocument.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
+#include "Json.h"
 #include "Text.h"
 
 namespace mkvx {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+// What chapters and attachments begin with.
+Json newDocumentResult(const std::string& file, bool isReached) {
+    Json object = newResult();
+    object["file"] = file;
+    object["reached"] = isReached;
+    return object;
 }
 
 // ---- chapters
@@ -114,7 +117,7 @@ void renderChapters(const ChaptersReport& report, Format format, std::FILE* out)
         fmt::print(out, "{}", chaptersTable(report));
         return;
     }
-    Json object = {{"mkvx", 1}, {"file", report.file}, {"reached", report.isReached}};
+    Json object = newDocumentResult(report.file, report.isReached);
     object["editions"] = Json::array();
     for (const auto& edition : report.editions)
         object["editions"].push_back({{"chapters", chaptersJson(edition)}});
@@ -127,7 +130,7 @@ void renderAttachments(const AttachmentsReport& report, Format format, std::FILE
         printSaved(report, out);
         return;
     }
-    Json object = {{"mkvx", 1}, {"file", report.file}, {"reached", report.isReached}};
+    Json object = newDocumentResult(report.file, report.isReached);
     object["attachments"] = Json::array();
     for (const AttachmentInfo& file : report.attachments)
         object["attachments"].push_back(attachmentJson(file));

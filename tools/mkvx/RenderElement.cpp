@@ -10,7 +10,6 @@
 namespace mkvx {
 namespace {
 
-using Json = nlohmann::ordered_json;
 namespace id = MatroskaExtReader::id;
 
 constexpr int64_t kYear2001 = 978307200;  // seconds since 1970

@@ -1,10 +1,10 @@
 // Elements as text and as JSON: what the tree and its explanations have in common. Texts of the file come out
 // printable.
 #pragma once
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "ElementModel.h"
+#include "Json.h"
 
 namespace mkvx {
 
@@ -17,6 +17,6 @@ std::string sizeText(const Element& element);
 std::string hexBytes(const std::vector<uint8_t>& bytes);
 
 // The members offset, header, size, end, id, name, type, value, meaning, block and notes, where they apply.
-nlohmann::ordered_json elementJson(const Element& element);
+Json elementJson(const Element& element);
 
 }  // namespace mkvx

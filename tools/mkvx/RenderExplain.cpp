@@ -3,13 +3,12 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "Json.h"
 #include "RenderElement.h"
 #include "Text.h"
 
 namespace mkvx {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // ---- text
 
@@ -111,7 +110,7 @@ void setMeaning(const Explanation& explanation, Json& object) {
 }
 
 Json toJson(const Explanation& explanation) {
-    Json object = {{"mkvx", 1}};
+    Json object = newResult();
     if (explanation.file) object["file"] = *explanation.file;
     if (explanation.offset) object["offset"] = *explanation.offset;
     setMeaning(explanation, object);
@@ -122,10 +121,6 @@ Json toJson(const Explanation& explanation) {
     for (const Element& element : explanation.occurrences->first)
         object["first"].push_back(elementJson(element));
     return object;
-}
-
-std::string dump(const Json& object) {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace
@@ -146,10 +141,9 @@ void renderElementTable(Format format, std::FILE* out) {
         text.addRow({idText(table[i].id), typeName(&table[i]), toString(guideTo(table[i]).use),
                      indent + table[i].name});
     }
-    if (format == Format::kJson)
-        fmt::print(out, "{}\n", dump({{"mkvx", 1}, {"elements", elements}}));
-    else
-        fmt::print(out, "{}", text.str());
+    Json object = newResult();
+    object["elements"] = std::move(elements);
+    fmt::print(out, "{}", format == Format::kJson ? dump(object) + "\n" : text.str());
 }
 
 void renderExplanation(const Explanation& explanation, Format format, std::FILE* out) {

@@ -1,18 +1,12 @@
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "Digest.h"
+#include "Json.h"
 #include "Render.h"
 #include "Text.h"
 
 namespace mkvx {
 namespace {
-
-using Json = nlohmann::ordered_json;  // members in the documented order
-
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 template <typename T>
 void set(Json& object, const char* name, const std::optional<T>& value) {
@@ -39,7 +33,7 @@ Json trackJson(const TrackInfo& track) {
 }
 
 Json infoJson(const FileInfo& info) {
-    Json object;
+    Json object = newResult();
     object["container_mime"] = info.containerMime;
     object["tracks"] = Json::array();
     for (const TrackInfo& track : info.tracks) object["tracks"].push_back(trackJson(track));
@@ -98,7 +92,7 @@ std::string sniffTable(const std::vector<SniffResult>& results) {
 }
 
 Json sniffJson(const SniffResult& result) {
-    Json object;
+    Json object = newResult();
     object["file"] = result.path;
     object["claimed"] = result.claimed;
     if (result.claimed) {

@@ -3,17 +3,12 @@
 #include <fmt/format.h>
 #include <algorithm>
 
+#include "Json.h"
 #include "RenderElement.h"
 #include "Text.h"
 
 namespace mkvx {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 // ---- text
 
@@ -103,11 +98,10 @@ class JsonLinesTree : public TreeWriter {
 class JsonTree : public TreeWriter {
   public:
     JsonTree(const std::string& file, std::optional<uint64_t> length, std::FILE* out) : mOut(out) {
-        Json head = {{"mkvx", 1}, {"file", file}};
+        Json head = newResult();
+        head["file"] = file;
         if (length) head["size"] = *length;
-        std::string text = dump(head);
-        text.pop_back();
-        fmt::print(mOut, "{},\"items\":[", text);
+        fmt::print(mOut, "{}", openResult(head, "items"));
     }
     void write(const TreeItem& item) override {
         fmt::print(mOut, "{}{}", mIsFirst ? "\n" : ",\n", dump(itemJson(item)));

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include "Json.h"
 #include "Render.h"
 #include "Text.h"
 
@@ -22,19 +23,44 @@ class TableWriter : public UnitWriter {
     std::FILE* mOut;
 };
 
-// Numbers and hex digits only: nothing needs escaping.
+// Numbers and hex digits only: nothing needs escaping. There may be millions of them, so that a unit neither
+// becomes a tree of values first nor carries the version of the format.
+void printJson(const Unit& unit, std::FILE* out) {
+    fmt::print(out, R"({{"track":{},"number":{},"time_us":{},"sync":{},"size":{},"sha1":"{}")", unit.track,
+               unit.number, unit.timeUs, int(unit.sync), unit.size, unit.sha1);
+    if (unit.endUs) fmt::print(out, R"(,"end_us":{})", *unit.endUs);
+    fmt::print(out, "}}");
+}
+
 class JsonLinesWriter : public UnitWriter {
   public:
     explicit JsonLinesWriter(std::FILE* out) : mOut(out) {}
     void write(const Unit& unit) override {
-        fmt::print(mOut, R"({{"track":{},"number":{},"time_us":{},"sync":{},"size":{},"sha1":"{}")",
-                   unit.track, unit.number, unit.timeUs, int(unit.sync), unit.size, unit.sha1);
-        if (unit.endUs) fmt::print(mOut, R"(,"end_us":{})", *unit.endUs);
-        fmt::print(mOut, "}}\n");
+        printJson(unit, mOut);
+        fmt::print(mOut, "\n");
     }
 
   private:
     std::FILE* mOut;
+};
+
+class JsonWriter : public UnitWriter {
+  public:
+    JsonWriter(const std::string& file, std::FILE* out) : mOut(out) {
+        Json head = newResult();
+        head["file"] = file;
+        fmt::print(mOut, "{}", openResult(head, "units"));
+    }
+    void write(const Unit& unit) override {
+        fmt::print(mOut, "{}", mIsFirst ? "\n" : ",\n");
+        printJson(unit, mOut);
+        mIsFirst = false;
+    }
+    void finish() override { fmt::print(mOut, "\n]}}\n"); }
+
+  private:
+    std::FILE* mOut;
+    bool mIsFirst = true;
 };
 
 class CsvWriter : public UnitWriter {
@@ -53,13 +79,14 @@ class CsvWriter : public UnitWriter {
 
 }  // namespace
 
-std::unique_ptr<UnitWriter> makeUnitWriter(Format format, std::FILE* out) {
+std::unique_ptr<UnitWriter> makeUnitWriter(Format format, const std::string& file, std::FILE* out) {
     switch (format) {
         case Format::kCsv:
             return std::make_unique<CsvWriter>(out);
         case Format::kTable:
             return std::make_unique<TableWriter>(out);
         case Format::kJson:
+            return std::make_unique<JsonWriter>(file, out);
         case Format::kJsonLines:
             break;
     }

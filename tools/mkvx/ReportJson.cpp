@@ -1,14 +1,12 @@
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 #include <algorithm>
 
+#include "Json.h"
 #include "ReportPage.h"
 #include "Text.h"
 
 namespace mkvx {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // What a script's numbers hold exactly. Times and positions beyond it are drawn at its edge.
 constexpr int64_t kMostNumber = int64_t(1) << 53;
@@ -239,8 +237,7 @@ Json sharesJson(const ByteShares& shares) {
 
 std::string reportJson(const ReportPage& page) {
     const CheckedFile& checked = page.checked;
-    Json object;
-    object["mkvx"] = 1;
+    Json object = newResult();
     object["file"] = shortText(page.name);
     object["size"] = number(checked.size);
     object["verdict"] = toString(checked.verdict);

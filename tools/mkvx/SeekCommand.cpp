@@ -62,20 +62,33 @@ class Printer {
 
     void add(const TrackInfo& track, const std::vector<Target>& targets) {
         for (const Target& target : targets) {
-            if (mFormat == Format::kJsonLines)
-                fmt::print(R"({{"track":{},"target_us":{},{}}})"
-                           "\n",
-                           track.index, target.timeUs, landingFields(target.landing));
-            else
+            if (mFormat == Format::kTable)
                 addLandingRow(mTable,
                               {std::to_string(track.index), clockTime(target.timeUs), offsetText(target)},
                               target.landing);
+            if (mFormat == Format::kJson) mSeeks.push_back(jsonOf(track, target, {}));
+            if (mFormat == Format::kJsonLines) fmt::print("{}\n", dump(jsonOf(track, target, newResult())));
         }
     }
-    void finish() const { fmt::print("{}", mTable.str()); }
+    void finish(const std::string& file) {
+        if (mFormat == Format::kTable) fmt::print("{}", mTable.str());
+        if (mFormat != Format::kJson) return;
+        Json result = newResult();
+        result["file"] = file;
+        result["seeks"] = std::move(mSeeks);
+        fmt::print("{}\n", dump(result));
+    }
 
   private:
+    static Json jsonOf(const TrackInfo& track, const Target& target, Json object) {
+        object["track"] = track.index;
+        object["target_us"] = target.timeUs;
+        addLanding(object, target.landing);
+        return object;
+    }
+
     Format mFormat;
+    Json mSeeks = Json::array();
     TextTable mTable;
 };
 
@@ -95,7 +108,7 @@ int run(const Globals& globals, const Options& options) {
                        options.file, track.index);
         printer.add(track, seekAll(session, track, times));
     }
-    printer.finish();
+    printer.finish(options.file);
     return kExitDone;
 }
 
@@ -113,7 +126,8 @@ void addSeekCommand(CLI::App& app, const Globals& globals, Action& chosen) {
         ->required()
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"jsonl", Format::kJsonLines}});
+    addFormatOption(*command, options->format,
+                    {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
     command->footer("Example: mkvx seek --to 00:01:30.000 --to 5000000 film.mkv");
     command->callback(
         [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });

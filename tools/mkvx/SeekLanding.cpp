@@ -101,12 +101,13 @@ std::optional<int64_t> parseTime(const std::string& text) {
     return negative ? -us : us;
 }
 
-std::string landingFields(const Landing& landing) {
-    std::string landed = "null";
-    if (landing.unit)
-        landed = fmt::format(R"({{"time_us":{},"sync":{},"size":{},"sha1":"{}"}})", landing.unit->timeUs,
-                             int(landing.unit->sync), landing.unit->size, landing.unit->sha1);
-    return fmt::format(R"("landed":{},"reads":{},"read_bytes":{})", landed, landing.reads, landing.readBytes);
+void addLanding(Json& object, const Landing& landing) {
+    object["landed"] = nullptr;
+    if (const auto& unit = landing.unit)
+        object["landed"] = {
+            {"time_us", unit->timeUs}, {"sync", int(unit->sync)}, {"size", unit->size}, {"sha1", unit->sha1}};
+    object["reads"] = landing.reads;
+    object["read_bytes"] = landing.readBytes;
 }
 
 std::vector<TextTable::Column> landingColumns(std::vector<TextTable::Column> first) {

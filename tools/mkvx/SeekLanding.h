@@ -8,6 +8,7 @@
 
 #include "BenchSource.h"
 #include "Digest.h"
+#include "Json.h"
 #include "Model.h"
 #include "Session.h"
 #include "Text.h"
@@ -66,8 +67,8 @@ class LandingProbe {
 // Microseconds, or [-]HH:MM:SS with up to six decimals. Nothing when the text is neither or does not fit.
 std::optional<int64_t> parseTime(const std::string& text);
 
-// `"landed":...,"reads":...,"read_bytes":...`, the end that the JSON lines of all landings share.
-std::string landingFields(const Landing& landing);
+// Adds landed, reads and read_bytes, the members that the JSON of all landings ends with.
+void addLanding(Json& object, const Landing& landing);
 
 // The columns of a table that all landings share.
 std::vector<TextTable::Column> landingColumns(std::vector<TextTable::Column> first);

@@ -71,6 +71,8 @@ def test_packets_formats(mkvx, film):
     assert lines.code == 0 and lines.lines() == UNITS
     assert list(lines.lines()[0]) == ['track', 'number', 'time_us', 'sync', 'size', 'sha1']
 
+    assert mkvx('packets', '--format', 'json', film).json() == {'mkvx': 1, 'file': str(film), 'units': UNITS}
+
     table = mkvx('packets', '--format', 'csv', film).out.splitlines()
     assert table[0] == 'track,number,time_us,sync,size,sha1,end_us'
     assert table[1:] == [','.join(str(v) for v in unit.values()) + ',' for unit in UNITS]
@@ -78,6 +80,13 @@ def test_packets_formats(mkvx, film):
     rows = [row.split() for row in mkvx('packets', film).out.splitlines()]
     assert rows[1:] == [[str(u['track']), '00:00:00.%d' % (u['time_us'] // 1000), *(['key'] if u['sync'] else []),
                          str(u['size']), u['sha1']] for u in UNITS]
+
+
+def test_extraction_as_json(mkvx, film, tmp_path):
+    out = tmp_path / 'film.mp3'
+    assert mkvx('extract', '--track', '1', '-o', out, '--format', 'json', film).json() == {
+        'mkvx': 1, 'file': str(film), 'track': 1, 'output': str(out), 'form': 'MP3', 'units': 2, 'unreadable': 0, 'bytes': 10}
+    assert out.read_bytes() == b'soundnoise'
 
 
 def test_packets_of_one_track_and_limit(mkvx, film):

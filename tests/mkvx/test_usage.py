@@ -1,6 +1,13 @@
 """Exit codes and error sentences: 2 for a wrong command line, 1 for a file that cannot be used, and always exactly one
 sentence on stderr that names what is wrong."""
+import json
 import os
+import re
+import shlex
+import shutil
+import signal
+import subprocess
+import time
 
 import pytest
 
@@ -13,10 +20,10 @@ def sentence(run):
 
 
 @pytest.mark.parametrize('args', [
-    [], ['frobnicate', 'x.mkv'], ['info'], ['info', '--format', 'yaml', 'x.mkv'], ['packets', '--limit', '0', 'x.mkv'],
+    ['frobnicate', 'x.mkv'], ['info'], ['info', '--format', 'yaml', 'x.mkv'], ['packets', '--limit', '0', 'x.mkv'],
     ['packets', '--track', 'one', 'x.mkv'], ['info', '--log', 'loud', 'x.mkv'], ['info', '--no-such-option', 'x.mkv'],
     ['bench', 'mux', 'x.mkv'], ['bench', 'open', '--source', 'tape', 'x.mkv'],
-], ids=lambda args: ' '.join(args) or 'nothing')
+], ids=' '.join)
 def test_wrong_usage(mkvx, args):
     run = mkvx(*args)
     assert run.code == 2 and run.out == ''
@@ -29,6 +36,97 @@ def test_help_is_no_error(mkvx, args):
     run = mkvx(*args)
     assert run.code == 0 and run.err == '' and 'mkvx' in run.out
     assert len(args) == 1 or 'Example: mkvx ' + args[0] in run.out
+
+
+def test_without_arguments(mkvx):
+    run = mkvx()
+    assert run.code == 2 and run.out == '' and run.err.startswith('Usage: mkvx COMMAND')
+    assert 'mkvx check film.mkv' in run.err.splitlines()[1]
+
+
+@pytest.mark.parametrize('word, meant', [('chek', 'check'), ('Packets', 'packets'), ('extracts', 'extract'),
+                                         ('xyzzy', None)])
+def test_misspelt_command(mkvx, word, meant):
+    run = mkvx(word, 'x.mkv')
+    assert run.code == 2 and (f'did you mean {meant}?' if meant else f'no command {word} (') in sentence(run)
+
+
+def test_every_help_ends_with_an_example_that_is_understood(mkvx, binary, sample, tmp_path):
+    shutil.copy(sample, tmp_path / 'film.mkv')
+    commands = re.findall(r'^  (\w+) ', mkvx('--help').out.split('Subcommands:')[1].split('Exit codes:')[0], re.M)
+    assert len(commands) >= 16
+    for command in [None, *commands]:
+        text = mkvx(*filter(None, [command]), '--help').out.split('Example:')[-1]
+        examples = [line.strip() for line in text.splitlines() if line.strip()]
+        assert examples and all(e.startswith('mkvx ' + (command or '')) for e in examples), command
+        for example in examples:
+            args = [a for a in shlex.split(example, comments=True)[1:] if '*' not in a or a == '*.mkv']
+            args = ['film.mkv' if a == '*.mkv' else a for a in args]
+            run = subprocess.run([binary, *args], cwd=tmp_path, capture_output=True, text=True)
+            assert run.returncode in ((0, 1) if '/media' in example else (0,)), (example, run.stderr)
+
+
+def interrupt(binary, *args):
+    """Runs the command on a source that takes minutes, and interrupts it."""
+    run = subprocess.Popen([binary, *map(str, args)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                           stderr=subprocess.PIPE, text=True)
+    time.sleep(1.5)
+    run.send_signal(signal.SIGINT)
+    out, err = run.communicate(timeout=20)
+    return run.returncode, out, err
+
+
+SLOW = ['--late', '20000']
+
+
+@pytest.mark.parametrize('args, shape', [
+    (['packets', '--format', 'csv'], 'lines'), (['packets', '--format', 'jsonl'], 'jsonl'),
+    (['tree', '--all'], 'lines'), (['tree', '--all', '--format', 'json'], 'json'),
+    (['explain', 'SimpleBlock', '--format', 'json'], 'json'), (['decode', '--format', 'json'], 'json'),
+    (['seek', '--track', '0', *['--to', '4000000'] * 500, '--format', 'jsonl'], 'jsonl'),
+    (['late', '--track', '0', '--at', '200', '--by', '500000'], 'nothing'),
+    (['cost', '--demux', '--format', 'json'], 'nothing'), (['info'], 'nothing'), (['index'], 'nothing'),
+    (['report', '-o', 'OUT'], 'nothing'), (['extract', '--track', '0', '-o', 'OUT'], 'lines'),
+], ids=lambda value: ' '.join(value[:1] + value[-1:]) if isinstance(value, list) else '')
+def test_interruption(binary, sample, tmp_path, args, shape):
+    out_path = tmp_path / 'out'
+    args = [str(out_path) if a == 'OUT' else a for a in args]
+    slow = ['--late', '400000'] if args[0] in ('info', 'index') else SLOW
+    file = [sample] if args[0] != 'explain' else []
+    args = args[:2] + [sample] + args[2:] if args[0] == 'explain' else args
+    code, out, err = interrupt(binary, *args, *slow, *file)
+    assert code == 130 and re.fullmatch(r'mkvx: .*interrupted after .*\n', err), err
+    assert (out == '') == (shape == 'nothing') and (out == '' or out.endswith('\n'))
+    if shape == 'json':
+        json.loads(out)
+    if shape == 'jsonl':
+        assert [json.loads(line) for line in out.splitlines()]
+    if args[0] == 'extract':
+        assert 0 < out_path.stat().st_size < sample.stat().st_size
+    else:
+        assert not out_path.exists()
+
+
+def test_interruption_while_standard_input_is_awaited(binary):
+    silent, other_end = os.pipe()
+    run = subprocess.Popen([binary, 'info', '-'], stdin=silent, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    time.sleep(0.5)
+    run.send_signal(signal.SIGINT)
+    out, err = run.communicate(timeout=10)
+    os.close(silent), os.close(other_end)
+    assert run.returncode == 130 and out == '' and err == 'mkvx: standard input: interrupted after 0 bytes\n'
+
+
+@pytest.mark.parametrize('args', [['packets'], ['tree', '--all'], ['decode'], ['cost', '--demux', '--seeks', '0']],
+                         ids=lambda a: a[0])
+def test_progress(binary, sample, args):
+    run = subprocess.Popen([binary, *args, '--progress', 'json', '--late', '3000', sample], stdout=subprocess.DEVNULL,
+                           stderr=subprocess.PIPE, text=True)
+    lines = [json.loads(run.stderr.readline())['progress'] for _ in range(2)]
+    run.kill()
+    run.communicate()
+    assert lines[1]['bytes'] > lines[0]['bytes'] and lines[1]['seconds'] > lines[0]['seconds'] >= 1
+    assert lines[1]['seconds_left'] > 0
 
 
 @pytest.mark.parametrize('command', [['sniff'], ['info'], ['packets'], ['bench', 'open']], ids=lambda c: c[0])
@@ -70,7 +168,6 @@ def test_plugin_that_cannot_be_used(mkvx, sample, write, make):
 
 
 def test_full_disk_is_told(sample):
-    import subprocess
     from conftest import BINARY
     with open('/dev/full', 'w') as full:
         run = subprocess.run([BINARY, 'info', sample], stdout=full, stderr=subprocess.PIPE, text=True)

@@ -1,11 +1,13 @@
 // mkvx attachments FILE: the files that are attached, and these files themselves.
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <algorithm>
 
 #include "Command.h"
 #include "DocumentModel.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "MatroskaSource.h"
 #include "RenderDocument.h"
 #include "SafeFolder.h"
@@ -27,6 +29,7 @@ void saveAll(const std::string& folderPath, const SourceOptions& options, Attach
     uint64_t room = source->getSize(&length) == android::OK && length > 0 ? uint64_t(length) : UINT64_MAX;
     SafeFolder folder(folderPath);
     for (AttachmentInfo& file : report.attachments) {
+        if (wasInterrupted()) return;
         try {
             if (file.offset == 0) throw FileFailure(file.name, "has no data");
             if (file.size > room)
@@ -34,13 +37,14 @@ void saveAll(const std::string& folderPath, const SourceOptions& options, Attach
             file.savedAs = folder.save(file.name, *source, file.offset, file.size);
             room -= file.size;
         } catch (const FileFailure& failure) {
-            file.problem = failure.what();
+            if (!wasInterrupted()) file.problem = failure.what();
         }
     }
 }
 
 int run(const Globals& globals, const Options& options) {
     AttachmentsReport report = readAttachments(options.file, globals.source);
+    throwIfInterrupted(options.file);
     if (!options.folder.empty() && !report.attachments.empty())
         saveAll(options.folder, globals.source, report);
     renderAttachments(report, options.format, stdout);
@@ -48,13 +52,20 @@ int run(const Globals& globals, const Options& options) {
     if (report.attachments.empty())
         fmt::print(stderr, "mkvx: {}: has no attachments\n", options.file);
     else if (!report.isReached)
-        fmt::print(stderr, "mkvx: {}: nothing leads the plug-in to its attachments\n", options.file);
+        fmt::print(
+            stderr,
+            "mkvx: {}: nothing leads the plug-in to its attachments (mkvx tree shows where they are)\n",
+            options.file);
     int exitCode = kExitDone;
     for (const AttachmentInfo& file : report.attachments) {
         if (file.problem.empty()) continue;
         fmt::print(stderr, "mkvx: {}: attachment {}\n", options.file, printable(file.problem));
         exitCode = kExitFileUnusable;
     }
+    const auto saved = std::count_if(report.attachments.begin(), report.attachments.end(),
+                                     [](const AttachmentInfo& file) { return !file.savedAs.empty(); });
+    throwIfInterrupted(options.file, fmt::format("{} of {} were written", saved,
+                                                 counted(report.attachments.size(), "attachment")));
     return exitCode;
 }
 

@@ -8,6 +8,7 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "Json.h"
 #include "OpenSource.h"
 #include "Spool.h"
@@ -104,6 +105,7 @@ Source openFor(const Options& options, const SourceOptions& how) {
 }
 
 int run(const Globals& globals, const Options& options) {
+    endWhenInterrupted();  // what is timed looks at nothing else
     const Source source = openFor(options, globals.source);
     const long residentKb = restartMemoryPeak();
     Tallies tallies;
@@ -116,7 +118,9 @@ int run(const Globals& globals, const Options& options) {
     line["tracks"] = tracksJson(tallies);
     if (options.format != Format::kJson) fmt::print("{}\n", sentence(options, repeats, tallies));
     fmt::print("{}\n", dump(line));
-    if (!repeats.ok) throw FileFailure(options.file, "cannot be used for bench " + options.work);
+    if (!repeats.ok)
+        throw FileFailure(options.file,
+                          "cannot be used for bench " + options.work + " (mkvx check says why)");
     return kExitDone;
 }
 

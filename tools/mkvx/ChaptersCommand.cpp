@@ -6,6 +6,7 @@
 #include "DocumentModel.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "RenderDocument.h"
 
 namespace mkvx {
@@ -18,11 +19,14 @@ struct Options {
 
 int run(const Globals& globals, const Options& options) {
     const ChaptersReport report = readChapters(options.file, globals.source);
+    throwIfInterrupted(options.file);
     renderChapters(report, options.format, stdout);
     if (report.editions.empty())
         fmt::print(stderr, "mkvx: {}: has no chapters\n", options.file);
     else if (!report.isReached)
-        fmt::print(stderr, "mkvx: {}: nothing leads the plug-in to its chapters\n", options.file);
+        fmt::print(stderr,
+                   "mkvx: {}: nothing leads the plug-in to its chapters (mkvx tree shows where they are)\n",
+                   options.file);
     return kExitDone;
 }
 

@@ -11,9 +11,11 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "OpenSource.h"
 #include "Plugin.h"
 #include "Spool.h"
+#include "Text.h"
 
 namespace mkvx {
 namespace {
@@ -32,6 +34,7 @@ class Reporter {
     explicit Reporter(const Options& options) : mOptions(options) {}
 
     void take(size_t place, CheckedFile checked) {
+        ++mCount;
         mWorst = std::max(mWorst, checked.verdict);
         if (mOptions.format == Format::kJsonLines) {
             fmt::print("{}\n", toJsonLine(checked));
@@ -46,8 +49,9 @@ class Reporter {
         while (!mWaiting.empty()) printNext();
         if (mOptions.format == Format::kJson) fmt::print("{}\n", toJson(mDone, mWorst, isComplete));
         if (mOptions.format == Format::kTable && mDone.size() > 1) renderCheckSummary(mDone, stdout);
-        return isComplete ? exitCodeOf(mWorst) : int(kExitInterrupted);
+        return exitCodeOf(mWorst);
     }
+    size_t done() const { return mCount; }
 
   private:
     void printNext() {
@@ -61,12 +65,16 @@ class Reporter {
     const Options& mOptions;
     std::map<size_t, CheckedFile> mWaiting;  // for those in front of them
     std::vector<CheckedFile> mDone;
+    size_t mCount = 0;
     Verdict mWorst = Verdict::kPlays;
 };
 
 int run(const Globals& globals, const Options& options) {
     const std::vector<FoundFile> files = findFiles(options.paths);
-    if (files.empty()) throw FileFailure(options.paths.front(), "holds no Matroska or WebM file");
+    if (files.empty())
+        throw FileFailure(
+            options.paths.front(),
+            "holds no Matroska or WebM file (a file that is named itself is examined whatever it is)");
     CheckRunOptions runOptions = options.run;
     runOptions.depth.units = !options.isQuick;
     runOptions.source = globals.source;
@@ -77,8 +85,10 @@ int run(const Globals& globals, const Options& options) {
     const bool isComplete = checkFiles(plugin, files, runOptions, [&](size_t place, CheckedFile checked) {
         reporter.take(place, std::move(checked));
     });
-    if (!isComplete) fmt::print(stderr, "mkvx: interrupted, this is what was found until then\n");
-    return reporter.finish(isComplete);
+    const int exitCode = reporter.finish(isComplete);
+    throwIfInterrupted(options.paths.front(),
+                       fmt::format("{} of {}", reporter.done(), counted(files.size(), "file")));
+    return exitCode;
 }
 
 }  // namespace

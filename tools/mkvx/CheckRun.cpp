@@ -5,11 +5,11 @@
 #include <atomic>
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <list>
 
 #include "CheckJson.h"
 #include "Child.h"
+#include "Interrupt.h"
 #include "SharedMemory.h"
 #include "Text.h"
 
@@ -17,28 +17,6 @@ namespace mkvx {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-volatile std::sig_atomic_t wasInterrupted = 0;
-
-// While one lives, SIGINT and SIGTERM only set a flag.
-class InterruptionWatch {
-  public:
-    InterruptionWatch() {
-        struct sigaction action = {};
-        action.sa_handler = [](int) { wasInterrupted = 1; };  // without SA_RESTART: poll() ends at once
-        ::sigaction(SIGINT, &action, &mOldInt);
-        ::sigaction(SIGTERM, &action, &mOldTerm);
-    }
-    ~InterruptionWatch() {
-        ::sigaction(SIGINT, &mOldInt, nullptr);
-        ::sigaction(SIGTERM, &mOldTerm, nullptr);
-    }
-    InterruptionWatch(const InterruptionWatch&) = delete;
-    InterruptionWatch& operator=(const InterruptionWatch&) = delete;
-
-  private:
-    struct sigaction mOldInt = {}, mOldTerm = {};
-};
 
 // A count that a child adds to and this process reads.
 class SharedCount {
@@ -120,12 +98,12 @@ class Run {
     }
 
     bool run() {
-        while (wasInterrupted == 0 && (mNext < mFiles.size() || !mJobs.empty())) {
+        while (!wasInterrupted() && (mNext < mFiles.size() || !mJobs.empty())) {
             while (mJobs.size() < mOptions.jobs && mNext < mFiles.size()) start();
             wait();
             tell();
         }
-        return wasInterrupted == 0;  // what still runs ends with mJobs
+        return !wasInterrupted();  // what still runs ends with mJobs
     }
 
   private:
@@ -193,7 +171,6 @@ class Run {
 bool checkFiles(const ExtractorPlugin& plugin, const std::vector<FoundFile>& files,
                 const CheckRunOptions& options,
                 const std::function<void(size_t place, CheckedFile checked)>& onResult) {
-    const InterruptionWatch watch;
     return Run(plugin, files, options, onResult).run();
 }
 

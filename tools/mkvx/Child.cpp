@@ -12,6 +12,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "Interrupt.h"
 #include "Log.h"
 
 namespace mkvx {
@@ -48,7 +49,7 @@ void closeIfOpen(int fd) {
 
 [[noreturn]] void runChild(const std::function<void(int)>& work, int out, int assertionOut, int stderrOut) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    std::signal(SIGINT, SIG_IGN);  // the parent decides what an interruption ends
+    leaveInterruptionToParent();
     ::dup2(stderrOut, STDERR_FILENO);
     assertionFd = assertionOut;
     __android_log_set_aborter(onAssertion);
@@ -99,6 +100,7 @@ Child::~Child() {
 }
 
 bool Child::takeOutput() {
+    if (!waitToRead(mOutput)) kill();
     char chunk[16384];
     ssize_t n;
     while ((n = ::read(mOutput, chunk, sizeof chunk)) < 0 && errno == EINTR) {

@@ -22,7 +22,8 @@ class Child {
 
     // For poll(): readable when more of the output is there, or at its end.
     int outputFd() const { return mOutput; }
-    // Takes in what is there, waiting for at least something; false at the end.
+    // Takes in what is there, waiting for at least something; false at the end. An interruption of the wait
+    // ends the child.
     bool takeOutput();
     const std::string& output() const { return mText; }
 

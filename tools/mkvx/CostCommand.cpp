@@ -6,7 +6,9 @@
 #include "CostModel.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "Session.h"
+#include "Text.h"
 
 namespace mkvx {
 namespace {
@@ -21,7 +23,9 @@ int run(const Globals& globals, Options options) {
     options.cost.blockSize = size_t(globals.source.url.blockKib) * 1024;
     options.cost.cacheSize = uint64_t(globals.source.url.cacheMib) << 20;
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    renderCost(measureCost(session, options.cost), options.format, stdout);
+    const CostReport report = measureCost(session, options.cost);
+    renderCost(report, options.format, stdout);
+    throwIfInterrupted(options.file, counted(report.ledgers.size(), "ledger"));
     return kExitDone;
 }
 
@@ -43,6 +47,7 @@ void addCostCommand(CLI::App& app, const Globals& globals, Action& chosen) {
         ->check(CLI::Range(size_t{0}, size_t{100000}))
         ->capture_default_str();
     command->add_flag("--demux", options->cost.demux, "Read every unit of every track as well");
+    addProgressOption(*command, options->cost.progress);
     addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
     command->footer("Example: mkvx cost --latency 80 --bandwidth 2 film.mkv");
     command->callback(

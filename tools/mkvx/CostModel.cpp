@@ -7,11 +7,12 @@
 #include "CostElements.h"
 #include "Failure.h"
 #include "HttpSource.h"
+#include "Interrupt.h"
 #include "Log.h"
 #include "OpenSource.h"
-#include "Progress.h"
 #include "SeekTargets.h"
 #include "Text.h"
+#include "UnitProgress.h"
 #include "UnitReader.h"
 #include "matroska/MetaDataKeys.h"
 #include "matroska/reader/MatroskaReader.h"
@@ -83,8 +84,11 @@ class Walk {
             TrackReader(extractor->getTrack(track.index)).next();
         bytes->observe(into(CostStage::kSeeks));
         if (sought != nullptr && mOptions.seeks > 0) seek(extractor, *sought);
+        throwIfInterrupted(mSession.info().path);
         if (mOptions.demux) demux();
-        return {mIsCached, mLedger.costs()};
+        CostLedgerResult result{mIsCached, mLedger.costs()};
+        if (wasInterrupted()) result.stages[size_t(CostStage::kDemux)] = {};  // a part of it would mislead
+        return result;
     }
 
   private:
@@ -129,6 +133,7 @@ class Walk {
                         asked, got);
         });
         const sp<MediaExtractor> extractor = mSession.plugin().open(bytes, nullptr);
+        throwIfInterrupted(mSession.info().path);
         if (!isSame || extractor == nullptr || extractor->countTracks() != mSession.info().tracks.size())
             throw FileFailure(mSession.info().path,
                               "the loaded plug-in reads it in another way than this program's own reader");
@@ -168,27 +173,31 @@ class Walk {
         };
         std::vector<Played> playing;
         std::vector<std::unique_ptr<TrackReader>> subtitles;
+        int64_t longest = 0;
         for (const TrackInfo& track : mSession.info().tracks) {
+            longest = std::max(longest, track.durationUs.value_or(0));
             auto reader = std::make_unique<TrackReader>(extractor->getTrack(track.index));
             if (track.kind == TrackKind::kSubtitle)
                 subtitles.push_back(std::move(reader));
             else
                 playing.push_back({std::move(reader), 0});
         }
-        Progress progress(mSession.info().path, ProgressStyle::kLine);
+        UnitProgress progress(mSession.info().path, mOptions.progress, 1);
+        progress.beginPass(longest);
         while (!playing.empty()) {
             const auto next =
                 std::min_element(playing.begin(), playing.end(),
                                  [](const auto& a, const auto& b) { return a.timeUs < b.timeUs; });
             const BufferPtr buffer = next->reader->next();
-            if (buffer)
+            if (buffer) {
                 buffer->meta_data()->findInt64(android::kKeyTime, &next->timeUs);
-            else
+                progress.reach(next->timeUs, buffer->range_length());
+            } else {
                 playing.erase(next);
+            }
             for (const auto& reader : subtitles)
                 while (reader->next()) {
                 }
-            progress.reachBytes(bytes->bytes());
         }
     }
 
@@ -233,7 +242,12 @@ CostReport measureCost(const Session& session, const CostOptions& options) {
     for (const bool isCached : {false, true}) {
         if (!isCached && isUrl(report.path)) continue;
         const uint64_t end = report.size.value_or(uint64_t(INT64_MAX));
-        report.ledgers.push_back(Walk(session, options, isCached, end, elements).run(sought));
+        try {
+            report.ledgers.push_back(Walk(session, options, isCached, end, elements).run(sought));
+        } catch (const Interrupted&) {
+            if (report.ledgers.empty()) throw;
+        }
+        if (wasInterrupted()) break;
     }
     return report;
 }

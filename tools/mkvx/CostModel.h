@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "CostLedger.h"
+#include "Progress.h"
 #include "Session.h"
 
 namespace mkvx {
@@ -15,6 +16,7 @@ struct CostOptions {
     double megabytesPerSecond = 10;  // of 1,000,000 bytes
     size_t seeks = 10;               // spread over the duration, the same in every run
     bool demux = false;
+    ProgressStyle progress = ProgressStyle::kLine;
     size_t blockSize = 64 * 1024;
     uint64_t cacheSize = 8 << 20;
 };
@@ -37,6 +39,7 @@ StageCost totalOf(const StageCosts& stages);
 
 // A URL gets the ledger of a caching source alone, since no device reads one without. Throws FileFailure when
 // the plug-in turns out to read in another way than this program's own reader, which tells the stages apart.
+// After an interruption the ledgers hold the stages that were complete; throws Interrupted when none is.
 CostReport measureCost(const Session& session, const CostOptions& options);
 
 }  // namespace mkvx

@@ -1,6 +1,7 @@
 // mkvx decode FILE: plays the part of the device's decoders, with nothing but what the plug-in hands out.
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <algorithm>
 #include <limits>
 
 extern "C" {
@@ -13,7 +14,10 @@ extern "C" {
 #include "DecodeReport.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "Session.h"
+#include "Text.h"
+#include "UnitProgress.h"
 #include "UnitReader.h"
 
 namespace mkvx {
@@ -25,13 +29,16 @@ struct Options {
     size_t frames = std::numeric_limits<size_t>::max();  // per track
     std::string output;
     Format format = Format::kTable;
+    ProgressStyle progress = ProgressStyle::kLine;
 };
 
 // One track from its first unit on.
 class TrackDecoding {
   public:
     // `extra` may be null; it takes the frames too and is not owned.
-    TrackDecoding(const TrackInfo& track, size_t limit, FrameSink* extra) : mLimit(limit), mExtra(extra) {
+    TrackDecoding(const TrackInfo& track, size_t limit, FrameSink* extra, UnitProgress& progress)
+        : mLimit(limit), mExtra(extra), mProgress(progress) {
+        mProgress.beginPass(track.durationUs.value_or(0));
         mResult.index = track.index;
         mResult.kind = track.kind;
         mResult.mime = track.mime;
@@ -45,7 +52,8 @@ class TrackDecoding {
             decode(source, decoder);
             mResult.errors = decoder.errors();
             mResult.problem = decoder.firstError();
-            mResult.sha1 = mHash.hex();
+            if (!wasInterrupted()) mResult.sha1 = mHash.hex();  // else it is the hash of some of the frames
+            if (wasInterrupted() && mResult.problem.empty()) mResult.problem = "interrupted";
         } catch (const DecodeProblem& problem) {
             mResult.problem = problem.what();
         }
@@ -68,6 +76,7 @@ class TrackDecoding {
             const auto* data = static_cast<const uint8_t*>(buffer->data()) + buffer->range_offset();
             decoder.feed(data, buffer->range_length(), timeUs, sync != 0);
             ++mResult.units;
+            mProgress.reach(timeUs, buffer->range_length());
         }
     }
 
@@ -81,6 +90,7 @@ class TrackDecoding {
 
     size_t mLimit;
     FrameSink* mExtra;
+    UnitProgress& mProgress;
     FrameHash mHash;
     DecodedTrack mResult;
 };
@@ -103,7 +113,7 @@ const TrackInfo& outputTrack(const Options& options, const std::vector<TrackInfo
     const TrackInfo* audio = firstOf(tracks, TrackKind::kAudio);
     const bool wantsSound = endsWith(options.output, ".wav");
     const TrackInfo* chosen = (wantsSound && audio != nullptr) || video == nullptr ? audio : video;
-    if (chosen == nullptr) throw FileFailure(options.file, "has no track to decode");
+    if (chosen == nullptr) throw FileFailure(options.file, "has no track to decode (mkvx check says why)");
     return *chosen;
 }
 
@@ -112,30 +122,42 @@ std::unique_ptr<FrameSink> makeOutput(const TrackInfo& track, const std::string&
     return makePictureFile(path, track.thumbnailUs.value_or(std::numeric_limits<int64_t>::min()));
 }
 
-void checkTrack(const Options& options, const std::vector<TrackInfo>& tracks) {
+std::string interruptedAt(const std::vector<DecodedTrack>& results) {
+    size_t units = 0;
+    for (const DecodedTrack& track : results) units += track.units;
+    return fmt::format("{} of {}", counted(units, "unit"), counted(results.size(), "track"));
+}
+
+void checkTrack(const Options& options, const FileInfo& info) {
     if (!options.track) return;
-    if (*options.track >= tracks.size())
-        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
-                                       *options.track, tracks.size()));
-    if (tracks[*options.track].kind == TrackKind::kSubtitle)
+    if (requireTrack(info, *options.track).kind == TrackKind::kSubtitle)
         throw UsageFailure(
-            fmt::format("{}: track {} holds subtitles, which need no decoder", options.file, *options.track));
+            fmt::format("{}: track {} holds subtitles, which need no decoder (mkvx extract "
+                        "writes them)",
+                        options.file, *options.track));
 }
 
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
-    checkTrack(options, tracks);
+    checkTrack(options, session.info());
     const TrackInfo* toOutput = options.output.empty() ? nullptr : &outputTrack(options, tracks);
     const std::unique_ptr<FrameSink> output = toOutput ? makeOutput(*toOutput, options.output) : nullptr;
+    const auto isWanted = [&](const TrackInfo& track) {
+        return track.kind != TrackKind::kSubtitle && (!options.track || *options.track == track.index);
+    };
+    UnitProgress progress(options.file, options.progress,
+                          size_t(std::count_if(tracks.begin(), tracks.end(), isWanted)));
     std::vector<DecodedTrack> results;
     for (const TrackInfo& track : tracks) {
-        if (track.kind == TrackKind::kSubtitle || (options.track && *options.track != track.index)) continue;
-        TrackDecoding decoding(track, options.frames, &track == toOutput ? output.get() : nullptr);
+        if (!isWanted(track) || wasInterrupted()) continue;
+        TrackDecoding decoding(track, options.frames, &track == toOutput ? output.get() : nullptr, progress);
         results.push_back(decoding.run(session.newSource(track.index)));
     }
+    progress.hide();
     renderDecoded(results, options.format, stdout);
-    if (output) output->finish();
+    if (output && (!wasInterrupted() || output->hasFrames())) output->finish();
+    throwIfInterrupted(options.file, interruptedAt(results));
     return kExitDone;
 }
 
@@ -152,6 +174,7 @@ void addDecodeCommand(CLI::App& app, const Globals& globals, Action& chosen) {
         ->check(CLI::PositiveNumber);
     command->add_option("-o", options->output,
                         "Write the picture at the thumbnail time as PNG, or a sound track as WAV");
+    addProgressOption(*command, options->progress);
     addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
     command->footer("Example: mkvx decode -o frame.png film.mkv");
     command->callback(

@@ -9,44 +9,18 @@ extern "C" {
 #include <libavutil/sha.h>
 #include <libswscale/swscale.h>
 }
-#include <cerrno>
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
 #include "DecodeEngine.h"
 #include "Digest.h"
+#include "ExtractFile.h"
 #include "Failure.h"
+#include "Text.h"
 
 namespace mkvx {
 namespace {
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-// A file that is written from front to back; every failure is a FileFailure with its reason.
-class OutputFile {
-  public:
-    explicit OutputFile(const std::string& path) : mPath(path), mFile(std::fopen(path.c_str(), "wb")) {
-        if (!mFile) fail();
-    }
-    void write(const void* data, size_t size) {
-        if (std::fwrite(data, 1, size, mFile.get()) != size) fail();
-    }
-    void rewind() {
-        if (std::fseek(mFile.get(), 0, SEEK_SET) != 0) fail();
-    }
-    // A full disk may show only here.
-    void close() {
-        if (std::fclose(mFile.release()) != 0) fail();
-    }
-
-  private:
-    [[noreturn]] void fail() const { throw FileFailure(mPath, strerror(errno)); }
-
-    std::string mPath;
-    std::unique_ptr<std::FILE, CloseFile> mFile;
-};
 
 void packSamples(const AVFrame& frame, Bytes& out) {
     const auto format = AVSampleFormat(frame.format);
@@ -131,11 +105,14 @@ class PictureFile : public FrameSink {
             frame.best_effort_timestamp != AV_NOPTS_VALUE && frame.best_effort_timestamp < mTimeUs;
         if (!mPicture && !early) mPicture = encodePng(*toRgb(frame));
     }
+    bool hasFrames() const override { return mPicture != nullptr; }
     void finish() override {
         if (!mPicture)
             throw FileFailure(mPath,
-                              fmt::format("not written, no picture was decoded at or after {} us", mTimeUs));
-        OutputFile file(mPath);
+                              fmt::format("not written, no picture was decoded at or after {} (--track "
+                                          "chooses another track)",
+                                          clockTime(std::max<int64_t>(mTimeUs, 0))));
+        ExtractFile file(mPath);
         file.write(mPicture->data, size_t(mPicture->size));
         file.close();
     }
@@ -189,38 +166,38 @@ Bytes waveHead(const SoundFormat& format, uint32_t dataSize) {
 
 class SoundFile : public FrameSink {
   public:
-    explicit SoundFile(const std::string& path) : mPath(path), mFile(path) {}
+    explicit SoundFile(const std::string& path) : mFile(path) {}
 
     void take(const AVFrame& frame) override {
         const SoundFormat format{av_get_packed_sample_fmt(AVSampleFormat(frame.format)), frame.sample_rate,
                                  frame.ch_layout.nb_channels};
         if (mFormat.channels == 0) begin(format);
-        if (!(format == mFormat)) throw FileFailure(mPath, "the sound changes its format on the way");
+        if (!(format == mFormat))
+            throw FileFailure(mFile.path(),
+                              "the sound changes its format on the way (--frames N stops before that)");
         packFrame(frame, mPacked);
         if (mPacked.size() > std::numeric_limits<uint32_t>::max() - kWaveHeadSize - mSize)
-            throw FileFailure(mPath, "the sound is longer than a WAV file can be");
+            throw FileFailure(mFile.path(),
+                              "the sound is longer than a WAV file can be (--frames N stops earlier)");
         mFile.write(mPacked.data(), mPacked.size());
         mSize += uint32_t(mPacked.size());
     }
+    bool hasFrames() const override { return mFormat.channels != 0; }
     void finish() override {
-        if (mFormat.channels == 0) throw FileFailure(mPath, "is empty, no sound was decoded");
-        mFile.rewind();
-        writeHead();
+        if (mFormat.channels == 0)
+            throw FileFailure(mFile.path(),
+                              "not written, no sound was decoded (--track chooses another track)");
+        mFile.patch(0, waveHead(mFormat, mSize));
         mFile.close();
     }
 
   private:
     void begin(const SoundFormat& format) {
         mFormat = format;
-        writeHead();
-    }
-    void writeHead() {
-        const Bytes head = waveHead(mFormat, mSize);
-        mFile.write(head.data(), head.size());
+        mFile.write(waveHead(mFormat, mSize));
     }
 
-    std::string mPath;
-    OutputFile mFile;
+    ExtractFile mFile;
     SoundFormat mFormat;
     uint32_t mSize = 0;  // bytes of samples
     Bytes mPacked;

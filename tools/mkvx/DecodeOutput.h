@@ -16,6 +16,8 @@ class FrameSink {
   public:
     virtual ~FrameSink() = default;
     virtual void take(const AVFrame& frame) = 0;
+    // Is there something to finish?
+    virtual bool hasFrames() const { return true; }
     // After the last frame. Throws FileFailure when the output could not be made.
     virtual void finish() {}
 };

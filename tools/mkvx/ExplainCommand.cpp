@@ -4,7 +4,9 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "RenderExplain.h"
+#include "Text.h"
 
 namespace mkvx {
 namespace {
@@ -15,10 +17,15 @@ struct Options {
 };
 
 int run(const Globals& globals, const Options& options) {
-    if (options.subject.empty())
+    if (options.subject.empty()) {
         renderElementTable(options.format, stdout);
-    else
-        renderExplanation(explain(options.subject, options.file, globals.source), options.format, stdout);
+        return kExitDone;
+    }
+    const Explanation explanation = explain(options.subject, options.file, globals.source);
+    if (!explanation.occurrences) throwIfInterrupted(options.file);
+    renderExplanation(explanation, options.format, stdout);
+    if (explanation.occurrences)
+        throwIfInterrupted(options.file, counted(explanation.occurrences->count, "occurrence"));
     return kExitDone;
 }
 

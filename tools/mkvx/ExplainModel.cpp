@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "Failure.h"
+#include "Interrupt.h"
 #include "Log.h"
 #include "MatroskaSource.h"
 #include "Text.h"
@@ -33,9 +34,9 @@ std::optional<uint32_t> parseId(std::string_view text) {
     return id && (isMarked || FindElementInfo(*id) != nullptr) ? id : std::nullopt;
 }
 
-Place placeOf(const android::sp<android::DataSource>& source, uint64_t offset) {
+Place placeOf(const android::sp<android::DataSource>& source, const std::string& file, uint64_t offset) {
     Place place;
-    place.way = wayTo(source, offset);
+    place.way = wayTo(source, file, offset);
     uint64_t from = 0, to = 0;
     if (const auto* element = std::get_if<Element>(&place.way.back().what)) {
         from = element->offset;
@@ -54,6 +55,7 @@ Occurrences occurrencesOf(const android::sp<android::DataSource>& source, uint32
     Occurrences found;
     ElementWalk walk(source);
     while (std::optional<TreeItem> item = walk.next()) {  // bounded by the walk
+        if (wasInterrupted()) break;
         auto* element = std::get_if<Element>(&item->what);
         if (element == nullptr || element->id != id || found.count++ >= Occurrences::kShown) continue;
         walk.readValue(*element);
@@ -70,7 +72,7 @@ Occurrences occurrencesOf(const android::sp<android::DataSource>& source, uint32
 }
 
 void explainPlace(const SourceOptions& options, Explanation& result) {
-    result.place = placeOf(openMatroska(*result.file, options), *result.offset);
+    result.place = placeOf(openMatroska(*result.file, options), *result.file, *result.offset);
     if (const auto* element = std::get_if<Element>(&result.place->way.back().what)) {
         result.id = element->id;
         result.info = element->info;

@@ -10,8 +10,9 @@
 #include "ExtractWriter.h"
 #include "Failure.h"
 #include "FormatOption.h"
-#include "Progress.h"
+#include "Interrupt.h"
 #include "Text.h"
+#include "UnitProgress.h"
 #include "matroska/MetaDataKeys.h"
 
 namespace mkvx {
@@ -37,22 +38,21 @@ ExtractUnit unitOf(android::MediaBuffer& buffer) {
 
 ExtractedTrack extract(const Session& session, const TrackInfo& track, ProgressStyle style,
                        ExtractWriter& writer, ExtractFile& out) {
-    Progress progress(out.path(), style);
-    const int64_t durationUs = track.durationUs.value_or(0);
-    ProgressState state;
+    UnitProgress progress(out.path(), style, 1);
+    progress.beginPass(track.durationUs.value_or(0));
     ExtractedTrack done{session.info().path, track.index, out.path(), writer.form()};
     writer.begin();
     done.unreadable = passOver(session, track, [&](const PassedUnit& passed) {
         const ExtractUnit unit = unitOf(passed.buffer);
         writer.write(unit);
         ++done.units;
-        state.bytes = out.size();
-        if (durationUs > 0) state.share = double(unit.timeUs) / double(durationUs);
-        progress.reach(state);
+        progress.reach(unit.timeUs, unit.size);
     });
+    progress.hide();
     if (done.unreadable > 0)
         fmt::print(stderr, "mkvx: {}: track {}: {} units could not be read\n", session.info().path,
                    track.index, done.unreadable);
+    if (done.units == 0) throwIfInterrupted(session.info().path);
     if (done.units == 0) throw ExtractRefusal("it delivers no unit");
     writer.finish();
     out.close();
@@ -62,18 +62,16 @@ ExtractedTrack extract(const Session& session, const TrackInfo& track, ProgressS
 
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    const std::vector<TrackInfo>& tracks = session.info().tracks;
-    if (options.track >= tracks.size())
-        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
-                                       options.track, tracks.size()));
-    if (isSameFile(options.file, options.out))
-        throw UsageFailure(fmt::format("{} is the file to read", options.out));
-    const TrackInfo& track = tracks[options.track];
+    const TrackInfo& track = requireTrack(session.info(), options.track);
+    requireOtherFile(options.file, options.out);
     const ExtractTrack facts = factsOf(session, track);
     ExtractFile out(options.out);
     try {
         const ExtractWriterPtr writer = makeExtractWriter(facts, out);
-        renderExtracted(extract(session, track, options.progress, *writer, out), options.format, stdout);
+        const ExtractedTrack done = extract(session, track, options.progress, *writer, out);
+        renderExtracted(done, options.format, stdout);
+        throwIfInterrupted(options.file,
+                           fmt::format("{}, which {} holds", counted(done.units, "unit"), options.out));
     } catch (const ExtractRefusal& refusal) {
         throw FileFailure(options.file, fmt::format("track {}: {}", track.index, printable(refusal.what())));
     }

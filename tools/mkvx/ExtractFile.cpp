@@ -17,7 +17,7 @@ ExtractFile::~ExtractFile() {
 }
 
 void ExtractFile::fail() {
-    throw FileFailure(mPath, std::strerror(errno));
+    throw FileFailure(mPath, std::string("cannot be written: ") + std::strerror(errno));
 }
 
 void ExtractFile::open() {
@@ -46,11 +46,12 @@ void ExtractFile::close() {
     if (std::fclose(file) != 0) fail();
 }
 
-bool isSameFile(const std::string& a, const std::string& b) {
+void requireOtherFile(const std::string& toRead, const std::string& toWrite) {
     struct stat first {
     }, second{};
-    return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    if (::stat(toRead.c_str(), &first) != 0 || ::stat(toWrite.c_str(), &second) != 0) return;
+    if (first.st_dev == second.st_dev && first.st_ino == second.st_ino)
+        throw UsageFailure(toWrite + " is the file to read: -o takes the path of another one");
 }
 
 void appendLittle(std::vector<uint8_t>& out, uint64_t value, int bytes) {

@@ -1,6 +1,6 @@
-// The file that a track is written to.
+// The file that a result is written to.
 //
-// Made at the first write, so that a track that is refused leaves nothing behind; a file that could not be
+// Made at the first write, so that what is refused leaves nothing behind; a file that could not be
 // completed is removed again, if it is a regular one. Every failure throws FileFailure.
 #pragma once
 #include <cstdint>
@@ -37,8 +37,8 @@ class ExtractFile {
     uint64_t mSize = 0;
 };
 
-// Both paths lead to one file that exists.
-bool isSameFile(const std::string& a, const std::string& b);
+// Throws UsageFailure when both paths lead to one file that exists.
+void requireOtherFile(const std::string& toRead, const std::string& toWrite);
 
 // Little- and big-endian numbers for the headers of the formats.
 void appendLittle(std::vector<uint8_t>& out, uint64_t value, int bytes);

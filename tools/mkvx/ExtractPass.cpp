@@ -13,7 +13,7 @@ const TrackInfo& masterOf(const Session& session, const TrackInfo& track) {
             return candidate;
     throw FileFailure(session.info().path,
                       fmt::format("track {}: no subtitle can arrive, since the master track (number {}) has "
-                                  "no source",
+                                  "no source (mkvx check says why)",
                                   track.index, session.reader().masterTrack()));
 }
 

@@ -15,7 +15,8 @@ struct PassedUnit {
 
 // Calls `take` for each unit, going on past those that cannot be read; returns how many those were. For a
 // subtitle track the master track is read, and what arrives meanwhile is taken; without a source for the
-// master track no subtitle arrives, which is a FileFailure. The file bounds the pass.
+// master track no subtitle arrives, which is a FileFailure. The file bounds the pass, and an interruption
+// ends it.
 size_t passOver(const Session& session, const TrackInfo& track,
                 const std::function<void(const PassedUnit&)>& take);
 

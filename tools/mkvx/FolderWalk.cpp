@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "Interrupt.h"
+
 namespace mkvx {
 namespace {
 
@@ -36,7 +38,7 @@ void addFolder(const fs::path& folder, std::vector<FoundFile>& found) {
     const size_t first = found.size();
     for (fs::recursive_directory_iterator at(folder, fs::directory_options::skip_permission_denied, error),
          end;
-         !error && at != end; at.increment(error)) {
+         !error && at != end && !wasInterrupted(); at.increment(error)) {
         std::error_code ignored;
         if (!at->is_regular_file(ignored)) continue;  // a pipe would make its reader wait
         if (hasMatroskaName(at->path()) || beginsAsEbml(at->path()))

@@ -34,13 +34,16 @@ OptionHelp describe(const CLI::Option& option) {
 }
 
 void readFooter(const std::string& footer, CommandHelp& help) {
-    static const std::string kExample = "Example: ";
+    static const std::string kExample = "Example:";
     std::istringstream lines(footer);
+    bool isExample = false;  // and so are the indented lines that follow it
     for (std::string line; std::getline(lines, line);) {
-        if (line.compare(0, kExample.size(), kExample) == 0)
-            help.examples.push_back(line.substr(kExample.size()));
-        else if (!line.empty())
-            help.notes.push_back(line);
+        const bool isFirst = line.compare(0, kExample.size(), kExample) == 0;
+        if (isFirst) line.replace(0, kExample.size(), " ");
+        isExample = isFirst || (isExample && line[0] == ' ');
+        const size_t start = line.find_first_not_of(' ');
+        if (start == std::string::npos) continue;
+        (isExample ? help.examples : help.notes).push_back(line.substr(start));
     }
 }
 

@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "Interrupt.h"
+
 namespace mkvx {
 namespace {
 
@@ -91,6 +93,11 @@ size_t onBody(char* bytes, size_t, size_t size, void* user) {
     return size == 0 ? 1 : 0;
 }
 
+// Called once a second at least, also where nothing comes: an answer other than 0 ends the transfer.
+int onProgress(void*, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    return wasInterrupted() ? 1 : 0;
+}
+
 HttpAnswer::End endOf(CURLcode code, bool isStopped) {
     if (isStopped) return HttpAnswer::End::kStopped;
     switch (code) {
@@ -128,6 +135,8 @@ struct HttpClient::Connection {
         set(CURLOPT_ERRORBUFFER, error);
         set(CURLOPT_HEADERFUNCTION, onHeader);
         set(CURLOPT_WRITEFUNCTION, onBody);
+        set(CURLOPT_XFERINFOFUNCTION, onProgress);
+        set(CURLOPT_NOPROGRESS, 0L);
     }
     ~Connection() { ::curl_easy_cleanup(handle); }
 

@@ -6,6 +6,7 @@
 #include "Failure.h"
 #include "FormatOption.h"
 #include "IndexModel.h"
+#include "Interrupt.h"
 #include "Json.h"
 #include "Session.h"
 #include "SeekLanding.h"
@@ -62,6 +63,7 @@ int run(const Globals& globals, const Options& options) {
             fmt::format("--coarse: {} is neither microseconds nor HH:MM:SS.mmm", options.coarse));
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const IndexReport report = readIndex(session.newBytes());
+    throwIfInterrupted(options.file);
     const std::vector<IndexGap> gaps = gapsOf(report, *coarseUs);
     if (options.format == Format::kJson)
         printJson(options, report, gaps);

@@ -5,6 +5,7 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "SeekLanding.h"
 #include "Session.h"
 
@@ -23,8 +24,11 @@ struct Options {
 Landing readAt(const Session& session, const Options& options, const TrackInfo& track, int64_t byUs) {
     LandingProbe probe(session, track);
     for (size_t i = 0; i < options.at; ++i)
-        if (!probe.read(nullptr).unit)
-            throw UsageFailure(fmt::format("{}: track {} has only {} units", options.file, track.index, i));
+        if (!probe.read(nullptr).unit) {
+            throwIfInterrupted(options.file);
+            throw UsageFailure(fmt::format("{}: track {} has only {} (--at counts them from 0)", options.file,
+                                           track.index, counted(i, "unit")));
+        }
     android::MediaSource::ReadOptions late;
     late.setLateBy(byUs);
     return probe.read(&late);
@@ -53,15 +57,16 @@ void print(const Options& options, const Landing& onTime, const Landing& late) {
 
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    const std::vector<TrackInfo>& tracks = session.info().tracks;
-    if (options.track >= tracks.size())
-        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
-                                       options.track, tracks.size()));
-    const TrackInfo& track = tracks[options.track];
+    const TrackInfo& track = requireTrack(session.info(), options.track);
     if (track.kind == TrackKind::kSubtitle)
         throw UsageFailure(
-            fmt::format("{}: track {} is a subtitle track, which skips nothing", options.file, track.index));
-    print(options, readAt(session, options, track, 0), readAt(session, options, track, options.byUs));
+            fmt::format("{}: track {} is a subtitle track, which skips nothing (--track takes a video or "
+                        "audio track)",
+                        options.file, track.index));
+    const Landing onTime = readAt(session, options, track, 0);
+    const Landing late = readAt(session, options, track, options.byUs);
+    throwIfInterrupted(options.file);
+    print(options, onTime, late);
     return kExitDone;
 }
 

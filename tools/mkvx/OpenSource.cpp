@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "HttpSource.h"
+#include "Interrupt.h"
 #include "Source.h"
 #include "SourceFaults.h"
 #include "Spool.h"
@@ -26,9 +27,9 @@ bool isStandardInput(const std::string& path) {
 }
 
 android::sp<android::DataSource> openBytes(const std::string& path, const SourceOptions& options) {
-    if (isStandardInput(path)) return spooledInput().source();
-    if (isUrl(path)) return openUrl(path, options.url, options.troubles);
-    return openFile(path);
+    if (isStandardInput(path)) return interruptible(spooledInput().source());
+    if (isUrl(path)) return interruptible(openUrl(path, options.url, options.troubles));
+    return interruptible(openFile(path));
 }
 
 android::sp<android::DataSource> withFaults(const android::sp<android::DataSource>& source,

@@ -8,7 +8,7 @@
 
 namespace mkvx {
 
-// Without the faults of `options`. Throws FileFailure.
+// Without the faults of `options`; no read is served after an interruption. Throws FileFailure.
 android::sp<android::DataSource> openBytes(const std::string& path, const SourceOptions& options);
 
 // The source itself when there is nothing to go wrong.

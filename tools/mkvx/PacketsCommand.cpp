@@ -6,7 +6,10 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "Session.h"
+#include "Text.h"
+#include "UnitProgress.h"
 #include "UnitReader.h"
 
 namespace mkvx {
@@ -18,6 +21,7 @@ struct Options {
     size_t limit = std::numeric_limits<size_t>::max();  // units per track
     bool all = false;
     Format format = Format::kTable;
+    ProgressStyle progress = ProgressStyle::kLine;
 };
 
 class Listing {
@@ -25,9 +29,14 @@ class Listing {
     Listing(const Session& session, const Options& options)
         : mSession(session),
           mOptions(options),
-          mWriter(makeUnitWriter(options.format, options.file, stdout)) {}
+          mWriter(makeUnitWriter(options.format, options.file, stdout)),
+          mProgress(options.file, besideListing(options.progress),
+                    options.track ? 1 : session.info().tracks.size()) {}
+
+    uint64_t listed() const { return mListed; }
 
     void list(const TrackInfo& track) {
+        mProgress.beginPass(track.durationUs.value_or(0));
         if (track.kind == TrackKind::kSubtitle)
             listSubtitles(track);
         else
@@ -40,15 +49,23 @@ class Listing {
         return mOptions.all ? mSession.reader().cursor(track.number) : nullptr;
     }
 
-    void note(const TrackInfo& track, const std::string& text) const {
+    void note(const TrackInfo& track, const std::string& text) {
+        mProgress.hide();
         fmt::print(stderr, "mkvx: {}: track {}: {}\n", mOptions.file, track.index, text);
     }
 
-    void noteUnreadable(const TrackInfo& track, TrackReader& reader) const {
+    void noteUnreadable(const TrackInfo& track, TrackReader& reader) {
         if (mOptions.all && reader.unreadable() > 0)
             note(track, fmt::format("{} units could not be read", reader.unreadable()));
         if (!mOptions.all && reader.endedEarly())
             note(track, "the listing ends at a unit that could not be read (--all goes on)");
+    }
+
+    Unit write(const TrackInfo& track, android::MediaBuffer& buffer) {
+        const Unit unit = describeUnit(track, buffer, mSha1);
+        mWriter->write(unit);
+        ++mListed;
+        return unit;
     }
 
     void listTrack(const TrackInfo& track) {
@@ -56,7 +73,7 @@ class Listing {
         for (size_t listed = 0; listed < mOptions.limit; ++listed) {
             const BufferPtr buffer = reader.next();
             if (!buffer) return noteUnreadable(track, reader);
-            mWriter->write(describeUnit(track, *buffer, mSha1));
+            mProgress.reach(write(track, *buffer));
         }
     }
 
@@ -81,7 +98,9 @@ class Listing {
         size_t left = mOptions.limit;
         bool more = true;
         while (more && left > 0) {
-            more = driver.next() != nullptr;
+            const BufferPtr read = driver.next();
+            more = read != nullptr;
+            if (more) mProgress.reach(describeUnit(*master, *read));
             left -= drain(track, subtitles, left);
         }
     }
@@ -92,7 +111,7 @@ class Listing {
         for (; listed < limit; ++listed) {
             const BufferPtr buffer = subtitles.next();
             if (!buffer) break;
-            mWriter->write(describeUnit(track, *buffer, mSha1));
+            write(track, *buffer);
         }
         return listed;
     }
@@ -101,6 +120,8 @@ class Listing {
     const Options& mOptions;
     std::unique_ptr<UnitWriter> mWriter;
     Sha1 mSha1;
+    UnitProgress mProgress;
+    uint64_t mListed = 0;
 };
 
 // Empty for a good value, else what is wrong with it.
@@ -111,16 +132,15 @@ std::string requirePositive(const std::string& text) {
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
-    if (options.track && *options.track >= tracks.size())
-        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
-                                       *options.track, tracks.size()));
+    if (options.track) (void)requireTrack(session.info(), *options.track);
     if (tracks.empty())
-        fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered\n", options.file,
+        fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered (mkvx check says why)\n", options.file,
                    session.reader().entryCount());
     Listing listing(session, options);
     for (const TrackInfo& track : tracks)
-        if (!options.track || *options.track == track.index) listing.list(track);
+        if (!wasInterrupted() && (!options.track || *options.track == track.index)) listing.list(track);
     listing.finish();
+    throwIfInterrupted(options.file, counted(listing.listed(), "unit"));
     return kExitDone;
 }
 
@@ -136,6 +156,7 @@ void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
         ->check(CLI::Validator(requirePositive, "N > 0"));
     command->add_flag("--all", options->all,
                       "Go on past units that cannot be read; a player stops at the first");
+    addProgressOption(*command, options->progress);
     addFormatOption(*command, options->format,
                     {{"table", Format::kTable},
                      {"json", Format::kJson},

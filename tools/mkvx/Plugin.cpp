@@ -40,7 +40,8 @@ ExtractorPlugin loadPlugin(const std::string& path) {
     ExtractorPlugin plugin;
     std::string error;
     if (!ExtractorPlugin::Load(chosen, &plugin, &error))
-        throw FileFailure(chosen, "cannot be used as plug-in: " + error);
+        throw FileFailure(
+            chosen, "cannot be used as plug-in: " + error + " (--plugin takes the path of another one)");
     return plugin;
 }
 

@@ -95,6 +95,11 @@ std::string Progress::jsonOf(const ProgressState& state, double seconds) const {
     return nlohmann::ordered_json{{"progress", json}}.dump();
 }
 
+ProgressStyle besideListing(ProgressStyle style) {
+    const bool isSeen = ::isatty(STDOUT_FILENO) != 0;
+    return style == ProgressStyle::kLine && isSeen ? ProgressStyle::kOff : style;
+}
+
 void addProgressOption(CLI::App& command, ProgressStyle& style) {
     static const std::map<std::string, ProgressStyle> names = {
         {"line", ProgressStyle::kLine}, {"json", ProgressStyle::kJson}, {"off", ProgressStyle::kOff}};

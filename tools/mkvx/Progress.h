@@ -49,6 +49,10 @@ class Progress {
     Clock::time_point mStart, mNext;
 };
 
+// For work that lists as it goes: on a terminal its lines show how far it has come, and another one between
+// them would only be in the way.
+ProgressStyle besideListing(ProgressStyle style);
+
 // Adds --progress line|json|off to the command; `style` has to live as long as it.
 void addProgressOption(CLI::App& command, ProgressStyle& style);
 

@@ -6,6 +6,7 @@
 #include "Command.h"
 #include "ExtractFile.h"
 #include "Failure.h"
+#include "Interrupt.h"
 #include "OpenSource.h"
 #include "ReportCollect.h"
 #include "ReportPage.h"
@@ -25,21 +26,21 @@ CheckedFile examined(const ExtractorPlugin& plugin, const std::string& file, con
     CheckedFile checked;
     const bool isComplete = checkFiles(plugin, {{file, 0}}, options,
                                        [&](size_t, CheckedFile result) { checked = std::move(result); });
-    if (!isComplete) throw FileFailure(file, "interrupted");
+    if (!isComplete) throwIfInterrupted(file);
     if (checked.verdict == Verdict::kNoMatroska || checked.verdict == Verdict::kUnreadable)
         throw FileFailure(file, checked.reason);
     return checked;
 }
 
 int run(const Globals& globals, const Options& options) {
-    if (isSameFile(options.file, options.out))
-        throw UsageFailure(fmt::format("{} is the file to read", options.out));
+    requireOtherFile(options.file, options.out);
     CheckRunOptions check = options.check;
     check.source = globals.source;
     if (isStandardInput(options.file)) (void)spooledInput();  // before there is a child to share it
     const ExtractorPlugin plugin = loadPlugin(globals.plugin);
     const ReportPage page =
         collectReport(plugin, examined(plugin, options.file, check), check.source, check.progress);
+    throwIfInterrupted(options.file);  // nothing was written yet, and half a page would tell what is not so
     ExtractFile out(options.out);
     out.write(reportHtml(page));
     out.close();

@@ -5,6 +5,7 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "SeekLanding.h"
 #include "Session.h"
 
@@ -41,7 +42,9 @@ std::vector<Target> seekAll(const Session& session, const TrackInfo& track,
     for (const int64_t time : times) {
         android::MediaSource::ReadOptions to;
         to.setSeekTo(time);
-        targets.push_back({time, probe.read(&to)});
+        const Landing landing = probe.read(&to);
+        if (wasInterrupted()) break;
+        targets.push_back({time, landing});
     }
     return targets;
 }
@@ -62,6 +65,7 @@ class Printer {
 
     void add(const TrackInfo& track, const std::vector<Target>& targets) {
         for (const Target& target : targets) {
+            ++mAdded;
             if (mFormat == Format::kTable)
                 addLandingRow(mTable,
                               {std::to_string(track.index), clockTime(target.timeUs), offsetText(target)},
@@ -78,6 +82,7 @@ class Printer {
         result["seeks"] = std::move(mSeeks);
         fmt::print("{}\n", dump(result));
     }
+    uint64_t added() const { return mAdded; }
 
   private:
     static Json jsonOf(const TrackInfo& track, const Target& target, Json object) {
@@ -90,25 +95,34 @@ class Printer {
     Format mFormat;
     Json mSeeks = Json::array();
     TextTable mTable;
+    uint64_t mAdded = 0;
 };
 
-int run(const Globals& globals, const Options& options) {
-    const std::vector<int64_t> times = parseTargets(options.targets);
-    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    const std::vector<TrackInfo>& tracks = session.info().tracks;
-    if (options.track && *options.track >= tracks.size())
-        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers {}", options.file,
-                                       *options.track, tracks.size()));
-    Printer printer(options.format);
-    for (const TrackInfo& track : tracks) {
+void seekTracks(const Session& session, const Options& options, const std::vector<int64_t>& times,
+                Printer& printer) {
+    for (const TrackInfo& track : session.info().tracks) {
         const bool isSubtitle = track.kind == TrackKind::kSubtitle;
         if (options.track ? *options.track != track.index : isSubtitle) continue;
         if (isSubtitle)
             fmt::print(stderr, "mkvx: {}: track {}: subtitles follow the seeks of the master track\n",
                        options.file, track.index);
         printer.add(track, seekAll(session, track, times));
+        if (wasInterrupted()) return;
+    }
+}
+
+int run(const Globals& globals, const Options& options) {
+    const std::vector<int64_t> times = parseTargets(options.targets);
+    const Session session(loadPlugin(globals.plugin), options.file, globals.source);
+    if (options.track) (void)requireTrack(session.info(), *options.track);
+    Printer printer(options.format);
+    try {
+        seekTracks(session, options, times, printer);
+    } catch (const FileFailure&) {
+        if (!wasInterrupted()) throw;  // else it may be the interruption's: what was found is printed
     }
     printer.finish(options.file);
+    throwIfInterrupted(options.file, counted(printer.added(), "seek"));
     return kExitDone;
 }
 

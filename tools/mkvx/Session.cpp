@@ -1,10 +1,13 @@
 #include "Session.h"
 
+#include <fmt/format.h>
 #include <media/stagefright/MetaData.h>
 
 #include "Failure.h"
+#include "Interrupt.h"
 #include "OpenSource.h"
 #include "Probe.h"
+#include "Text.h"
 #include "matroska/MetaDataKeys.h"
 
 namespace mkvx {
@@ -90,8 +93,10 @@ void requireSurvivable(const Session& session, const std::string& path) {
         for (size_t i = 0; extractor != nullptr && i < extractor->countTracks(); ++i)
             extractor->getTrackMetaData(i, MediaExtractor::kIncludeExtensiveMetaData);
     });
+    throwIfInterrupted(path);
     if (end)
-        throw UnusableFile(UnusableFile::Why::kStopsProcess, path, "would stop the media process: " + *end,
+        throw UnusableFile(UnusableFile::Why::kStopsProcess, path,
+                           "would stop the media process: " + *end + " (mkvx check tells what is behind it)",
                            *end);
 }
 
@@ -123,22 +128,43 @@ const char* toString(TrackKind kind) {
 Session::Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options)
     : mPlugin(plugin), mFaults(options.faults), mBytes(openBytes(path, options)) {
     const sp<FaultySource> source = new FaultySource(mBytes, mFaults, {});
-    if (!sniff(mPlugin, source, path).claimed)
+    const bool isClaimed = sniff(mPlugin, source, path).claimed;
+    throwIfInterrupted(path);
+    if (!isClaimed)
         throw UnusableFile(UnusableFile::Why::kNotClaimed, path,
                            "is no Matroska or WebM file (it does not begin with 1A 45 DF A3)");
     mSniffed = source->reads();
     requireSurvivable(*this, path);
     mExtractor = newExtractor();
+    throwIfInterrupted(path);
     if (mExtractor == nullptr)
-        throw UnusableFile(UnusableFile::Why::kNoExtractor, path, "the plug-in made no extractor for it");
+        throw UnusableFile(UnusableFile::Why::kNoExtractor, path,
+                           "the plug-in made no extractor for it (mkvx tree shows how far it can be read)");
     mReader = std::make_unique<OwnReader>(newBytes());
+    throwIfInterrupted(path);
     const std::vector<OfferedTrack> offered = mReader->offered();
     if (offered.size() != mExtractor->countTracks())
-        throw FileFailure(path,
-                          "the loaded plug-in offers other tracks than this program's own reader finds");
+        throw FileFailure(
+            path,
+            "the loaded plug-in offers other tracks than this program's own reader finds (--plugin takes "
+            "the one that was built with this program)");
     if (mReader->entryCount() == 0)
-        throw UnusableFile(UnusableFile::Why::kNoTracks, path, "no track description can be read from it");
+        throw UnusableFile(UnusableFile::Why::kNoTracks, path,
+                           "no track description can be read from it (mkvx tree shows what is there)");
     mInfo = describeFile(path, *mExtractor, offered);
+    throwIfInterrupted(path);
+}
+
+const TrackInfo& requireTrack(const FileInfo& info, size_t index) {
+    const size_t count = info.tracks.size();
+    if (index < count) return info.tracks[index];
+    if (count == 0)
+        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers none (mkvx check says why)",
+                                       info.path, index));
+    throw UsageFailure(
+        fmt::format("{}: there is no track {}, the file offers {}, counted from 0 (mkvx info "
+                    "lists them)",
+                    info.path, index, counted(count, "track")));
 }
 
 sp<android::MediaSource> Session::newSource(size_t index) const {
@@ -159,7 +185,9 @@ sp<android::DataSource> Session::unsniffedBytes() const {
 }
 
 SniffResult sniffFile(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options) {
-    return sniff(plugin, openSource(path, options), path);
+    const SniffResult result = sniff(plugin, openSource(path, options), path);
+    throwIfInterrupted(path);
+    return result;
 }
 
 }  // namespace mkvx

@@ -2,8 +2,9 @@
 // ask.
 //
 // A Session throws FileFailure for a file that cannot be used: unreadable, not claimed by the sniffer, able
-// to stop the process that opens it, or without a single track entry. One thread. The buffers and sources
-// that it hands out keep what they need alive; the plug-in's library stays loaded.
+// to stop the process that opens it, or without a single track entry; and Interrupted, since what opening
+// then finds is not what the file holds. One thread. The buffers and sources that it hands out keep what they
+// need alive; the plug-in's library stays loaded.
 //
 // The file is opened once, and every extractor gets a view of its own of the bytes. Where faults are asked
 // for, each view begins them where the sniffer's reads have left them, as on a device, where one source
@@ -40,6 +41,9 @@ class UnusableFile : public FileFailure {
     std::string mStoppedBy;
 };
 
+// The track with the framework's index. Throws UsageFailure when the file offers none with that.
+const TrackInfo& requireTrack(const FileInfo& info, size_t index);
+
 class Session {
   public:
     Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options = {});
@@ -66,7 +70,7 @@ class Session {
     FileInfo mInfo;
 };
 
-// Asks only the sniffer. Throws FileFailure when the file cannot be read.
+// Asks only the sniffer. Throws FileFailure when the file cannot be read, and Interrupted.
 SniffResult sniffFile(const ExtractorPlugin& plugin, const std::string& path,
                       const SourceOptions& options = {});
 

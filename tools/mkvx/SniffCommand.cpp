@@ -5,7 +5,9 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "Session.h"
+#include "Text.h"
 
 namespace mkvx {
 namespace {
@@ -20,9 +22,12 @@ int run(const Globals& globals, const Options& options) {
     std::vector<SniffResult> results;
     std::vector<std::string> complaints;
     for (const std::string& file : options.files) {
+        if (wasInterrupted()) break;
         try {
             results.push_back(sniffFile(plugin, file, globals.source));
             if (!results.back().claimed) complaints.push_back(file + ": is no Matroska or WebM file");
+        } catch (const Interrupted&) {
+            break;
         } catch (const FileFailure& failure) {
             complaints.push_back(failure.what());
         }
@@ -30,6 +35,8 @@ int run(const Globals& globals, const Options& options) {
     renderSniff(results, options.format, stdout);
     std::fflush(stdout);
     for (const std::string& complaint : complaints) fmt::print(stderr, "mkvx: {}\n", complaint);
+    throwIfInterrupted(options.files.front(),
+                       fmt::format("{} of {}", results.size(), counted(options.files.size(), "file")));
     return complaints.empty() ? kExitDone : kExitFileUnusable;
 }
 

@@ -16,7 +16,8 @@ void requireFile(const std::string& path) {
         throw FileFailure(
             path, isOther ? "only http:// and https:// are read from a network" : std::strerror(errno));
     }
-    if (S_ISDIR(status.st_mode)) throw FileFailure(path, std::strerror(EISDIR));
+    if (S_ISDIR(status.st_mode))
+        throw FileFailure(path, std::string(std::strerror(EISDIR)) + " (mkvx check takes folders)");
     // Opening a pipe that nobody writes to would wait for ever.
     if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
         throw FileFailure(path,

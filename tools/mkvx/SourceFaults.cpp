@@ -1,7 +1,6 @@
 #include "SourceFaults.h"
 
-#include <chrono>
-#include <thread>
+#include "Interrupt.h"
 
 namespace mkvx {
 
@@ -12,7 +11,7 @@ FaultySource::FaultySource(const android::sp<android::DataSource>& source, const
 ssize_t FaultySource::readAt(off64_t offset, void* data, size_t size) {
     const uint64_t read = ++mAll;
     const uint64_t longer = size > 1 ? ++mLonger : 0;
-    if (mFaults.lateUs > 0) std::this_thread::sleep_for(std::chrono::microseconds(mFaults.lateUs));
+    if (mFaults.lateUs > 0) sleepFor(mFaults.lateUs);
     if (mFaults.failAt > 0 && (read == mFaults.failAt || (mFaults.failsFromOn && read > mFaults.failAt)))
         return android::ERROR_IO;
     if (mFaults.shortEvery > 0 && longer > 0 && longer % mFaults.shortEvery == 0) size /= 2;

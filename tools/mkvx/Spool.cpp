@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "Failure.h"
+#include "Interrupt.h"
 #include "Progress.h"
+#include "Text.h"
 
 namespace mkvx {
 namespace {
@@ -27,6 +29,7 @@ std::unique_ptr<Spool> readInput() {
     Progress progress(kInput, ProgressStyle::kLine);
     std::vector<char> chunk(1 << 18);
     while (true) {
+        if (!waitToRead(STDIN_FILENO)) throwIfInterrupted(kInput, counted(spool->size(), "byte"));
         const ssize_t count = ::read(STDIN_FILENO, chunk.data(), chunk.size());
         if (count == 0) return spool;
         if (count < 0 && errno == EINTR) continue;

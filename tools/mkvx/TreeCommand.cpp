@@ -5,8 +5,10 @@
 #include "Command.h"
 #include "Failure.h"
 #include "FormatOption.h"
+#include "Interrupt.h"
 #include "Log.h"
 #include "MatroskaSource.h"
+#include "Progress.h"
 #include "RenderTree.h"
 #include "TreeListing.h"
 
@@ -18,16 +20,25 @@ struct Options {
     TreeOptions tree;
     bool isWhole = false;
     Format format = Format::kTable;
+    ProgressStyle progress = ProgressStyle::kLine;
 };
 
 int run(const Globals& globals, const Options& options) {
     const MuteLog mute;
     TreeOptions tree = options.tree;
     tree.isShortened = !options.isWhole && (!tree.depth || tree.at);
-    TreeListing listing(openMatroska(options.file, globals.source), tree);
+    Progress progress(options.file, besideListing(options.progress));
+    ProgressState reached;
+    tree.onReached = [&](uint64_t offset) {
+        reached.bytes = offset;
+        progress.reach(reached);
+    };
+    TreeListing listing(openMatroska(options.file, globals.source), options.file, tree);
+    reached.bytesTotal = listing.fileLength().value_or(0);
     const auto writer = makeTreeWriter(options.format, options.file, listing.fileLength(), stdout);
     while (const std::optional<TreeItem> item = listing.next()) writer->write(*item);
     writer->finish();
+    throwIfInterrupted(options.file, fmt::format("byte {}", reached.bytes));
     return kExitDone;
 }
 
@@ -45,6 +56,7 @@ void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen) {
     command->add_option(
         "--at", options->tree.at,
         "Show the element that holds the byte at this offset, the way to it and what it holds");
+    addProgressOption(*command, options->progress);
     addFormatOption(*command, options->format,
                     {{"text", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
     command->footer("Example: mkvx tree --at 5914 film.mkv");

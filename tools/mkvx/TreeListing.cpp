@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "Failure.h"
+#include "Interrupt.h"
 
 namespace mkvx {
 namespace {
@@ -49,7 +50,8 @@ bool holds(const TreeItem& item, uint64_t at) {
     return from <= at && at < to;
 }
 
-std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, uint64_t at) {
+std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, const std::string& file,
+                            uint64_t at) {
     ElementWalk walk(source);
     std::vector<TreeItem> way;
     while (std::optional<TreeItem> item = walk.next()) {  // bounded: skips what does not hold the byte
@@ -63,18 +65,24 @@ std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, uint
         if (element != nullptr) walk.readValue(*element);
         if (element == nullptr || at < element->dataOffset) break;
     }
-    if (way.empty()) throw UsageFailure(fmt::format("the file has no byte {}", at));
+    throwIfInterrupted(file);
+    if (way.empty())
+        throw UsageFailure(fmt::format("{}: the file has no byte {}{}", file, at,
+                                       walk.length() ? fmt::format(", it ends at {}", *walk.length()) : ""));
     return way;
 }
 
-TreeListing::TreeListing(const android::sp<android::DataSource>& source, const TreeOptions& options)
+TreeListing::TreeListing(const android::sp<android::DataSource>& source, const std::string& file,
+                         const TreeOptions& options)
     : mOptions(options), mWalk(source) {
-    if (mOptions.at) mTarget = wayTo(source, *mOptions.at).back();
+    if (mOptions.at) mTarget = wayTo(source, file, *mOptions.at).back();
 }
 
 std::optional<TreeItem> TreeListing::next() {
     while (mReady.empty() && !mIsOver) {  // bounded by the walk
         std::optional<TreeItem> item = mWalk.next();
+        if (wasInterrupted()) return std::nullopt;  // what came may be made of reads that failed
+        if (item) mOptions.onReached(extentOf(*item).first);
         const Verdict verdict = item ? judge(*item) : Verdict::kStop;
         switch (verdict) {
             case Verdict::kShow:
@@ -91,7 +99,7 @@ std::optional<TreeItem> TreeListing::next() {
                 break;
         }
     }
-    if (mReady.empty()) return std::nullopt;
+    if (mReady.empty() || wasInterrupted()) return std::nullopt;
     TreeItem item = std::move(mReady.front());
     mReady.pop_front();
     return item;

@@ -4,7 +4,9 @@
 // have.
 #pragma once
 #include <deque>
+#include <functional>
 #include <map>
+#include <string>
 
 #include "ElementWalk.h"
 
@@ -14,13 +16,16 @@ struct TreeOptions {
     std::optional<unsigned> depth;  // levels to list; with `at`, levels below the element that holds the byte
     bool isShortened = true;        // long rows of siblings are cut, and what is left out is counted
     std::optional<uint64_t> at;     // list only the way to this byte's element, and what that holds
+    std::function<void(uint64_t offset)> onReached = [](uint64_t) {};  // hears how far the walk has come
 };
 
 class TreeListing {
   public:
-    TreeListing(const android::sp<android::DataSource>& source, const TreeOptions& options);
+    // `file` names the source in failures.
+    TreeListing(const android::sp<android::DataSource>& source, const std::string& file,
+                const TreeOptions& options);
 
-    // The next item to list, with its value; nullopt at the end.
+    // The next item to list, with its value; nullopt at the end, and after an interruption.
     std::optional<TreeItem> next();
     std::optional<uint64_t> fileLength() const { return mWalk.length(); }
 
@@ -55,6 +60,7 @@ bool holds(const TreeItem& item, uint64_t at);
 
 // The items of the file that hold the byte, with values, from the top to the deepest. Throws UsageFailure
 // when there is none.
-std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, uint64_t at);
+std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, const std::string& file,
+                            uint64_t at);
 
 }  // namespace mkvx

@@ -3,6 +3,7 @@
 #include <media/stagefright/MetaData.h>
 #include <stdexcept>
 
+#include "Interrupt.h"
 #include "matroska/MetaDataKeys.h"
 
 namespace mkvx {
@@ -25,6 +26,7 @@ BufferPtr TrackReader::readOnce() {
 BufferPtr TrackReader::next() {
     while (true) {
         BufferPtr buffer = readOnce();
+        if (wasInterrupted()) return nullptr;  // what came may be made of reads that failed
         if (mTwin) mTwin->step();
         if (buffer || !mTwin || mTwin->atEnd()) return buffer;
         ++mUnreadable;
@@ -32,7 +34,7 @@ BufferPtr TrackReader::next() {
 }
 
 bool TrackReader::endedEarly() {
-    return readOnce() != nullptr;
+    return !wasInterrupted() && readOnce() != nullptr;
 }
 
 Unit describeUnit(const TrackInfo& track, android::MediaBuffer& buffer) {

@@ -28,7 +28,7 @@ class TrackReader {
     TrackReader(const TrackReader&) = delete;
     TrackReader& operator=(const TrackReader&) = delete;
 
-    // The next unit; null at the end.
+    // The next unit; null at the end, and after an interruption.
     BufferPtr next();
     // Answers that were no unit and not the end; counted only with a twin.
     size_t unreadable() const { return mUnreadable; }

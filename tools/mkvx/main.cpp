@@ -3,22 +3,59 @@
 #include <fmt/format.h>
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <system_error>
 
 #include "Command.h"
 #include "Failure.h"
+#include "HelpModel.h"
+#include "Interrupt.h"
 #include "Log.h"
+#include "Similar.h"
+#include "Text.h"
 
 namespace {
+
+constexpr char kExamples[] =
+    "  mkvx check film.mkv                 # what a device would do with it, track by track, and why\n"
+    "  mkvx info film.mkv                  # the tracks that a player would be offered\n"
+    "  mkvx report film.mkv -o film.html   # all of it as a page for the browser\n";
 
 int complain(const std::string& sentence, int exitCode) {
     fmt::print(stderr, "mkvx: {}\n", sentence);
     return exitCode;
 }
 
-int answerParseError(const CLI::App& app, const CLI::ParseError& error) {
+// The first word that stands where a command should.
+std::optional<std::string> wrongCommand(const CLI::App& app) {
+    if (!app.get_subcommands().empty()) return std::nullopt;
+    for (const std::string& word : app.remaining())
+        if (word.empty() || word[0] != '-') return word;
+    return std::nullopt;
+}
+
+int complainOfCommand(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names, similar;
+    for (const mkvx::CommandHelp& command : mkvx::describeHelp(app).commands) names.push_back(command.name);
+    similar = mkvx::similarTo(word, names);
+    return complain(
+        fmt::format("there is no command {}{} (mkvx --help lists the commands)", mkvx::printable(word),
+                    similar.empty() ? "" : ", did you mean " + similar.front() + "?"),
+        mkvx::kExitWrongUsage);
+}
+
+int answerParseError(const CLI::App& app, const CLI::ParseError& error, bool isBare) {
     if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
-    return complain(std::string(error.what()) + " (mkvx --help lists the commands)", mkvx::kExitWrongUsage);
+    if (isBare) {
+        fmt::print(stderr, "Usage: mkvx COMMAND FILE... [OPTION...]\n{}mkvx --help lists the commands.\n",
+                   kExamples);
+        return mkvx::kExitWrongUsage;
+    }
+    if (const auto word = wrongCommand(app)) return complainOfCommand(app, *word);
+    const auto commands = app.get_subcommands();
+    return complain(fmt::format("{} ({} --help tells more)", mkvx::printable(error.what()),
+                                commands.empty() ? "mkvx" : "mkvx " + commands.front()->get_name()),
+                    mkvx::kExitWrongUsage);
 }
 
 // A full disk or a closed pipe shows only when the last bytes are written.
@@ -36,12 +73,35 @@ int complainOfFile(const mkvx::SourceOptions& source, const std::string& sentenc
                     mkvx::kExitFileUnusable);
 }
 
+// What was found is on stdout.
+int complainOfInterruption(const std::string& sentence) {
+    return flushed(mkvx::kExitDone) == mkvx::kExitDone ? complain(sentence, mkvx::kExitInterrupted)
+                                                       : mkvx::kExitFileUnusable;
+}
+
 // What is printed came from sources that may have broken before their end.
 int withTroubles(const mkvx::SourceTroubles& troubles, int exitCode) {
     if (troubles.empty()) return exitCode;
     std::fflush(stdout);
     for (const std::string& trouble : troubles) complain(trouble, exitCode);
     return exitCode == mkvx::kExitDone ? int(mkvx::kExitFileUnusable) : exitCode;
+}
+
+// Of the exception that is being handled.
+int answerFailure(const mkvx::SourceOptions& source) {
+    try {
+        throw;
+    } catch (const std::system_error& error) {  // the printing library met a full disk or a closed pipe
+        return complain(std::string("standard output: ") + error.what(), mkvx::kExitFileUnusable);
+    } catch (const mkvx::Interrupted& interrupted) {
+        return complainOfInterruption(interrupted.what());
+    } catch (const std::exception& error) {
+        if (mkvx::wasInterrupted())  // whatever failed, reads that were not served are behind it
+            return complainOfInterruption(mkvx::interruptedBeforeResult());
+        if (dynamic_cast<const mkvx::UsageFailure*>(&error) != nullptr)
+            return complain(error.what(), mkvx::kExitWrongUsage);
+        return complainOfFile(source, error.what());
+    }
 }
 
 }  // namespace
@@ -61,9 +121,8 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer(
         "Exit codes: 0 done; 1 a file cannot be used, or the result cannot be written; 2 wrong usage; 3 to 6 "
-        "are "
-        "verdicts of check; 130 interrupted.\n"
-        "Example: mkvx info film.mkv");
+        "are verdicts of check; 130 interrupted.\n" +
+        std::string("Example:\n") + kExamples);
     app.fallthrough();
     mkvx::addCheckCommand(app, globals, chosen);
     mkvx::addSniffCommand(app, globals, chosen);
@@ -86,16 +145,11 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
         mkvx::installLogger(globals.logLevel);
+        mkvx::watchForInterruption();
         return flushed(withTroubles(*globals.source.troubles, chosen()));
     } catch (const CLI::ParseError& error) {
-        return answerParseError(app, error);
-    } catch (const mkvx::UsageFailure& failure) {
-        return complain(failure.what(), mkvx::kExitWrongUsage);
-    } catch (const mkvx::FileFailure& failure) {
-        return complainOfFile(globals.source, failure.what());
-    } catch (const std::system_error& error) {  // the printing library met a full disk or a closed pipe
-        return complain(std::string("standard output: ") + error.what(), mkvx::kExitFileUnusable);
-    } catch (const std::exception& error) {
-        return complainOfFile(globals.source, error.what());
+        return answerParseError(app, error, argc < 2);
+    } catch (const std::exception&) {
+        return answerFailure(globals.source);
     }
 }

@@ -70,9 +70,13 @@ PROGRESS = ['--progress', 'json']
 
 
 @pytest.mark.parametrize('args, late, shape', [
-    (['packets', '--format', 'csv', *PROGRESS], 2000, 'lines'), (['packets', '--format', 'jsonl', *PROGRESS], 2000, 'jsonl'),
-    (['tree', '--all', *PROGRESS], 100000, 'lines'), (['tree', '--all', '--format', 'json', *PROGRESS], 100000, 'json'),
-    (['explain', '--format', 'json', 'SimpleBlock'], 100000, 'json'), (['decode', '--format', 'json', *PROGRESS], 2000, 'json'),
+    (['packets', '--format', 'csv', *PROGRESS], 2000, 'lines'),
+    (['packets', '--format', 'jsonl', *PROGRESS], 2000, 'jsonl'),
+    (['packets', '--format', 'json', *PROGRESS], 2000, 'json'),
+    (['tree', '--all', *PROGRESS], 100000, 'lines'),
+    (['tree', '--all', '--format', 'json', *PROGRESS], 100000, 'json'),
+    (['explain', '--format', 'json', 'SimpleBlock'], 100000, 'json'),
+    (['decode', '--format', 'json', *PROGRESS], 2000, 'json'),
     (['cost', '--demux', '--seeks', '0', '--format', 'json', *PROGRESS], 1000, 'json'),
     (['extract', '--track', '0', '-o', 'OUT', *PROGRESS], 2000, 'lines'),
     (['seek', '--track', '0', *['--to', '4000000'] * 500, '--format', 'jsonl'], 500, 'jsonl'),
@@ -103,7 +107,8 @@ def test_interruption(binary, sample, tmp_path, args, late, shape):
 
 def test_interruption_while_standard_input_is_awaited(binary):
     silent, other_end = os.pipe()
-    run = subprocess.Popen([binary, 'info', '-'], stdin=silent, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    run = subprocess.Popen([binary, 'info', '-'], stdin=silent, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                           text=True)
     time.sleep(0.5)
     run.send_signal(signal.SIGINT)
     out, err = run.communicate(timeout=10)
@@ -111,8 +116,9 @@ def test_interruption_while_standard_input_is_awaited(binary):
     assert run.returncode == 130 and out == '' and err == 'mkvx: standard input: interrupted after 0 bytes\n'
 
 
-@pytest.mark.parametrize('args, late', [(['packets'], 2000), (['tree', '--all'], 100000), (['decode'], 2000),
-                                        (['cost', '--demux', '--seeks', '0'], 1000)], ids=lambda a: str(a[0]) if isinstance(a, list) else '')
+@pytest.mark.parametrize('args, late', [
+    (['packets'], 2000), (['tree', '--all'], 100000), (['decode'], 2000), (['cost', '--demux', '--seeks', '0'], 1000),
+], ids=str)
 def test_progress(binary, sample, args, late):
     run = subprocess.Popen([binary, *args, *PROGRESS, '--late', str(late), sample], stdout=subprocess.DEVNULL,
                            stderr=subprocess.PIPE, text=True)

@@ -85,7 +85,7 @@ class Walk {
         bytes->observe(into(CostStage::kSeeks));
         if (sought != nullptr && mOptions.seeks > 0) seek(extractor, *sought);
         throwIfInterrupted(mSession.info().path);
-        if (mOptions.demux) demux();
+        if (mOptions.demux) untilInterrupted([this] { demux(); });
         CostLedgerResult result{mIsCached, mLedger.costs()};
         if (wasInterrupted()) result.stages[size_t(CostStage::kDemux)] = {};  // a part of it would mislead
         return result;
@@ -242,13 +242,11 @@ CostReport measureCost(const Session& session, const CostOptions& options) {
     for (const bool isCached : {false, true}) {
         if (!isCached && isUrl(report.path)) continue;
         const uint64_t end = report.size.value_or(uint64_t(INT64_MAX));
-        try {
-            report.ledgers.push_back(Walk(session, options, isCached, end, elements).run(sought));
-        } catch (const Interrupted&) {
-            if (report.ledgers.empty()) throw;
-        }
+        untilInterrupted(
+            [&] { report.ledgers.push_back(Walk(session, options, isCached, end, elements).run(sought)); });
         if (wasInterrupted()) break;
     }
+    if (report.ledgers.empty()) throwIfInterrupted(report.path);
     return report;
 }
 

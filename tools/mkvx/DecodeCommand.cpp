@@ -149,11 +149,14 @@ int run(const Globals& globals, const Options& options) {
     UnitProgress progress(options.file, options.progress,
                           size_t(std::count_if(tracks.begin(), tracks.end(), isWanted)));
     std::vector<DecodedTrack> results;
-    for (const TrackInfo& track : tracks) {
-        if (!isWanted(track) || wasInterrupted()) continue;
-        TrackDecoding decoding(track, options.frames, &track == toOutput ? output.get() : nullptr, progress);
-        results.push_back(decoding.run(session.newSource(track.index)));
-    }
+    untilInterrupted([&] {
+        for (const TrackInfo& track : tracks) {
+            if (!isWanted(track) || wasInterrupted()) continue;
+            FrameSink* const sink = &track == toOutput ? output.get() : nullptr;
+            TrackDecoding decoding(track, options.frames, sink, progress);
+            results.push_back(decoding.run(session.newSource(track.index)));
+        }
+    });
     progress.hide();
     renderDecoded(results, options.format, stdout);
     if (output && (!wasInterrupted() || output->hasFrames())) output->finish();

@@ -36,6 +36,17 @@ void throwIfInterrupted(const std::string& file);
 // "interrupted after 1.5 s, before there was a result".
 std::string interruptedBeforeResult();
 
+// Does the work. What it throws after an interruption may be that one's doing, and goes no further: what was
+// found until then is to be printed.
+template <typename Work>
+void untilInterrupted(const Work& work) {
+    try {
+        work();
+    } catch (const std::exception&) {
+        if (!wasInterrupted()) throw;
+    }
+}
+
 // Waits until the descriptor can be read, or is at its end. False after an interruption that came first.
 bool waitToRead(int fd);
 // Not after an interruption, and no longer than up to one.

@@ -137,8 +137,10 @@ int run(const Globals& globals, const Options& options) {
         fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered (mkvx check says why)\n", options.file,
                    session.reader().entryCount());
     Listing listing(session, options);
-    for (const TrackInfo& track : tracks)
-        if (!wasInterrupted() && (!options.track || *options.track == track.index)) listing.list(track);
+    untilInterrupted([&] {
+        for (const TrackInfo& track : tracks)
+            if (!wasInterrupted() && (!options.track || *options.track == track.index)) listing.list(track);
+    });
     listing.finish();
     throwIfInterrupted(options.file, counted(listing.listed(), "unit"));
     return kExitDone;

@@ -116,11 +116,7 @@ int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     if (options.track) (void)requireTrack(session.info(), *options.track);
     Printer printer(options.format);
-    try {
-        seekTracks(session, options, times, printer);
-    } catch (const FileFailure&) {
-        if (!wasInterrupted()) throw;  // else it may be the interruption's: what was found is printed
-    }
+    untilInterrupted([&] { seekTracks(session, options, times, printer); });
     printer.finish(options.file);
     throwIfInterrupted(options.file, counted(printer.added(), "seek"));
     return kExitDone;

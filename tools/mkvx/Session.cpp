@@ -172,7 +172,10 @@ sp<android::MediaSource> Session::newSource(size_t index) const {
 }
 
 sp<MediaExtractor> Session::newExtractor() const {
-    return mPlugin.open(newBytes(), nullptr);
+    const sp<MediaExtractor> extractor = mPlugin.open(newBytes(), nullptr);
+    if (extractor == nullptr && mExtractor != nullptr)  // the source has broken since
+        throw FileFailure(mInfo.path, "the plug-in made no extractor for it a second time");
+    return extractor;
 }
 
 sp<android::DataSource> Session::newBytes() const {

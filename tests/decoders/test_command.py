@@ -73,8 +73,8 @@ def test_frames_ends_each_track_early(mkvx, film):
     (['--track', '7'], 2, 'there is no track 7, the file offers 3'),
     (['--frames', '0'], 2, '--frames'),
     (['--frames', '1', '--track', '1', '-o', 'never.png'], 1, 'no picture was decoded at or after'),
-    (['-o', '/nowhere/x.png'], 1, '/nowhere/x.png: No such file or directory'),
-    (['--track', '0', '-o', '/nowhere/x.wav'], 1, '/nowhere/x.wav: No such file or directory'),
+    (['-o', '/nowhere/x.png'], 1, '/nowhere/x.png: cannot be written: No such file or directory'),
+    (['--track', '0', '-o', '/nowhere/x.wav'], 1, '/nowhere/x.wav: cannot be written: No such file or directory'),
 ])
 def test_what_cannot_be_done_is_said(mkvx, film, tmp_path, monkeypatch, arguments, code, said):
     monkeypatch.chdir(tmp_path)

@@ -404,9 +404,7 @@ class SimpleBlock {
     bool IsRefused() const { return mIsRefused; }
     bool IsKeyFrameFlagged() const { return (Flags.Get() & kKeyFrameFlag) != 0; }
     uint32_t Lacing() const { return (Flags.Get() >> 1) & 3; }
-    // Makes the object as new, keeping its allocations.
-    void Reset() { Restart(BlockHeader{}); }
-    // The same for a block that begins with `header`.
+    // Makes the object as new for a block that begins with `header`, keeping its allocations.
     void Restart(const BlockHeader& header) {
         SetHeader(header);
         FramesPosition = 0;

@@ -8,6 +8,11 @@ set(MKVX_SANITIZE "" CACHE STRING "Comma-separated sanitizers, for example addre
 if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
 endif()
+# A compiler cache serves rebuilds, other checkouts and other presets alike.
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
 set(CMAKE_CXX_EXTENSIONS ON)      # gnu++: the platform headers use it
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)

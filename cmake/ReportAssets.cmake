@@ -1,7 +1,7 @@
 # Makes a source file that holds files of the report page as byte arrays. Run at build time:
 #   cmake -DOUTPUT=FILE -DASSETS=NAME=FILE|FILE... -P ReportAssets.cmake
 # Each NAME becomes a std::string_view of its files, one behind the other.
-set(text "#include \"ReportAssets.h\"\n\nnamespace mkvx {\n")
+set(text "#include \"report/Assets.h\"\n\nnamespace mkvx {\n")
 foreach(asset ${ASSETS})
   string(REGEX MATCH "^([^=]+)=(.*)$" _ "${asset}")
   set(name ${CMAKE_MATCH_1})

@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <string>
 
-#include "BenchSource.h"
-#include "BenchTimer.h"
-#include "Failure.h"
-#include "SeekTargets.h"
+#include "source/BenchSource.h"
+#include "bench/Timer.h"
+#include "base/Failure.h"
+#include "seek/Targets.h"
 
 namespace bench {
 namespace {

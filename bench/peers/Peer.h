@@ -11,7 +11,7 @@
 #include <functional>
 #include <memory>
 
-#include "BenchWork.h"
+#include "bench/Work.h"
 
 namespace bench {
 

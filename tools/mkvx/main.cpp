@@ -6,13 +6,13 @@
 #include <optional>
 #include <system_error>
 
-#include "Command.h"
-#include "Failure.h"
-#include "HelpModel.h"
-#include "Interrupt.h"
-#include "Log.h"
-#include "Similar.h"
-#include "Text.h"
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+#include "base/Log.h"
+#include "base/Similar.h"
+#include "base/Text.h"
+#include "cli/Command.h"
+#include "cli/HelpModel.h"
 
 namespace {
 

@@ -1,0 +1,22 @@
+#include "base/Terminal.h"
+
+#include <unistd.h>
+#include <cstdlib>
+#include <cstring>
+
+namespace mkvx {
+
+bool wantsColour(std::FILE* out) {
+    const char* none = std::getenv("NO_COLOR");
+    if (none != nullptr && *none != '\0') return false;
+    const char* terminal = std::getenv("TERM");
+    const bool isPlain = terminal == nullptr || std::strcmp(terminal, "dumb") == 0;
+    return !isPlain && ::isatty(::fileno(out)) != 0;
+}
+
+std::string Paint::wrap(const char* code, const std::string& text) const {
+    if (!mIsOn || text.empty()) return text;
+    return std::string("\033[") + code + "m" + text + "\033[0m";
+}
+
+}  // namespace mkvx

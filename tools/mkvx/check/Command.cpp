@@ -1,0 +1,119 @@
+// mkvx check PATH...: what a device would do with files, and why.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <algorithm>
+#include <map>
+#include <thread>
+
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+#include "base/Text.h"
+#include "check/Json.h"
+#include "check/Run.h"
+#include "check/Text.h"
+#include "cli/Command.h"
+#include "cli/FormatOption.h"
+#include "device/Plugin.h"
+#include "source/OpenSource.h"
+#include "source/Spool.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::vector<std::string> paths;
+    CheckRunOptions run;
+    bool isQuick = false;
+    bool isBrief = false;
+    Format format = Format::kTable;
+};
+
+// Hands text out in the order of the list and JSON lines as they come; keeps what the end needs.
+class Reporter {
+  public:
+    explicit Reporter(const Options& options) : mOptions(options) {}
+
+    void take(size_t place, CheckedFile checked) {
+        ++mCount;
+        mWorst = std::max(mWorst, checked.verdict);
+        if (mOptions.format == Format::kJsonLines) {
+            fmt::print("{}\n", toJsonLine(checked));
+            std::fflush(stdout);
+            return;
+        }
+        mWaiting.emplace(place, std::move(checked));
+        while (!mWaiting.empty() && mWaiting.begin()->first == mDone.size()) printNext();
+    }
+
+    int finish(bool isComplete) {
+        while (!mWaiting.empty()) printNext();
+        if (mOptions.format == Format::kJson) fmt::print("{}\n", toJson(mDone, mWorst, isComplete));
+        if (mOptions.format == Format::kTable && mDone.size() > 1) renderCheckSummary(mDone, stdout);
+        return exitCodeOf(mWorst);
+    }
+    size_t done() const { return mCount; }
+
+  private:
+    void printNext() {
+        mDone.push_back(std::move(mWaiting.begin()->second));
+        mWaiting.erase(mWaiting.begin());
+        if (mOptions.format != Format::kTable) return;
+        renderChecked(mDone.back(), mOptions.isBrief, stdout);
+        std::fflush(stdout);
+    }
+
+    const Options& mOptions;
+    std::map<size_t, CheckedFile> mWaiting;  // for those in front of them
+    std::vector<CheckedFile> mDone;
+    size_t mCount = 0;
+    Verdict mWorst = Verdict::kPlays;
+};
+
+int run(const Globals& globals, const Options& options) {
+    const std::vector<FoundFile> files = findFiles(options.paths);
+    if (files.empty())
+        throw FileFailure(
+            options.paths.front(),
+            "holds no Matroska or WebM file (a file that is named itself is examined whatever it is)");
+    CheckRunOptions runOptions = options.run;
+    runOptions.depth.units = !options.isQuick;
+    runOptions.source = globals.source;
+    if (std::any_of(options.paths.begin(), options.paths.end(), isStandardInput))
+        (void)spooledInput();  // once, before there are children to share it
+    const ExtractorPlugin plugin = loadPlugin(globals.plugin);
+    Reporter reporter(options);
+    const bool isComplete = checkFiles(plugin, files, runOptions, [&](size_t place, CheckedFile checked) {
+        reporter.take(place, std::move(checked));
+    });
+    const int exitCode = reporter.finish(isComplete);
+    throwIfInterrupted(options.paths.front(),
+                       fmt::format("{} of {}", reporter.done(), counted(files.size(), "file")));
+    return exitCode;
+}
+
+}  // namespace
+
+void addCheckCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    options->run.jobs = std::max(1u, std::thread::hardware_concurrency());
+    CLI::App* command =
+        app.add_subcommand("check", "What a device would do with files, track by track, and why");
+    command->add_option("PATH", options->paths, "Files, and folders to search for Matroska files")
+        ->required();
+    command->add_option("--jobs,-j", options->run.jobs, "How many files at once")
+        ->check(CLI::Range(1u, 256u))
+        ->capture_default_str();
+    command->add_option("--time-limit", options->run.timeLimit, "Seconds after which a file is given up")
+        ->check(CLI::Range(0.01, 1e6))
+        ->capture_default_str();
+    command->add_flag("--quick", options->isQuick, "Only what opening tells: read no units, count no bytes");
+    command->add_flag("--brief", options->isBrief, "Only the verdict lines and the table");
+    addProgressOption(*command, options->run.progress);
+    addFormatOption(*command, options->format,
+                    {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
+    command->footer("Example: mkvx check film.mkv\n         mkvx check --jobs 8 --format jsonl /media/films");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

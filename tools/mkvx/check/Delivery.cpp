@@ -1,0 +1,220 @@
+// What arrives of each track.
+#include <fmt/format.h>
+#include <algorithm>
+
+#include "check/Evidence.h"
+#include "check/Findings.h"
+#include "check/Remedy.h"
+#include "matroska/reader/Vint.h"
+
+namespace mkvx {
+namespace {
+
+namespace id = MatroskaExtReader::id;
+using MatroskaExtReader::CMatroskaFile;
+using MatroskaExtReader::LossKind;
+
+const char* describeRefusal(LossKind kind) {
+    switch (kind) {
+        case LossKind::kBeyondSource:
+            return "it reaches past the end of the file";
+        case LossKind::kBadLacing:
+            return "the sizes of its laces do not fit it";
+        case LossKind::kTooLarge:
+            return "it is larger than a unit can be";
+        case LossKind::kRefusedAllocation:
+            return "there was no memory for it";
+        default:
+            return "it is damaged";
+    }
+}
+
+bool isAllOnes(uint64_t number) {
+    for (unsigned length = 1; length <= 8; ++length)
+        if (number == MatroskaExtReader::UnknownSizeMarker(length)) return true;
+    return false;
+}
+
+const TrackVerdict* findMaster(const CMatroskaFile& file, const CheckedFile& checked) {
+    for (const TrackVerdict& track : checked.tracks)
+        if (track.isOffered() && track.kind != "subtitle" && track.number == file.MasterTrack())
+            return &track;
+    return nullptr;
+}
+
+std::vector<size_t> offeredPlaces(const std::vector<JudgedTrack>& tracks) {
+    std::vector<size_t> places;
+    for (const JudgedTrack& track : tracks)
+        if (track.verdict->isOffered()) places.push_back(track.place);
+    return places;
+}
+
+class Delivery {
+  public:
+    Delivery(CMatroskaFile& file, const std::string& path, const JudgedTrack& track, const BlockTally& tally)
+        : mFile(file), mPath(path), mEntry(*track.entry), mVerdict(*track.verdict), mTally(tally) {}
+
+    void judge() {
+        mVerdict.blocks = mTally.blocks;
+        if (mVerdict.isOffered() && mTally.blocks == 0) return judgeSilence();
+        if (!mVerdict.isOffered()) return;
+        if (mTally.refused > 0)
+            add("blocks_unreadable", Weight::kLoss,
+                fmt::format(
+                    "{} of its {} blocks cannot be read ({}), and a player takes the first for the end",
+                    mTally.refused, mTally.blocks, describeRefusal(mTally.refusedFor)),
+                mTally.firstRefused, remuxCommand(mPath));
+        if (mTally.wrapped > 0)
+            add("times_wrap", Weight::kLoss,
+                fmt::format("{} of its {} blocks have a time below zero or beyond 64 bits, which wraps",
+                            mTally.wrapped, mTally.blocks),
+                mTally.firstWrapped, remuxCommand(mPath));
+        const bool isApart = mEntry.IsVorbis;
+        if (mTally.laces > mTally.laced && !isApart)
+            add("laced_units", Weight::kNote,
+                fmt::format("{} of its blocks hold {} frames together, and arrive as one unit each",
+                            mTally.laced, mTally.laces),
+                std::nullopt);
+        if (mVerdict.kind == "subtitle") {
+            mVerdict.unreadable = mTally.refused;
+            return;
+        }
+        const uint64_t due = mTally.blocks + (isApart ? mTally.laces - mTally.laced : 0);
+        const uint64_t met = mVerdict.units + mVerdict.unreadable;
+        mIsCutShort = met < due;
+        if (mIsCutShort)
+            add("blocks_unreached", Weight::kLoss,
+                fmt::format("{} of its {} blocks lie where reading does not come", due - met, mTally.blocks),
+                std::nullopt, remuxCommand(mPath));
+    }
+
+    // After judge(): some blocks were not come to.
+    bool isCutShort() const { return mIsCutShort; }
+
+    // `records`: what was queued of its own number.
+    void judgeMerging(uint64_t records) {
+        const uint64_t readable = mTally.blocks - mTally.refused;
+        if (records < readable)
+            add("events_merged", Weight::kLoss,
+                fmt::format(
+                    "{} of its {} events follow another before the next unit of the master track, and are "
+                    "merged with it",
+                    readable - records, readable),
+                std::nullopt);
+    }
+
+  private:
+    void add(const char* code, Weight weight, std::string sentence, std::optional<uint64_t> position,
+             std::string remedy = {}) {
+        std::optional<Evidence> evidence;
+        if (position) evidence = evidenceAt(mFile, *position);
+        mVerdict.findings.push_back(
+            {code, weight, std::move(sentence), std::move(evidence), std::move(remedy)});
+    }
+
+    void judgeSilence() {
+        Finding finding;
+        finding.code = "no_blocks";
+        finding.weight = mVerdict.kind == "subtitle" ? Weight::kNote : Weight::kMute;
+        finding.sentence = "the file has no block of it";
+        if (isAllOnes(mVerdict.number)) {
+            finding.code = "all_ones_number";
+            finding.weight = Weight::kMute;
+            finding.sentence = fmt::format(
+                "its TrackNumber {} has all bits set, which in a block stands for an unknown number: none of "
+                "its "
+                "blocks is found",
+                mVerdict.number);
+            finding.evidence = evidenceBelow(mFile, mVerdict.position, {id::kTrackNumber});
+            finding.remedy = remuxCommand(mPath);
+        }
+        mVerdict.findings.push_back(std::move(finding));
+    }
+
+    CMatroskaFile& mFile;
+    const std::string& mPath;
+    const MatroskaExtReader::TrackEntry& mEntry;
+    TrackVerdict& mVerdict;
+    const BlockTally& mTally;
+    bool mIsCutShort = false;
+};
+
+void tellMisfit(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, const CheckedFile& checked,
+                TrackVerdict& verdict) {
+    const uint64_t heard = *verdict.index + 1;
+    const auto isHeard = [&](const TrackVerdict& other) {
+        return other.number == heard && other.kind == "subtitle";
+    };
+    const bool getsOthers = std::any_of(checked.tracks.begin(), checked.tracks.end(), isHeard);
+    verdict.findings.push_back(
+        {"subtitle_number", Weight::kMute,
+         fmt::format("a subtitle source gets the events whose TrackNumber is its index plus one: at index {} "
+                     "this one, "
+                     "number {}, gets {}",
+                     *verdict.index, verdict.number,
+                     getsOthers ? fmt::format("those of track {}", heard) : std::string("none")),
+         evidenceBelow(file, verdict.position, {id::kTrackNumber}),
+         selectCommand(checked.path, offeredPlaces(tracks))});
+}
+
+}  // namespace
+
+void judgeSubtitles(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
+    const bool hasMaster = findMaster(file, checked) != nullptr;
+    for (const JudgedTrack& track : tracks) {
+        TrackVerdict& verdict = *track.verdict;
+        if (!verdict.isOffered() || verdict.kind != "subtitle") continue;
+        if (!hasMaster)
+            verdict.findings.push_back(
+                {"no_master", Weight::kMute,
+                 fmt::format(
+                     "subtitle events arrive while the master track (number {}) is read, and that one has no "
+                     "source",
+                     file.MasterTrack()),
+                 evidenceBelow(file, verdict.position, {id::kTrackNumber}), ""});
+        else if (verdict.number != *verdict.index + 1)
+            tellMisfit(file, tracks, checked, verdict);
+    }
+}
+
+void judgeDelivery(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, const ByteAccount& account,
+                   const EventTallies& events, CheckedFile& checked) {
+    static const BlockTally kNone;
+    std::map<uint64_t, bool> arrives;   // the blocks of a number
+    std::map<uint64_t, uint64_t> lost;  // payload of a number that reading does not come to
+    for (const JudgedTrack& track : tracks) {
+        TrackVerdict& verdict = *track.verdict;
+        const auto tally = account.blocks.find(verdict.number);
+        Delivery delivery(file, checked.path, track, tally == account.blocks.end() ? kNone : tally->second);
+        if (verdict.kind == "subtitle" && verdict.isOffered()) {
+            const auto heard = events.find(*verdict.index + 1);
+            if (heard != events.end()) {
+                verdict.units = heard->second.records;
+                verdict.unitBytes = heard->second.bytes;
+                arrives[heard->first] = true;
+            }
+            const auto own = events.find(verdict.number);
+            delivery.judge();
+            if (!events.empty()) delivery.judgeMerging(own == events.end() ? 0 : own->second.records);
+        } else {
+            delivery.judge();
+            if (verdict.isOffered()) arrives[verdict.number] = true;
+            if (delivery.isCutShort() && tally->second.payload > verdict.unitBytes)
+                lost[verdict.number] = tally->second.payload - verdict.unitBytes;
+        }
+    }
+    ByteShares shares;
+    shares.metadata = account.metadata;
+    shares.padding = account.padding;
+    shares.damaged = account.damaged;
+    shares.unreachable = account.unreachable;
+    for (const auto& [number, tally] : account.blocks) {
+        const auto unreached = lost.find(number);
+        const uint64_t out = unreached == lost.end() ? 0 : std::min(unreached->second, tally.payload);
+        shares.unreachable += out;
+        (arrives.count(number) != 0 ? shares.delivered : shares.notOffered) += tally.payload - out;
+    }
+    if (checked.size > 0) checked.shares = shares;  // of a source that tells its size
+}
+
+}  // namespace mkvx

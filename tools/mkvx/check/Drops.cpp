@@ -1,0 +1,234 @@
+// Why a track is not offered, in words.
+#include <fmt/format.h>
+#include <algorithm>
+
+#include "base/Text.h"
+#include "check/Evidence.h"
+#include "check/Remedy.h"
+#include "check/Tracks.h"
+#include "matroska/CodecPrivate.h"
+#include "utils/CodecTags.h"
+#include "utils/MimeTypes.h"
+
+namespace mkvx {
+namespace {
+
+namespace id = MatroskaExtReader::id;
+using android::DropReason;
+using MatroskaExtReader::ByteBuffer;
+using MatroskaExtReader::CMatroskaFile;
+using MatroskaExtReader::TrackEntry;
+
+// What people call the codecs that no device of this kind is offered, and what they are coded to instead.
+// Empty: no command does it.
+struct CodecName {
+    const char* prefix;
+    const char* name;
+    const char* encoder;
+};
+constexpr CodecName kCodecNames[] = {
+    {"A_OPUS", "Opus", "aac"},
+    {"A_EAC3", "E-AC-3", "ac3"},
+    {"A_TRUEHD", "TrueHD", "ac3"},
+    {"A_MLP", "MLP", "ac3"},
+    {"A_MPEG/L1", "MPEG layer I", "aac"},
+    {"A_PCM/FLOAT", "floating-point PCM", "flac"},
+    {"A_ALAC", "ALAC", "flac"},
+    {"A_TTA1", "TTA", "flac"},
+    {"A_WAVPACK4", "WavPack", "flac"},
+    {"A_AC4", "AC-4", "aac"},
+    {"A_QUICKTIME", "QuickTime audio", "aac"},
+    {"V_VP8", "VP8", "libx264"},
+    {"V_AV1", "AV1", "libx264"},
+    {"V_THEORA", "Theora", "libx264"},
+    {"V_MJPEG", "Motion JPEG", "libx264"},
+    {"V_PRORES", "ProRes", "libx264"},
+    {"V_FFV1", "FFV1", "libx264"},
+    {"V_DIRAC", "Dirac", "libx264"},
+    {"V_UNCOMPRESSED", "uncompressed video", "libx264"},
+    {"V_QUICKTIME", "QuickTime video", "libx264"},
+    {"S_VOBSUB", "VobSub pictures", ""},
+    {"S_HDMV/PGS", "PGS pictures", ""},
+    {"S_HDMV/TEXTST", "Blu-ray text", ""},
+    {"S_DVBSUB", "DVB pictures", ""},
+    {"S_IMAGE/BMP", "bitmap pictures", ""},
+    {"S_KATE", "Kate", ""},
+    {"S_TEXT/USF", "USF", ""},
+    {"S_TEXT/WEBVTT", "WebVTT", ""},
+    {"D_WEBVTT", "WebVTT", "srt"},
+};
+
+const CodecName* findName(const std::string& codecId) {
+    const auto found =
+        std::find_if(std::begin(kCodecNames), std::end(kCodecNames), [&](const CodecName& row) {
+            return codecId.compare(0, std::string(row.prefix).size(), row.prefix) == 0;
+        });
+    return found == std::end(kCodecNames) ? nullptr : found;
+}
+
+std::string codecText(const JudgedTrack& track) {
+    const std::string& codecId = track.verdict->codecId;
+    if (codecId.empty()) return "no CodecID";
+    const CodecName* name = findName(codecId);
+    const std::string shown = printable(codecId);
+    return name != nullptr ? fmt::format("{} ({})", shown, name->name) : shown;
+}
+
+std::string tagText(uint32_t tag) {
+    if (tag <= 0xFFFE) return fmt::format("0x{:04X}", tag);
+    const char text[4] = {char(tag), char(tag >> 8), char(tag >> 16), char(tag >> 24)};
+    return fmt::format("\"{}\"", printable(std::string(text, 4)));
+}
+
+std::string recode(const std::string& path, const JudgedTrack& track, const char* fallback) {
+    const CodecName* name = findName(track.verdict->codecId);
+    const std::string encoder = name != nullptr ? name->encoder : fallback;
+    if (encoder.empty()) return {};
+    return recodeCommand(path, track.verdict->kind[0], track.ordinal, encoder);
+}
+
+Finding explainUnmapped(CMatroskaFile& file, const std::string& path, const JudgedTrack& track) {
+    const TrackEntry& entry = *track.entry;
+    const bool isVideo = entry.TrackType.Get() == MatroskaExtReader::kTrackTypeVideo;
+    Finding finding;
+    finding.weight = Weight::kLoss;
+    finding.remedy = recode(path, track, isVideo ? "libx264" : "aac");
+    const bool hasPrivateTag = entry.FourCCFrom == TrackEntry::TagOrigin::kCodecPrivate;
+    if (entry.MissesRecordOf != 0) {
+        finding.code = "private_too_short";
+        finding.sentence =
+            fmt::format("its CodecPrivate has {} of the {} bytes that {} needs to say what it is",
+                        entry.CodecPrivate.size(), entry.MissesRecordOf, codecText(track));
+        finding.evidence = evidenceBelowOr(file, entry.Position, {id::kCodecPrivate});
+        return finding;
+    }
+    finding.code = entry.FourCC == 0 ? "unknown_codec_id" : "unmapped_tag";
+    if (entry.FourCC == 0 && !hasPrivateTag)
+        finding.sentence = fmt::format("the plug-in does not know the codec {}", codecText(track));
+    else if (hasPrivateTag)
+        finding.sentence = fmt::format("the tag {} in its {} header has no MIME type on the device",
+                                       tagText(entry.FourCC), isVideo ? "bitmap" : "wave");
+    else
+        finding.sentence = fmt::format("the codec {}, tag {}, has no MIME type on the device",
+                                       codecText(track), tagText(entry.FourCC));
+    finding.evidence =
+        evidenceBelowOr(file, entry.Position, {hasPrivateTag ? id::kCodecPrivate : id::kCodecId});
+    return finding;
+}
+
+Finding explainSubtitle(CMatroskaFile& file, const std::string& path, const JudgedTrack& track) {
+    Finding finding;
+    finding.code = "subtitle_kind";
+    finding.weight = Weight::kLoss;
+    finding.sentence = fmt::format(
+        "subtitles of the kind {} are not offered, only UTF-8 text, SSA and ASS are", codecText(track));
+    finding.evidence = evidenceBelowOr(file, track.entry->Position, {id::kCodecId});
+    const std::string& codec = track.verdict->codecId;
+    if (codec == "S_TEXT/WEBVTT")
+        finding.remedy = webvttCommand(path, track.place);
+    else if (codec == "S_TEXT/USF" || codec == "S_KATE")
+        finding.remedy = "convert the events to SubRip or ASS and mux those";
+    else
+        finding.remedy = recode(path, track, "");
+    if (finding.remedy.empty()) finding.remedy = "turn the pictures into text (OCR) and mux that as SubRip";
+    return finding;
+}
+
+// AAC without CodecPrivate, for which a configuration would have to be made.
+Finding explainAac(CMatroskaFile& file, const std::string& path, const JudgedTrack& track,
+                   DropReason reason) {
+    Finding finding;
+    finding.weight = Weight::kLoss;
+    finding.remedy = recodeCommand(path, 'a', track.ordinal, "aac");
+    const std::string codec = printable(track.verdict->codecId);
+    uint32_t deciding = id::kCodecId;
+    switch (reason) {
+        case DropReason::kAacNoProfile:
+            finding.code = "aac_no_profile";
+            finding.sentence =
+                fmt::format("there is no CodecPrivate, and {} does not name an AAC profile", codec);
+            break;
+        case DropReason::kAacFrequency:
+            finding.code = "aac_frequency";
+            finding.sentence = fmt::format(
+                "there is no CodecPrivate, and no configuration can be made for {} Hz, which AAC has no "
+                "index for",
+                track.entry->Audio.SamplingFrequency.Get());
+            deciding = 0;
+            break;
+        default:
+            finding.code = "aac_profile";
+            finding.sentence = fmt::format(
+                "there is no CodecPrivate, and no configuration can be made for the profile in {}", codec);
+            break;
+    }
+    finding.evidence =
+        deciding != 0 ? evidenceBelowOr(file, track.entry->Position, {deciding})
+                      : evidenceBelowOr(file, track.entry->Position, {id::kAudio, id::kSamplingFrequency});
+    return finding;
+}
+
+}  // namespace
+
+Finding explainDrop(CMatroskaFile& file, const std::string& path, const JudgedTrack& track,
+                    DropReason reason) {
+    Finding finding;
+    finding.weight = Weight::kLoss;
+    switch (reason) {
+        case DropReason::kSubtitleKind:
+            return explainSubtitle(file, path, track);
+        case DropReason::kUnmappedCodec:
+            return explainUnmapped(file, path, track);
+        case DropReason::kAacNoProfile:
+        case DropReason::kAacFrequency:
+        case DropReason::kAacProfile:
+            return explainAac(file, path, track, reason);
+        case DropReason::kNoParameterSets:
+            finding.code = "no_parameter_sets";
+            finding.sentence =
+                "none of its first 50 blocks begins with the H.264 parameter sets that a configuration is "
+                "made from";
+            finding.evidence = evidenceBelowOr(file, track.entry->Position, {id::kCodecId});
+            finding.remedy = copyCommand(path);
+            return finding;
+        case DropReason::kTrackType:
+        case DropReason::kNone:
+            break;
+    }
+    finding.code = "track_type";
+    finding.sentence =
+        fmt::format("tracks of type {} are not offered, only video (1), audio (2) and subtitles (17)",
+                    track.entry->TrackType.Get());
+    finding.evidence = evidenceBelowOr(file, track.entry->Position, {id::kTrackType});
+    return finding;
+}
+
+std::optional<Finding> explainVorbisStop(CMatroskaFile& file, const std::string& path,
+                                         const JudgedTrack& track) {
+    const TrackEntry& entry = *track.entry;
+    const ByteBuffer& config = entry.CodecPrivate;
+    const char* mime = android::GetMimeType(entry.FourCC);
+    const char* condition = nullptr;
+    if (entry.TrackType.Get() != MatroskaExtReader::kTrackTypeAudio || mime == nullptr ||
+        std::string(mime) != android::MEDIA_MIMETYPE_AUDIO_VORBIS ||
+        android::VorbisHeadersAccepted(config.data(), config.size(), &condition))
+        return std::nullopt;
+    Finding finding;
+    finding.code = "vorbis_headers";
+    finding.weight = Weight::kFatal;
+    if (config.empty())
+        finding.sentence = "there is no CodecPrivate with the Vorbis headers, and the process ends over that";
+    else if (android::VorbisLacesAreLong(config.data(), config.size()))
+        finding.sentence =
+            "a Vorbis header of 255 bytes or more (often the comments) is sound, but the device's contract "
+            "ends the "
+            "process over it";
+    else
+        finding.sentence = fmt::format(
+            "the Vorbis headers are damaged, and the process ends over that: {} does not hold", condition);
+    finding.evidence = evidenceBelowOr(file, entry.Position, {id::kCodecPrivate});
+    finding.remedy = recodeCommand(path, 'a', track.ordinal, "aac");
+    return finding;
+}
+
+}  // namespace mkvx

@@ -1,0 +1,191 @@
+#include "check/Json.h"
+
+#include <stdexcept>
+
+#include "base/Digest.h"
+#include "base/Json.h"
+
+namespace mkvx {
+namespace {
+
+std::vector<uint8_t> fromHex(const std::string& hex) {
+    std::vector<uint8_t> bytes;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2)
+        bytes.push_back(uint8_t(std::stoul(hex.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
+
+Json evidenceJson(const Evidence& evidence) {
+    Json json;
+    if (!evidence.element.empty()) json["element"] = evidence.element;
+    json["offset"] = evidence.offset;
+    json["size"] = evidence.size;
+    json["bytes"] = toHex(evidence.bytes.data(), evidence.bytes.size());
+    return json;
+}
+
+Evidence readEvidence(const Json& json) {
+    return {json.value("element", ""), json.at("offset"), json.at("size"), fromHex(json.at("bytes"))};
+}
+
+Json findingJson(const Finding& finding) {
+    Json json;
+    json["code"] = finding.code;
+    json["weight"] = toString(finding.weight);
+    json["sentence"] = finding.sentence;
+    if (finding.evidence) json["evidence"] = evidenceJson(*finding.evidence);
+    if (!finding.remedy.empty()) json["remedy"] = finding.remedy;
+    return json;
+}
+
+Finding readFinding(const Json& json) {
+    Finding finding;
+    finding.code = json.at("code");
+    for (const Weight weight : {Weight::kNote, Weight::kLoss, Weight::kMute, Weight::kFatal})
+        if (json.at("weight") == toString(weight)) finding.weight = weight;
+    finding.sentence = json.at("sentence");
+    if (json.contains("evidence")) finding.evidence = readEvidence(json["evidence"]);
+    finding.remedy = json.value("remedy", "");
+    return finding;
+}
+
+Json findingsJson(const std::vector<Finding>& findings) {
+    Json list = Json::array();
+    for (const Finding& finding : findings) list.push_back(findingJson(finding));
+    return list;
+}
+
+std::vector<Finding> readFindings(const Json& list) {
+    std::vector<Finding> findings;
+    for (const Json& json : list) findings.push_back(readFinding(json));
+    return findings;
+}
+
+Json trackJson(const TrackVerdict& track) {
+    Json json;
+    json["number"] = track.number;
+    json["type"] = track.type;
+    json["kind"] = track.kind;
+    json["codec_id"] = track.codecId;
+    json["position"] = track.position;
+    json["offered"] = track.isOffered();
+    if (track.index) {
+        json["index"] = *track.index;
+        json["mime"] = track.mime;
+        json["config"] = Json::object();
+        for (const ConfigSummary& record : track.config)
+            json["config"][record.key] = {{"size", record.size},
+                                          {"bytes", toHex(record.bytes.data(), record.bytes.size())}};
+    }
+    if (track.dropped) json["dropped"] = findingJson(*track.dropped);
+    json["findings"] = findingsJson(track.findings);
+    json["blocks"] = track.blocks;
+    json["units"] = track.units;
+    json["unit_bytes"] = track.unitBytes;
+    json["unreadable"] = track.unreadable;
+    return json;
+}
+
+TrackVerdict readTrack(const Json& json) {
+    TrackVerdict track;
+    track.number = json.at("number");
+    track.type = json.at("type");
+    track.kind = json.at("kind");
+    track.codecId = json.at("codec_id");
+    track.position = json.at("position");
+    if (json.contains("index")) {
+        track.index = json["index"].get<size_t>();
+        track.mime = json.at("mime");
+        for (const auto& [key, record] : json.at("config").items())
+            track.config.push_back({key, record.at("size"), fromHex(record.at("bytes"))});
+    }
+    if (json.contains("dropped")) track.dropped = readFinding(json["dropped"]);
+    track.findings = readFindings(json.at("findings"));
+    track.blocks = json.at("blocks");
+    track.units = json.at("units");
+    track.unitBytes = json.at("unit_bytes");
+    track.unreadable = json.at("unreadable");
+    return track;
+}
+
+Json sharesJson(const ByteShares& shares) {
+    return {{"delivered", shares.delivered}, {"not_offered", shares.notOffered},
+            {"metadata", shares.metadata},   {"padding", shares.padding},
+            {"damaged", shares.damaged},     {"unreachable", shares.unreachable}};
+}
+
+ByteShares readShares(const Json& json) {
+    return {json.at("delivered"), json.at("not_offered"), json.at("metadata"),
+            json.at("padding"),   json.at("damaged"),     json.at("unreachable")};
+}
+
+Json seekingJson(const SeekFacts& seeking) {
+    return {{"index", seeking.source},
+            {"points", seeking.points},
+            {"master_points", seeking.masterPoints},
+            {"master_track", seeking.masterTrack},
+            {"clusters", seeking.clusters},
+            {"duration_us", seeking.durationUs}};
+}
+
+SeekFacts readSeeking(const Json& json) {
+    return {json.at("index"),        json.at("points"),   json.at("master_points"),
+            json.at("master_track"), json.at("clusters"), json.at("duration_us")};
+}
+
+Json fileJson(const CheckedFile& checked) {
+    Json json;
+    json["file"] = checked.path;
+    json["verdict"] = toString(checked.verdict);
+    json["reason"] = checked.reason;
+    json["size"] = checked.size;
+    if (!checked.containerMime.empty()) json["container_mime"] = checked.containerMime;
+    json["tracks"] = Json::array();
+    for (const TrackVerdict& track : checked.tracks) json["tracks"].push_back(trackJson(track));
+    json["findings"] = findingsJson(checked.findings);
+    if (checked.shares) json["bytes"] = sharesJson(*checked.shares);
+    if (checked.seeking) json["seeking"] = seekingJson(*checked.seeking);
+    return json;
+}
+
+CheckedFile readFile(const Json& json) {
+    CheckedFile checked;
+    checked.path = json.at("file");
+    for (const Verdict verdict : kVerdicts)
+        if (json.at("verdict") == toString(verdict)) checked.verdict = verdict;
+    checked.reason = json.at("reason");
+    checked.size = json.at("size");
+    checked.containerMime = json.value("container_mime", "");
+    for (const Json& track : json.at("tracks")) checked.tracks.push_back(readTrack(track));
+    checked.findings = readFindings(json.at("findings"));
+    if (json.contains("bytes")) checked.shares = readShares(json["bytes"]);
+    if (json.contains("seeking")) checked.seeking = readSeeking(json["seeking"]);
+    return checked;
+}
+
+}  // namespace
+
+std::string toJsonLine(const CheckedFile& checked) {
+    Json json = newResult();
+    json.update(fileJson(checked));
+    return dump(json);
+}
+
+std::string toJson(const std::vector<CheckedFile>& files, Verdict worst, bool isComplete) {
+    Json json = newResult();
+    json["verdict"] = toString(worst);
+    json["complete"] = isComplete;
+    json["files"] = Json::array();
+    for (const CheckedFile& file : files) json["files"].push_back(fileJson(file));
+    return dump(json);
+}
+
+CheckedFile fromJsonLine(const std::string& line) {
+    try {
+        return readFile(Json::parse(line));
+    } catch (const std::exception& error) {
+        throw std::runtime_error(std::string("an examination gave no result: ") + error.what());
+    }
+}
+
+}  // namespace mkvx

@@ -1,0 +1,165 @@
+#include "check/Text.h"
+
+#include <fmt/format.h>
+#include <algorithm>
+
+#include "base/Terminal.h"
+#include "base/Text.h"
+
+namespace mkvx {
+namespace {
+
+std::string painted(const Paint& paint, Verdict verdict) {
+    const std::string text = describe(verdict);
+    switch (verdict) {
+        case Verdict::kPlays:
+            return paint.good(text);
+        case Verdict::kPlaysWithLosses:
+        case Verdict::kUndecided:
+            return paint.odd(text);
+        case Verdict::kStops:
+            return paint.worst(text);
+        default:
+            return paint.bad(text);
+    }
+}
+
+// As a hex dump has it, with the text beside it where it is one.
+std::string bytesText(const Evidence& evidence) {
+    std::string hex, text;
+    for (const uint8_t byte : evidence.bytes) {
+        hex += fmt::format(" {:02X}", byte);
+        text += byte >= 0x20 && byte < 0x7F ? char(byte) : '\0';
+    }
+    if (evidence.bytes.size() < evidence.size) hex += " ...";
+    const bool isText = text.size() > 2 && text.find('\0') == std::string::npos;
+    return isText ? fmt::format("{} \"{}\"", hex, text) : hex;
+}
+
+std::string evidenceText(const Evidence& evidence) {
+    const std::string what = evidence.element.empty() ? "bytes" : evidence.element;
+    return fmt::format("{} at {}, {}:{}", what, evidence.offset, counted(evidence.size, "byte"),
+                       bytesText(evidence));
+}
+
+class CheckPrinter {
+  public:
+    explicit CheckPrinter(std::FILE* out) : mOut(out), mPaint(out) {}
+
+    void verdictLine(const CheckedFile& checked) {
+        fmt::print(mOut, "{}: {}{}{}\n", mPaint.strong(printable(checked.path)),
+                   painted(mPaint, checked.verdict), checked.reason.empty() ? "" : ": ",
+                   printable(checked.reason));
+    }
+
+    void details(const CheckedFile& checked) {
+        for (const TrackVerdict& track : checked.tracks) trackLines(track);
+        for (const Finding& finding : checked.findings) {
+            if (finding.sentence == checked.reason && !finding.evidence && finding.remedy.empty()) continue;
+            findingLines(finding, "  ");
+        }
+        if (checked.shares) sharesLine(*checked.shares, checked.size);
+    }
+
+  private:
+    void trackLines(const TrackVerdict& track) {
+        fmt::print(mOut, "  {} {} ({}, {}): ", mPaint.strong("track"), track.number, track.kind,
+                   track.codecId.empty() ? "no CodecID" : printable(track.codecId));
+        if (track.isOffered())
+            fmt::print(mOut, "{} as index {}, {}{}{}\n", mPaint.good("offered"), *track.index,
+                       printable(track.mime), configText(track), unitsText(track));
+        if (track.dropped) {
+            const bool isFatal = track.dropped->weight == Weight::kFatal;
+            fmt::print(mOut, "{}: {}\n", isFatal ? mPaint.worst("ends the process") : mPaint.bad("dropped"),
+                       printable(track.dropped->sentence));
+            proofLines(*track.dropped, "      ");
+        }
+        for (const Finding& finding : track.findings) findingLines(finding, "    ");
+    }
+
+    static std::string configText(const TrackVerdict& track) {
+        std::string text;
+        for (const ConfigSummary& record : track.config)
+            text += fmt::format(", {} {} bytes", record.key, record.size);
+        return text.empty() ? ", no configuration" : text;
+    }
+
+    static std::string unitsText(const TrackVerdict& track) {
+        return track.units > 0 ? "; " + counted(track.units, "unit") + ", " + counted(track.unitBytes, "byte")
+                               : std::string();
+    }
+
+    void findingLines(const Finding& finding, const char* indent) {
+        fmt::print(mOut, "{}{}: {}\n", indent, weightText(finding.weight), printable(finding.sentence));
+        proofLines(finding, std::string(indent) + "  ");
+    }
+
+    std::string weightText(Weight weight) {
+        switch (weight) {
+            case Weight::kNote:
+                return mPaint.faint("note");
+            case Weight::kLoss:
+                return mPaint.odd("lost");
+            case Weight::kMute:
+                return mPaint.bad("does not play");
+            case Weight::kFatal:
+                return mPaint.worst("ends the process");
+        }
+        return {};
+    }
+
+    void proofLines(const Finding& finding, const std::string& indent) {
+        if (finding.evidence)
+            fmt::print(mOut, "{}{}\n", indent, mPaint.faint(evidenceText(*finding.evidence)));
+        if (!finding.remedy.empty()) fmt::print(mOut, "{}mend: {}\n", indent, finding.remedy);
+    }
+
+    void sharesLine(const ByteShares& shares, uint64_t size) {
+        std::string text;
+        const auto add = [&](uint64_t share, const char* name) {
+            if (share > 0)
+                text += fmt::format("{}{:.1f} % {}", text.empty() ? "" : ", ",
+                                    100.0 * double(share) / double(size), name);
+        };
+        add(shares.delivered, "delivered");
+        add(shares.notOffered, "not offered");
+        add(shares.metadata, "metadata");
+        add(shares.padding, "padding");
+        add(shares.damaged, "damaged");
+        add(shares.unreachable, "unreachable");
+        fmt::print(mOut, "  {} bytes: {}\n", size, text);
+    }
+
+    std::FILE* mOut;
+    Paint mPaint;
+};
+
+}  // namespace
+
+void renderChecked(const CheckedFile& checked, bool isBrief, std::FILE* out) {
+    CheckPrinter printer(out);
+    printer.verdictLine(checked);
+    if (!isBrief) printer.details(checked);
+}
+
+void renderCheckSummary(std::vector<CheckedFile> files, std::FILE* out) {
+    std::stable_sort(files.begin(), files.end(),
+                     [](const CheckedFile& a, const CheckedFile& b) { return a.verdict > b.verdict; });
+    TextTable table(
+        {{"VERDICT"}, {"TRACKS", TextTable::Align::kRight}, {"MB", TextTable::Align::kRight}, {"FILE"}});
+    size_t counts[std::size(kVerdicts)] = {};
+    for (const CheckedFile& file : files) {
+        const auto offered = std::count_if(file.tracks.begin(), file.tracks.end(),
+                                           [](const TrackVerdict& track) { return track.isOffered(); });
+        table.addRow({describe(file.verdict), fmt::format("{}/{}", offered, file.tracks.size()),
+                      fmt::format("{:.1f}", double(file.size) / 1e6), printable(file.path)});
+        ++counts[size_t(file.verdict)];
+    }
+    std::string total = fmt::format("{} files:", files.size());
+    for (size_t i = std::size(kVerdicts); i-- > 0;)
+        if (counts[i] > 0) total += fmt::format(" {} {},", counts[i], describe(Verdict(i)));
+    total.pop_back();
+    fmt::print(out, "\n{}{}\n", table.str(), total);
+}
+
+}  // namespace mkvx

@@ -1,0 +1,16 @@
+// The examination's result as text for people.
+#pragma once
+#include <cstdio>
+#include <vector>
+
+#include "check/Model.h"
+
+namespace mkvx {
+
+// One verdict line and, unless `isBrief`, what there is to say of each track and of the file.
+void renderChecked(const CheckedFile& checked, bool isBrief, std::FILE* out);
+
+// The worst first; how many there are of each verdict at the end.
+void renderCheckSummary(std::vector<CheckedFile> files, std::FILE* out);
+
+}  // namespace mkvx

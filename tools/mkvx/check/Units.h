@@ -1,0 +1,28 @@
+// A pass over everything that the offered tracks deliver.
+#pragma once
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "check/Tracks.h"
+#include "device/Session.h"
+
+namespace mkvx {
+
+// What was queued of the subtitle blocks of one TrackNumber, after merging.
+struct EventTally {
+    uint64_t records = 0, bytes = 0;
+};
+using EventTallies = std::map<uint64_t, EventTally>;  // by TrackNumber
+
+// Reads each offered track to its end as a player does that goes on past units it cannot get, the track that
+// is furthest behind first, and takes subtitle events as soon as they are there. Adds to the tracks' counts
+// and findings, but for subtitles. Keeps no more than a unit a track. `onBytes`, where there is one, gets the
+// size of each unit.
+EventTallies readAllUnits(const Session& session, const std::string& path,
+                          const std::vector<JudgedTrack>& tracks,
+                          const std::function<void(uint64_t)>& onBytes);
+
+}  // namespace mkvx

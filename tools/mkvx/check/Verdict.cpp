@@ -1,0 +1,127 @@
+// From findings to a verdict.
+#include <fmt/format.h>
+#include <algorithm>
+
+#include "base/Text.h"
+#include "check/File.h"
+
+namespace mkvx {
+namespace {
+
+Weight worstOf(const std::vector<Finding>& findings) {
+    Weight worst = Weight::kNote;
+    for (const Finding& finding : findings) worst = std::max(worst, finding.weight);
+    return worst;
+}
+
+const Finding* firstOf(const std::vector<Finding>& findings, Weight weight) {
+    const auto found = std::find_if(findings.begin(), findings.end(),
+                                    [&](const Finding& finding) { return finding.weight == weight; });
+    return found == findings.end() ? nullptr : &*found;
+}
+
+bool plays(const TrackVerdict& track) {
+    return track.isOffered() && worstOf(track.findings) < Weight::kMute;
+}
+
+std::string about(const TrackVerdict& track) {
+    return fmt::format("track {} ({})", track.number, track.kind);
+}
+
+// The finding that keeps a track from playing, or null.
+const Finding* obstacleOf(const TrackVerdict& track) {
+    if (track.dropped) return &*track.dropped;
+    const Finding* fatal = firstOf(track.findings, Weight::kFatal);
+    return fatal != nullptr ? fatal : firstOf(track.findings, Weight::kMute);
+}
+
+// "no sound: track 2: ..." when no track of the kind plays, though the file has some; else empty.
+std::string missing(const CheckedFile& checked, const char* kind, const char* lack) {
+    const TrackVerdict* first = nullptr;
+    for (const TrackVerdict& track : checked.tracks) {
+        if (track.kind != kind) continue;
+        if (plays(track)) return {};
+        if (first == nullptr) first = &track;
+    }
+    const Finding* obstacle = first != nullptr ? obstacleOf(*first) : nullptr;
+    return obstacle != nullptr ? fmt::format("{}: track {}: {}", lack, first->number, obstacle->sentence)
+                               : std::string();
+}
+
+std::string fatalReason(const CheckedFile& checked) {
+    for (const TrackVerdict& track : checked.tracks)
+        if (track.dropped && track.dropped->weight == Weight::kFatal)
+            return about(track) + ": " + track.dropped->sentence;
+    for (const TrackVerdict& track : checked.tracks)
+        if (const Finding* fatal = firstOf(track.findings, Weight::kFatal))
+            return about(track) + ": " + fatal->sentence;
+    const Finding* fatal = firstOf(checked.findings, Weight::kFatal);
+    return fatal != nullptr ? fatal->sentence : std::string();
+}
+
+std::string nothingReason(const CheckedFile& checked) {
+    if (const Finding* mute = firstOf(checked.findings, Weight::kMute)) return mute->sentence;
+    for (const TrackVerdict& track : checked.tracks)
+        if (const Finding* obstacle = obstacleOf(track)) return about(track) + ": " + obstacle->sentence;
+    return "it has no track that could play";
+}
+
+// All that is less than it could be, the most telling first.
+std::vector<std::string> losses(const CheckedFile& checked) {
+    std::vector<std::string> found;
+    for (const auto& [kind, lack] : {std::pair("video", "no picture"), std::pair("audio", "no sound"),
+                                     std::pair("subtitle", "no subtitles")}) {
+        const std::string text = missing(checked, kind, lack);
+        if (!text.empty()) found.push_back(text);
+    }
+    for (const Weight weight : {Weight::kMute, Weight::kLoss}) {
+        for (const TrackVerdict& track : checked.tracks) {
+            if (weight == Weight::kMute && !plays(track)) {
+                if (const Finding* obstacle = obstacleOf(track)) {
+                    const std::string text = fmt::format("track {}: {}", track.number, obstacle->sentence);
+                    const bool isTold = std::any_of(found.begin(), found.end(), [&](const std::string& told) {
+                        return told.size() > text.size() &&
+                               told.compare(told.size() - text.size(), text.size(), text) == 0;
+                    });
+                    if (!isTold) found.push_back(text);
+                }
+            }
+            if (weight == Weight::kLoss)
+                for (const Finding& finding : track.findings)
+                    if (finding.weight == weight)
+                        found.push_back(fmt::format("track {}: {}", track.number, finding.sentence));
+        }
+        for (const Finding& finding : checked.findings)
+            if (finding.weight == weight) found.push_back(finding.sentence);
+    }
+    return found;
+}
+
+bool isFatal(const CheckedFile& checked) {
+    if (worstOf(checked.findings) == Weight::kFatal) return true;
+    return std::any_of(checked.tracks.begin(), checked.tracks.end(), [](const TrackVerdict& track) {
+        return worstOf(track.findings) == Weight::kFatal ||
+               (track.dropped && track.dropped->weight == Weight::kFatal);
+    });
+}
+
+}  // namespace
+
+void decide(CheckedFile& checked) {
+    const bool anyPlays = std::any_of(checked.tracks.begin(), checked.tracks.end(), plays) &&
+                          worstOf(checked.findings) < Weight::kMute;
+    if (isFatal(checked)) {
+        checked.verdict = Verdict::kStops;
+        checked.reason = fatalReason(checked);
+    } else if (!anyPlays) {
+        checked.verdict = Verdict::kNothingPlays;
+        checked.reason = nothingReason(checked);
+    } else {
+        const std::vector<std::string> found = losses(checked);
+        checked.verdict = found.empty() ? Verdict::kPlays : Verdict::kPlaysWithLosses;
+        checked.reason = found.empty() ? std::string() : found.front();
+        if (found.size() > 1) checked.reason += fmt::format("; and {} more", found.size() - 1);
+    }
+}
+
+}  // namespace mkvx

@@ -1,0 +1,45 @@
+// What it costs a player to open a file and to seek in it: the plug-in is driven through all stages, on a
+// source that writes its reads into a ledger.
+#pragma once
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Progress.h"
+#include "cost/Ledger.h"
+#include "device/Session.h"
+
+namespace mkvx {
+
+struct CostOptions {
+    double latencyMs = 50;           // what every request takes, beside its bytes
+    double megabytesPerSecond = 10;  // of 1,000,000 bytes
+    size_t seeks = 10;               // spread over the duration, the same in every run
+    bool demux = false;
+    ProgressStyle progress = ProgressStyle::kLine;
+    size_t blockSize = 64 * 1024;
+    uint64_t cacheSize = 8 << 20;
+};
+
+struct CostLedgerResult {
+    bool isCached = false;  // a caching network stream, which gets no index; else every read is a request
+    StageCosts stages;
+};
+
+struct CostReport {
+    std::string path;
+    std::optional<uint64_t> size;
+    std::optional<size_t> seekTrack;  // which track was sought; none without video and audio
+    CostOptions options;
+    std::vector<CostLedgerResult> ledgers;
+};
+
+double milliseconds(const StageCost& cost, const CostOptions& options);
+StageCost totalOf(const StageCosts& stages);
+
+// A URL gets the ledger of a caching source alone, since no device reads one without. Throws FileFailure when
+// the plug-in turns out to read in another way than this program's own reader, which tells the stages apart.
+// After an interruption the ledgers hold the stages that were complete; throws Interrupted when none is.
+CostReport measureCost(const Session& session, const CostOptions& options);
+
+}  // namespace mkvx

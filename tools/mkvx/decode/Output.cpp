@@ -1,0 +1,240 @@
+#include "decode/Output.h"
+
+#include <fmt/format.h>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/imgutils.h>
+#include <libavutil/samplefmt.h>
+#include <libavutil/sha.h>
+#include <libswscale/swscale.h>
+}
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "base/Digest.h"
+#include "base/Failure.h"
+#include "base/OutputFile.h"
+#include "base/Text.h"
+#include "decode/Engine.h"
+
+namespace mkvx {
+namespace {
+
+void packSamples(const AVFrame& frame, Bytes& out) {
+    const auto format = AVSampleFormat(frame.format);
+    const size_t width = size_t(av_get_bytes_per_sample(format));
+    const size_t channels = size_t(frame.ch_layout.nb_channels), samples = size_t(frame.nb_samples);
+    out.resize(samples * channels * width);
+    if (!av_sample_fmt_is_planar(format)) {
+        memcpy(out.data(), frame.extended_data[0], out.size());
+        return;
+    }
+    uint8_t* to = out.data();
+    for (size_t sample = 0; sample < samples; ++sample)
+        for (size_t channel = 0; channel < channels; ++channel, to += width)
+            memcpy(to, frame.extended_data[channel] + sample * width, width);
+}
+
+void packPicture(const AVFrame& frame, Bytes& out) {
+    const auto format = AVPixelFormat(frame.format);
+    const int size = av_image_get_buffer_size(format, frame.width, frame.height, 1);
+    if (size < 0) throw DecodeProblem("a picture of no known shape");
+    out.resize(size_t(size));
+    av_image_copy_to_buffer(out.data(), size, frame.data, frame.linesize, format, frame.width, frame.height,
+                            1);
+}
+
+using FramePtr = std::unique_ptr<AVFrame, FreeAv>;
+
+using ScalerPtr = std::unique_ptr<SwsContext, void (*)(SwsContext*)>;
+
+// To RGB of the same size, by the colour matrix and range that the decoder says.
+ScalerPtr makeScaler(const AVFrame& frame) {
+    ScalerPtr scaler(
+        sws_getContext(frame.width, frame.height, AVPixelFormat(frame.format), frame.width, frame.height,
+                       AV_PIX_FMT_RGB24, SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr,
+                       nullptr, nullptr),
+        sws_freeContext);
+    if (scaler)  // formats that are RGB already have no matrix to set
+        (void)sws_setColorspaceDetails(scaler.get(), sws_getCoefficients(frame.colorspace),
+                                       frame.color_range == AVCOL_RANGE_JPEG,
+                                       sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, 1 << 16, 1 << 16);
+    return scaler;
+}
+
+FramePtr toRgb(const AVFrame& frame) {
+    FramePtr rgb(av_frame_alloc());
+    if (!rgb) throw std::bad_alloc();
+    rgb->format = AV_PIX_FMT_RGB24;
+    rgb->width = frame.width;
+    rgb->height = frame.height;
+    const ScalerPtr scaler = makeScaler(frame);
+    if (!scaler || av_frame_get_buffer(rgb.get(), 0) < 0) throw DecodeProblem("cannot convert the picture");
+    sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, rgb->data, rgb->linesize);
+    return rgb;
+}
+
+using PacketPtr = std::unique_ptr<AVPacket, FreeAv>;
+
+PacketPtr encodePng(const AVFrame& rgb) {
+    const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_PNG);
+    if (codec == nullptr) throw DecodeProblem("libavcodec has no PNG encoder");
+    const std::unique_ptr<AVCodecContext, FreeAv> context(avcodec_alloc_context3(codec));
+    PacketPtr packet(av_packet_alloc());
+    if (!context || !packet) throw std::bad_alloc();
+    context->width = rgb.width;
+    context->height = rgb.height;
+    context->pix_fmt = AVPixelFormat(rgb.format);
+    context->time_base = {1, 1};
+    context->thread_count = 1;
+    int result = avcodec_open2(context.get(), codec, nullptr);
+    if (result >= 0) result = avcodec_send_frame(context.get(), &rgb);
+    if (result >= 0) result = avcodec_receive_packet(context.get(), packet.get());
+    if (result < 0) throw DecodeProblem("cannot write the picture as PNG: " + avErrorText(result));
+    return packet;
+}
+
+class PictureFile : public FrameSink {
+  public:
+    PictureFile(std::string path, int64_t timeUs) : mPath(std::move(path)), mTimeUs(timeUs) {}
+
+    void take(const AVFrame& frame) override {
+        const bool early =
+            frame.best_effort_timestamp != AV_NOPTS_VALUE && frame.best_effort_timestamp < mTimeUs;
+        if (!mPicture && !early) mPicture = encodePng(*toRgb(frame));
+    }
+    bool hasFrames() const override { return mPicture != nullptr; }
+    void finish() override {
+        if (!mPicture)
+            throw FileFailure(mPath,
+                              fmt::format("not written, no picture was decoded at or after {} (--track "
+                                          "chooses another track)",
+                                          clockTime(std::max<int64_t>(mTimeUs, 0))));
+        ExtractFile file(mPath);
+        file.write(mPicture->data, size_t(mPicture->size));
+        file.close();
+    }
+
+  private:
+    std::string mPath;
+    int64_t mTimeUs;
+    PacketPtr mPicture;
+};
+
+struct SoundFormat {
+    int sampleFormat = AV_SAMPLE_FMT_NONE;  // packed
+    int rate = 0, channels = 0;
+    bool operator==(const SoundFormat& o) const {
+        return sampleFormat == o.sampleFormat && rate == o.rate && channels == o.channels;
+    }
+};
+
+void put(Bytes& to, const char (&fourCc)[5]) {
+    to.insert(to.end(), fourCc, fourCc + 4);
+}
+
+void put(Bytes& to, uint32_t value, size_t size) {
+    for (size_t i = 0; i < size; ++i) to.push_back(uint8_t(value >> (8 * i)));
+}
+
+constexpr uint32_t kWaveHeadSize = 44;
+
+// A canonical RIFF head; `dataSize` bytes of samples follow it.
+Bytes waveHead(const SoundFormat& format, uint32_t dataSize) {
+    const auto sampleFormat = AVSampleFormat(format.sampleFormat);
+    const bool isFloat = sampleFormat == AV_SAMPLE_FMT_FLT || sampleFormat == AV_SAMPLE_FMT_DBL;
+    const uint32_t width = uint32_t(av_get_bytes_per_sample(sampleFormat));
+    const uint32_t block = width * uint32_t(format.channels);
+    Bytes head;
+    put(head, "RIFF");
+    put(head, kWaveHeadSize - 8 + dataSize, 4);
+    put(head, "WAVE");
+    put(head, "fmt ");
+    put(head, 16, 4);
+    put(head, isFloat ? 3 : 1, 2);
+    put(head, uint32_t(format.channels), 2);
+    put(head, uint32_t(format.rate), 4);
+    put(head, uint32_t(format.rate) * block, 4);
+    put(head, block, 2);
+    put(head, width * 8, 2);
+    put(head, "data");
+    put(head, dataSize, 4);
+    return head;
+}
+
+class SoundFile : public FrameSink {
+  public:
+    explicit SoundFile(const std::string& path) : mFile(path) {}
+
+    void take(const AVFrame& frame) override {
+        const SoundFormat format{av_get_packed_sample_fmt(AVSampleFormat(frame.format)), frame.sample_rate,
+                                 frame.ch_layout.nb_channels};
+        if (mFormat.channels == 0) begin(format);
+        if (!(format == mFormat))
+            throw FileFailure(mFile.path(),
+                              "the sound changes its format on the way (--frames N stops before that)");
+        packFrame(frame, mPacked);
+        if (mPacked.size() > std::numeric_limits<uint32_t>::max() - kWaveHeadSize - mSize)
+            throw FileFailure(mFile.path(),
+                              "the sound is longer than a WAV file can be (--frames N stops earlier)");
+        mFile.write(mPacked.data(), mPacked.size());
+        mSize += uint32_t(mPacked.size());
+    }
+    bool hasFrames() const override { return mFormat.channels != 0; }
+    void finish() override {
+        if (mFormat.channels == 0)
+            throw FileFailure(mFile.path(),
+                              "not written, no sound was decoded (--track chooses another track)");
+        mFile.patch(0, waveHead(mFormat, mSize));
+        mFile.close();
+    }
+
+  private:
+    void begin(const SoundFormat& format) {
+        mFormat = format;
+        mFile.write(waveHead(mFormat, mSize));
+    }
+
+    ExtractFile mFile;
+    SoundFormat mFormat;
+    uint32_t mSize = 0;  // bytes of samples
+    Bytes mPacked;
+};
+
+}  // namespace
+
+void packFrame(const AVFrame& frame, Bytes& out) {
+    if (frame.nb_samples > 0)
+        packSamples(frame, out);
+    else
+        packPicture(frame, out);
+}
+
+FrameHash::FrameHash() : mSha(av_sha_alloc(), av_free) {
+    if (!mSha || av_sha_init(mSha.get(), 160) < 0) throw std::bad_alloc();
+}
+
+FrameHash::~FrameHash() = default;
+
+void FrameHash::take(const AVFrame& frame) {
+    packFrame(frame, mPacked);
+    av_sha_update(mSha.get(), mPacked.data(), mPacked.size());
+}
+
+std::string FrameHash::hex() {
+    uint8_t digest[20];
+    av_sha_final(mSha.get(), digest);
+    return toHex(digest, sizeof(digest));
+}
+
+std::unique_ptr<FrameSink> makePictureFile(const std::string& path, int64_t timeUs) {
+    return std::make_unique<PictureFile>(path, timeUs);
+}
+
+std::unique_ptr<FrameSink> makeSoundFile(const std::string& path) {
+    return std::make_unique<SoundFile>(path);
+}
+
+}  // namespace mkvx

@@ -1,0 +1,86 @@
+// mkvx attachments FILE: the files that are attached, and these files themselves.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <algorithm>
+
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+#include "base/SafeFolder.h"
+#include "base/Text.h"
+#include "cli/Command.h"
+#include "cli/FormatOption.h"
+#include "elements/Document.h"
+#include "elements/RenderDocument.h"
+#include "source/MatroskaSource.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string file;
+    std::string folder;
+    Format format = Format::kTable;
+};
+
+// Attachments do not overlap, so all of them together fit the file; more than that is not written.
+void saveAll(const std::string& folderPath, const SourceOptions& options, AttachmentsReport& report) {
+    const android::sp<android::DataSource> source = openMatroska(report.file, options);
+    off64_t length = 0;
+    uint64_t room = source->getSize(&length) == android::OK && length > 0 ? uint64_t(length) : UINT64_MAX;
+    SafeFolder folder(folderPath);
+    for (AttachmentInfo& file : report.attachments) {
+        if (wasInterrupted()) return;
+        try {
+            if (file.offset == 0) throw FileFailure(file.name, "has no data");
+            if (file.size > room)
+                throw FileFailure(file.name, "does not fit into the file beside the ones in front of it");
+            file.savedAs = folder.save(file.name, *source, file.offset, file.size);
+            room -= file.size;
+        } catch (const FileFailure& failure) {
+            if (!wasInterrupted()) file.problem = failure.what();
+        }
+    }
+}
+
+int run(const Globals& globals, const Options& options) {
+    AttachmentsReport report = readAttachments(options.file, globals.source);
+    throwIfInterrupted(options.file);
+    if (!options.folder.empty() && !report.attachments.empty())
+        saveAll(options.folder, globals.source, report);
+    renderAttachments(report, options.format, stdout);
+    std::fflush(stdout);
+    if (report.attachments.empty())
+        fmt::print(stderr, "mkvx: {}: has no attachments\n", options.file);
+    else if (!report.isReached)
+        fmt::print(
+            stderr,
+            "mkvx: {}: nothing leads the plug-in to its attachments (mkvx tree shows where they are)\n",
+            options.file);
+    int exitCode = kExitDone;
+    for (const AttachmentInfo& file : report.attachments) {
+        if (file.problem.empty()) continue;
+        fmt::print(stderr, "mkvx: {}: attachment {}\n", options.file, printable(file.problem));
+        exitCode = kExitFileUnusable;
+    }
+    const auto saved = std::count_if(report.attachments.begin(), report.attachments.end(),
+                                     [](const AttachmentInfo& file) { return !file.savedAs.empty(); });
+    throwIfInterrupted(options.file, fmt::format("{} of {} were written", saved,
+                                                 counted(report.attachments.size(), "attachment")));
+    return exitCode;
+}
+
+}  // namespace
+
+void addAttachmentsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("attachments", "The attached files; extracts them when asked to");
+    command->add_option("FILE", options->file, "The file to read")->required();
+    command->add_option("--extract", options->folder,
+                        "Write the attached files into this folder, over no file that is there");
+    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command->footer("Example: mkvx attachments --extract fonts film.mkv");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

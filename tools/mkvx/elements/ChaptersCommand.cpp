@@ -1,0 +1,45 @@
+// mkvx chapters FILE: the chapters of each edition.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+#include "cli/Command.h"
+#include "cli/FormatOption.h"
+#include "elements/Document.h"
+#include "elements/RenderDocument.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string file;
+    Format format = Format::kTable;
+};
+
+int run(const Globals& globals, const Options& options) {
+    const ChaptersReport report = readChapters(options.file, globals.source);
+    throwIfInterrupted(options.file);
+    renderChapters(report, options.format, stdout);
+    if (report.editions.empty())
+        fmt::print(stderr, "mkvx: {}: has no chapters\n", options.file);
+    else if (!report.isReached)
+        fmt::print(stderr,
+                   "mkvx: {}: nothing leads the plug-in to its chapters (mkvx tree shows where they are)\n",
+                   options.file);
+    return kExitDone;
+}
+
+}  // namespace
+
+void addChaptersCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("chapters", "The chapters of each edition");
+    command->add_option("FILE", options->file, "The file to read")->required();
+    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command->footer("Example: mkvx chapters film.mkv");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

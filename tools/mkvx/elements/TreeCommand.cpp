@@ -1,0 +1,67 @@
+// mkvx tree FILE: the element tree as the plug-in's reader walks it.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+#include "base/Log.h"
+#include "base/Progress.h"
+#include "cli/Command.h"
+#include "cli/FormatOption.h"
+#include "elements/RenderTree.h"
+#include "elements/TreeListing.h"
+#include "source/MatroskaSource.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string file;
+    TreeOptions tree;
+    bool isWhole = false;
+    Format format = Format::kTable;
+    ProgressStyle progress = ProgressStyle::kLine;
+};
+
+int run(const Globals& globals, const Options& options) {
+    const MuteLog mute;
+    TreeOptions tree = options.tree;
+    tree.isShortened = !options.isWhole && (!tree.depth || tree.at);
+    Progress progress(options.file, besideListing(options.progress));
+    ProgressState reached;
+    tree.onReached = [&](uint64_t offset) {
+        reached.bytes = offset;
+        progress.reach(reached);
+    };
+    TreeListing listing(openMatroska(options.file, globals.source), options.file, tree);
+    reached.bytesTotal = listing.fileLength().value_or(0);
+    const auto writer = makeTreeWriter(options.format, options.file, listing.fileLength(), stdout);
+    while (const std::optional<TreeItem> item = listing.next()) writer->write(*item);
+    writer->finish();
+    throwIfInterrupted(options.file, fmt::format("byte {}", reached.bytes));
+    return kExitDone;
+}
+
+}  // namespace
+
+void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("tree", "The element tree, with offsets, sizes and values");
+    command->add_option("FILE", options->file, "The file to read")->required();
+    command
+        ->add_option("--depth", options->tree.depth,
+                     "Show N levels, each in full; with --at, N levels below the element (default 1)")
+        ->check(CLI::Range(1, int(ElementWalk::kDeepest)));
+    command->add_flag("--all", options->isWhole, "Show every element, also where many of a kind follow");
+    command->add_option(
+        "--at", options->tree.at,
+        "Show the element that holds the byte at this offset, the way to it and what it holds");
+    addProgressOption(*command, options->progress);
+    addFormatOption(*command, options->format,
+                    {{"text", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
+    command->footer("Example: mkvx tree --at 5914 film.mkv");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

@@ -1,0 +1,178 @@
+#include "elements/TreeListing.h"
+
+#include <fmt/format.h>
+#include <algorithm>
+
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+
+namespace mkvx {
+namespace {
+
+namespace id = MatroskaExtReader::id;
+
+// How many siblings of one name a shortened listing shows.
+constexpr uint64_t kFewSiblings = 3, kManySiblings = 20;
+constexpr uint32_t kGapKey = 0, kUnknownKey = 1;  // in the place of an ID
+
+bool isPlentiful(uint32_t id) {
+    return id == id::kCluster || id == id::kCuePoint || id == id::kSimpleBlock || id == id::kBlockGroup;
+}
+
+uint32_t keyOf(const TreeItem& item) {
+    const auto* element = std::get_if<Element>(&item.what);
+    if (element == nullptr) return kGapKey;
+    return element->info != nullptr ? element->id : kUnknownKey;
+}
+
+std::string rowName(uint32_t key) {
+    if (key == kGapKey) return "gap";
+    return key == kUnknownKey ? "unknown element" : MatroskaExtReader::FindElementInfo(key)->name;
+}
+
+std::pair<uint64_t, uint64_t> extentOf(const TreeItem& item) {
+    if (const auto* element = std::get_if<Element>(&item.what))
+        return {element->offset, std::max(element->end, element->dataOffset)};
+    const Gap& gap = std::get<Gap>(item.what);
+    return {gap.offset, gap.end};
+}
+
+// The walk tells times by Info, so it always goes through that.
+bool isInfo(const TreeItem& item) {
+    const auto* element = std::get_if<Element>(&item.what);
+    return element != nullptr && element->id == id::kInfo;
+}
+
+}  // namespace
+
+bool holds(const TreeItem& item, uint64_t at) {
+    const auto [from, to] = extentOf(item);
+    return from <= at && at < to;
+}
+
+std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, const std::string& file,
+                            uint64_t at) {
+    ElementWalk walk(source);
+    std::vector<TreeItem> way;
+    while (std::optional<TreeItem> item = walk.next()) {  // bounded: skips what does not hold the byte
+        if (item->depth < way.size()) break;              // the deepest one has ended
+        if (!holds(*item, at)) {
+            if (!isInfo(*item)) walk.skipChildren();
+            continue;
+        }
+        way.push_back(std::move(*item));
+        auto* element = std::get_if<Element>(&way.back().what);
+        if (element != nullptr) walk.readValue(*element);
+        if (element == nullptr || at < element->dataOffset) break;
+    }
+    throwIfInterrupted(file);
+    if (way.empty())
+        throw UsageFailure(fmt::format("{}: the file has no byte {}{}", file, at,
+                                       walk.length() ? fmt::format(", it ends at {}", *walk.length()) : ""));
+    return way;
+}
+
+TreeListing::TreeListing(const android::sp<android::DataSource>& source, const std::string& file,
+                         const TreeOptions& options)
+    : mOptions(options), mWalk(source) {
+    if (mOptions.at) mTarget = wayTo(source, file, *mOptions.at).back();
+}
+
+std::optional<TreeItem> TreeListing::next() {
+    while (mReady.empty() && !mIsOver) {  // bounded by the walk
+        std::optional<TreeItem> item = mWalk.next();
+        if (wasInterrupted()) return std::nullopt;  // what came may be made of reads that failed
+        if (item) mOptions.onReached(extentOf(*item).first);
+        const Verdict verdict = item ? judge(*item) : Verdict::kStop;
+        switch (verdict) {
+            case Verdict::kShow:
+                show(std::move(*item));
+                break;
+            case Verdict::kLeaveOut:
+                leaveOut(*item);
+                break;
+            case Verdict::kPassOver:
+                break;
+            case Verdict::kStop:
+                closeRows(0);
+                mIsOver = true;
+                break;
+        }
+    }
+    if (mReady.empty() || wasInterrupted()) return std::nullopt;
+    TreeItem item = std::move(mReady.front());
+    mReady.pop_front();
+    return item;
+}
+
+TreeListing::Verdict TreeListing::judge(const TreeItem& item) {
+    const unsigned base = mTarget ? mTarget->depth + 1 : 0;
+    if (mTarget) {
+        const Verdict verdict = judgeAround(item, *mOptions.at);
+        if (verdict != Verdict::kShow || item.depth < base) return verdict;
+    }
+    const unsigned levels = mOptions.depth.value_or(mTarget ? 1 : ElementWalk::kDeepest);
+    if (item.depth >= base + levels) return Verdict::kPassOver;  // only where no level is wanted
+    if (item.depth + 1 >= base + levels && !isInfo(item)) mWalk.skipChildren();
+    if (!isTooMany(item)) return Verdict::kShow;
+    mWalk.skipChildren();
+    return Verdict::kLeaveOut;
+}
+
+// The way down to the target is shown, then whatever is in it; its siblings are not.
+TreeListing::Verdict TreeListing::judgeAround(const TreeItem& item, uint64_t at) {
+    if (item.depth > mTarget->depth) return mIsInTarget ? Verdict::kShow : Verdict::kPassOver;
+    if (extentOf(item).first > at) return Verdict::kStop;
+    if (holds(item, at)) {
+        mIsInTarget = item.depth == mTarget->depth;
+        return Verdict::kShow;
+    }
+    mIsInTarget = false;
+    if (!isInfo(item)) mWalk.skipChildren();
+    return Verdict::kPassOver;
+}
+
+bool TreeListing::isTooMany(const TreeItem& item) {
+    if (!mOptions.isShortened) return false;
+    closeRows(item.depth + 1);
+    if (mRows.size() <= item.depth) mRows.resize(item.depth + 1);
+    const uint32_t key = keyOf(item);
+    return ++mRows[item.depth].shown[key] > (isPlentiful(key) ? kFewSiblings : kManySiblings);
+}
+
+void TreeListing::leaveOut(const TreeItem& item) {
+    LeftOut& sum = mRows[item.depth].leftOut;
+    const auto [from, to] = extentOf(item);
+    if (sum.counts.empty()) sum.offset = from;
+    sum.end = std::max(sum.end, to);
+    const std::string name = rowName(keyOf(item));
+    const auto known = std::find_if(sum.counts.begin(), sum.counts.end(),
+                                    [&](const auto& count) { return count.first == name; });
+    if (known == sum.counts.end())
+        sum.counts.emplace_back(name, 1);
+    else
+        ++known->second;
+}
+
+// The rows of `depth` and below have ended.
+void TreeListing::closeRows(unsigned depth) {
+    while (mRows.size() > depth) {
+        flush(unsigned(mRows.size() - 1));
+        mRows.pop_back();
+    }
+}
+
+void TreeListing::flush(unsigned depth) {
+    LeftOut& sum = mRows[depth].leftOut;
+    if (!sum.counts.empty()) mReady.push_back(TreeItem{depth, std::move(sum)});
+    sum = LeftOut();
+}
+
+void TreeListing::show(TreeItem item) {
+    if (mRows.size() > item.depth) flush(item.depth);
+    if (auto* element = std::get_if<Element>(&item.what)) mWalk.readValue(*element);
+    item.isAsked = mTarget && item.depth == mTarget->depth;
+    mReady.push_back(std::move(item));
+}
+
+}  // namespace mkvx

@@ -1,0 +1,73 @@
+// mkvx report FILE: what a device gets out of a file, as one page for a browser.
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+#include "base/OutputFile.h"
+#include "check/Run.h"
+#include "cli/Command.h"
+#include "report/Collect.h"
+#include "report/Page.h"
+#include "source/OpenSource.h"
+#include "source/Spool.h"
+
+namespace mkvx {
+namespace {
+
+struct Options {
+    std::string file;
+    std::string out;
+    CheckRunOptions check;
+};
+
+// In a child process: the file may end whoever reads it.
+CheckedFile examined(const ExtractorPlugin& plugin, const std::string& file, const CheckRunOptions& options) {
+    CheckedFile checked;
+    const bool isComplete = checkFiles(plugin, {{file, 0}}, options,
+                                       [&](size_t, CheckedFile result) { checked = std::move(result); });
+    if (!isComplete) throwIfInterrupted(file);
+    if (checked.verdict == Verdict::kNoMatroska || checked.verdict == Verdict::kUnreadable)
+        throw FileFailure(file, checked.reason);
+    return checked;
+}
+
+int run(const Globals& globals, const Options& options) {
+    requireOtherFile(options.file, options.out);
+    CheckRunOptions check = options.check;
+    check.source = globals.source;
+    if (isStandardInput(options.file)) (void)spooledInput();  // before there is a child to share it
+    const ExtractorPlugin plugin = loadPlugin(globals.plugin);
+    const ReportPage page =
+        collectReport(plugin, examined(plugin, options.file, check), check.source, check.progress);
+    throwIfInterrupted(options.file);  // nothing was written yet, and half a page would tell what is not so
+    ExtractFile out(options.out);
+    out.write(reportHtml(page));
+    out.close();
+    fmt::print("{}: {}, {} of {} tracks offered, {} bytes\n", options.out, describe(page.checked.verdict),
+               page.info.tracks.size(), page.checked.tracks.size(), out.size());
+    return kExitDone;
+}
+
+}  // namespace
+
+void addReportCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    options->check.timeLimit = 600;
+    CLI::App* command =
+        app.add_subcommand("report", "A page for the browser: tracks, timeline, seeks, chapters, damage");
+    command->add_option("FILE", options->file, "The file to read")->required();
+    command->add_option("-o,--output", options->out, "The HTML file to write")->required();
+    command
+        ->add_option(
+            "--time-limit", options->check.timeLimit,
+            "Seconds after which the examination is given up and the page shows no more than the verdict")
+        ->check(CLI::Range(0.01, 1e6))
+        ->capture_default_str();
+    addProgressOption(*command, options->check.progress);
+    command->footer("Example: mkvx report film.mkv -o film.html");
+    command->callback(
+        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+}
+
+}  // namespace mkvx

@@ -14,7 +14,7 @@ LOCAL_SRC_FILES := \
     extractor/utils/CodecConfig.cpp \
     extractor/utils/NalRewrite.cpp \
     extractor/utils/PictureCopy.cpp \
-    extractor/utils/ByteOrder.cpp \
+    extractor/utils/FixedByteOrder.cpp \
     extractor/utils/HexDump.cpp \
     extractor/utils/DebugAids.cpp \
     extractor/utils/MeasureTime.cpp \

@@ -5,7 +5,7 @@ set(EXTRACTOR_SOURCES
   utils/CodecConfig.cpp
   utils/NalRewrite.cpp
   utils/PictureCopy.cpp
-  utils/ByteOrder.cpp
+  utils/FixedByteOrder.cpp
   utils/HexDump.cpp
   utils/DebugAids.cpp
   utils/MeasureTime.cpp

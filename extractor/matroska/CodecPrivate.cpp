@@ -10,7 +10,7 @@
 
 #include "matroska/FatalCheck.h"
 #include "matroska/reader/CheckedMath.h"
-#include "utils/ByteOrder.h"
+#include "utils/FixedByteOrder.h"
 
 namespace android {
 namespace {

@@ -3,7 +3,7 @@
 #include <stdint.h>
 #include <string.h>
 
-#include "utils/ByteOrder.h"
+#include "utils/FixedByteOrder.h"
 
 namespace android {
 namespace {

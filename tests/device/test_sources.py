@@ -1,4 +1,5 @@
-"""The device build compiles exactly the sources that the host build compiles, and exports by the same list."""
+"""The device build compiles exactly the sources that the host build compiles, and exports by the same list. Its include
+path, where extractor/ comes first, hides none of the system's headers."""
 import pathlib
 import re
 
@@ -26,3 +27,15 @@ def test_the_device_build_keeps_the_export_list():
     makefile = (ROOT / "Android.mk").read_text()
     for flag in ("-Bsymbolic", "extractor/exports.map", "-fvisibility=hidden", "-fno-rtti", "-fno-exceptions"):
         assert flag in makefile, flag
+
+
+# Of <utils/...> in the Lollipop line, those that today's package no longer has.
+GONE_SINCE = ("BasicHashtable.h", "BlobCache.h", "GenerationCache.h", "LinearTransform.h", "SharedBuffer.h", "Static.h")
+
+
+def test_no_header_hides_one_of_the_system():
+    """A source's <utils/Log.h> is looked for below extractor/ first; upper and lower case are one on some disks."""
+    systems = {p.name.lower() for p in pathlib.Path("/usr/include/android/utils").glob("*.h")}
+    assert "refbase.h" in systems
+    ours = {p.name.lower() for p in (ROOT / "extractor" / "utils").glob("*.h")}
+    assert not ours & (systems | {name.lower() for name in GONE_SINCE})

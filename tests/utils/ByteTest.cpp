@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include "utils/ByteOrder.h"
 #include "utils/CodecConfig.h"
+#include "utils/FixedByteOrder.h"
 #include "utils/NalRewrite.h"
 #include "utils/PictureCopy.h"
 
@@ -31,7 +31,7 @@ class Exact {
     size_t mSize;
 };
 
-TEST(ByteOrder, UnalignedAndWithHighBits) {
+TEST(FixedByteOrder, UnalignedAndWithHighBits) {
     const uint8_t bytes[] = {0x00, 0xF1, 0xE2, 0xD3, 0xC4, 0xB5, 0xA6, 0x97, 0x88};
     const uint8_t* at = bytes + 1;
     EXPECT_EQ(android::U16_AT(at), 0xF1E2u);

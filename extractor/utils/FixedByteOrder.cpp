@@ -1,4 +1,4 @@
-#include "utils/ByteOrder.h"
+#include "utils/FixedByteOrder.h"
 
 namespace android {
 

@@ -167,10 +167,9 @@ def test_plugin_that_cannot_be_used(mkvx, sample, write, make):
     assert run.code == 1 and run.out == '' and str(path) in sentence(run)
 
 
-def test_full_disk_is_told(sample):
-    from conftest import BINARY
+def test_full_disk_is_told(binary, sample):
     with open('/dev/full', 'w') as full:
-        run = subprocess.run([BINARY, 'info', sample], stdout=full, stderr=subprocess.PIPE, text=True)
+        run = subprocess.run([binary, 'info', sample], stdout=full, stderr=subprocess.PIPE, text=True)
     assert run.returncode == 1 and 'cannot write' in run.stderr
 
 

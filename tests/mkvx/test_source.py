@@ -5,7 +5,6 @@ import time
 
 import pytest
 
-from conftest import BINARY
 from server import Server
 
 
@@ -84,16 +83,16 @@ def test_a_stream_gets_no_index(mkvx, server):
     assert run.code == 0 and 'Sync index: 0 entries' in run.out and 'mkv http source' in run.err
 
 
-def piped(data, *args):
-    return subprocess.run([BINARY, *map(str, args)], input=data, capture_output=True, timeout=60)
+def piped(binary, data, *args):
+    return subprocess.run([binary, *map(str, args)], input=data, capture_output=True, timeout=60)
 
 
-def test_standard_input(sample, expected, tmp_path):
-    run = piped(sample.read_bytes(), 'packets', '--format', 'jsonl', '-')
+def test_standard_input(binary, sample, expected, tmp_path):
+    run = piped(binary, sample.read_bytes(), 'packets', '--format', 'jsonl', '-')
     assert (run.returncode, run.stdout.decode(), run.stderr) == (0, expected, b'')
-    assert piped(sample.read_bytes(), 'bench', 'demux', '--once', '--json', '-').returncode == 0
-    assert piped(b'', 'info', '-').returncode == 1
-    full = subprocess.run([BINARY, 'info', '-'], input=b'x', capture_output=True, env={'TMPDIR': str(tmp_path / 'no')})
+    assert piped(binary, sample.read_bytes(), 'bench', 'demux', '--once', '--json', '-').returncode == 0
+    assert piped(binary, b'', 'info', '-').returncode == 1
+    full = subprocess.run([binary, 'info', '-'], input=b'x', capture_output=True, env={'TMPDIR': str(tmp_path / 'no')})
     assert full.returncode == 1 and b'TMPDIR' in full.stderr
 
 

@@ -5,14 +5,15 @@ from pathlib import Path
 
 import pytest
 
-BINARY = Path(os.environ.get('MKVX_BIN', Path(__file__).parents[2] / 'build/release/bin/mkvx')).resolve()
+ROOT = Path(__file__).parents[1]
+BINARY = Path(os.environ.get('MKVX_BIN', ROOT / 'build/release/bin/mkvx')).resolve()
 
 
 class Run:
     """One finished run of the tool."""
 
-    def __init__(self, *args):
-        done = subprocess.run([BINARY, *map(str, args)], capture_output=True, timeout=60)
+    def __init__(self, *args, **options):
+        done = subprocess.run([BINARY, *map(str, args)], capture_output=True, timeout=120, **options)
         self.code = done.returncode
         self.out = done.stdout.decode()
         self.err = done.stderr.decode()
@@ -29,14 +30,14 @@ def binary():
     return BINARY
 
 
-@pytest.fixture
+@pytest.fixture(scope='session')
 def mkvx():
     return Run
 
 
-@pytest.fixture
+@pytest.fixture(scope='session')
 def sample():
-    return Path(__file__).parents[2] / 'samples/sample.mkv'
+    return ROOT / 'samples/sample.mkv'
 
 
 @pytest.fixture

@@ -1,13 +1,33 @@
 """The page that mkvx report makes, as a reader's browser shows it."""
-import json
 import re
 
 import pytest
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
-from conftest import run
 import craft
+from browser import Browser
+
+
+@pytest.fixture(scope='session')
+def browser():
+    window = Browser()
+    yield window
+    window.driver.quit()
+
+
+@pytest.fixture
+def report(mkvx, tmp_path):
+    """report(path or bytes, name) -> the page that mkvx makes of it."""
+    def make(file, name='film.mkv'):
+        if isinstance(file, bytes):
+            (tmp_path / name).write_bytes(file)
+            file = tmp_path / name
+        page = tmp_path / 'page.html'
+        done = mkvx('report', file, '-o', page)
+        assert done.code == 0 and done.err == '', done.err
+        return page
+    return make
 
 
 def clock(us):
@@ -15,9 +35,8 @@ def clock(us):
     return '%02d:%02d:%02d.%03d' % (ms // 3600000, ms // 60000 % 60, ms // 1000 % 60, ms % 1000)
 
 
-def units_of(path, track):
-    lines = run('packets', '--all', '--track', track, '--format', 'jsonl', path).stdout.splitlines()
-    return [json.loads(line) for line in lines]
+def units_of(mkvx, path, track):
+    return mkvx('packets', '--all', '--track', track, '--format', 'jsonl', path).lines()
 
 
 # How many strokes a chart of a track has in one of its lanes.
@@ -48,22 +67,22 @@ def test_loads_alone_and_is_legible(browser, report, sample, width, scheme):
     assert cut == []
 
 
-def test_key_frames_are_those_that_are_delivered(browser, report, sample):
+def test_key_frames_are_those_that_are_delivered(browser, mkvx, report, sample):
     browser.open(report(sample))
     for track in 0, 1, 2:
-        units = units_of(sample, track)
+        units = units_of(mkvx, sample, track)
         keys = sum(unit['sync'] for unit in units)
         assert browser.run(STROKES, track, 'keys') == keys > 0
         caption = browser.run("return document.querySelectorAll('figure.track figcaption')[arguments[0]].textContent", track)
         assert f'{len(units)} units' in caption and f'{keys} key frames' in caption
 
 
-def test_pointing_and_keys_tell_a_unit(browser, report, sample, tmp_path):
+def test_pointing_and_keys_tell_a_unit(browser, mkvx, report, sample, tmp_path):
     browser.open(report(sample))
     # The video as an elementary stream, in which a unit differs from the file only by its start codes.
-    assert run('extract', '--track', 0, '-o', tmp_path / 'video.h264', sample).returncode == 0
+    assert mkvx('extract', '--track', 0, '-o', tmp_path / 'video.h264', sample).code == 0
     stream = (tmp_path / 'video.h264').read_bytes()
-    known = {clock(unit['time_us']): unit for unit in units_of(sample, 0)}
+    known = {clock(unit['time_us']): unit for unit in units_of(mkvx, sample, 0)}
     chart = browser.driver.find_element('css selector', 'figure.track svg')
     tip = browser.driver.find_element('id', 'tip')
     for move in -200, 0, 123:
@@ -156,10 +175,10 @@ def test_what_is_wrong_is_said(browser, report, file, section, told):
 
 @pytest.mark.parametrize('args, code', [(['{file}', '-o', '{file}'], 2), (['{file}'], 2), (['{text}', '-o', '{out}'], 1),
                                         (['{file}', '-o', '/no/such/folder/x.html'], 1)])
-def test_failures_leave_nothing(tmp_path, sample, args, code):
+def test_failures_leave_nothing(mkvx, tmp_path, sample, args, code):
     file, text, out = tmp_path / 'film.mkv', tmp_path / 'text.mkv', tmp_path / 'out.html'
     file.write_bytes(sample.read_bytes())
     text.write_bytes(b'no film')
-    done = run('report', *(arg.format(file=file, text=text, out=out) for arg in args))
-    assert done.returncode == code and done.stderr.startswith('mkvx: ') and done.stderr.count('\n') == 1
+    done = mkvx('report', *(arg.format(file=file, text=text, out=out) for arg in args))
+    assert done.code == code and done.err.startswith('mkvx: ') and done.err.count('\n') == 1
     assert not out.exists() and file.read_bytes() == sample.read_bytes()

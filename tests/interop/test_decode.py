@@ -21,10 +21,10 @@ def run(mkvx, *arguments):
 
 
 @pytest.fixture(scope='module')
-def film(maker):
+def film(mux):
     """Video, sound and a subtitle; the video does not begin with the first track."""
-    return maker.mkvmerge('film.mkv', [maker.encode('-c:a flac', 'flac'), maker.encode(H264),
-                                       maker.srt('film.srt', [(100, 900, 'a line')])])
+    return mux.mkvmerge('film.mkv', [mux.encode('-c:a flac', 'flac'), mux.encode(H264),
+                                       mux.srt('film.srt', [(100, 900, 'a line')])])
 
 
 def rgb(path, select=None):
@@ -33,17 +33,17 @@ def rgb(path, select=None):
                   '-f', 'hash', '-hash', 'sha160', '-')
 
 
-def test_picture_is_the_first_at_or_after_the_thumbnail_time(mkvx, maker, film):
+def test_picture_is_the_first_at_or_after_the_thumbnail_time(mkvx, mux, film):
     thumbnail = next(t['thumbnail_us'] for t in info(mkvx, film) if 'thumbnail_us' in t)
-    picture_path = maker.path('frame.png')
+    picture_path = mux.path('frame.png')
     assert run(mkvx, film, '-o', picture_path).returncode == 0
     assert thumbnail > 0 and rgb(picture_path) == rgb(film, 'gte(t,%f)' % (thumbnail / 1e6)) != rgb(film)
 
 
 @pytest.mark.parametrize('options, layout', [
     ('-c:a flac -ac 2', 's16'), ('-c:a aac', 'flt'), ('-c:a pcm_s24be', 's32')])
-def test_sound_file_holds_every_sample(mkvx, maker, options, layout):
-    source, wav = maker.encode(options), maker.path(layout + '.wav')
+def test_sound_file_holds_every_sample(mkvx, mux, options, layout):
+    source, wav = mux.encode(options), mux.path(layout + '.wav')
     done = run(mkvx, source, '-o', wav)
     assert (done.returncode, done.stderr) == (0, b'')
 
@@ -53,11 +53,11 @@ def test_sound_file_holds_every_sample(mkvx, maker, options, layout):
     assert samples(wav) == samples(source)
 
 
-def test_which_track_goes_into_the_output(mkvx, maker, film):
+def test_which_track_goes_into_the_output(mkvx, mux, film):
     for name, options, head in [('any', [], b'\x89PNG'), ('sound.wav', [], b'RIFF'),
                                 ('chosen', ['--track', '0'], b'RIFF'), ('picture.wav', ['--track', '1'], b'\x89PNG')]:
-        assert run(mkvx, film, '-o', maker.path(name), *options).returncode == 0
-        with open(maker.path(name), 'rb') as f:
+        assert run(mkvx, film, '-o', mux.path(name), *options).returncode == 0
+        with open(mux.path(name), 'rb') as f:
             assert f.read(4) == head, name
 
 
@@ -83,21 +83,21 @@ def test_what_cannot_be_done_is_said(mkvx, film, tmp_path, monkeypatch, argument
     assert not list(tmp_path.iterdir())
 
 
-def test_damaged_units_are_counted(mkvx, maker):
+def test_damaged_units_are_counted(mkvx, mux):
     """Every byte of four units is altered; they are told, and the others are still decoded."""
-    source = maker.encode('-c:a flac')
-    track, packets = maker.packets(source)
+    source = mux.encode('-c:a flac')
+    track, packets = mux.packets(source)
     for p in packets[4:8]:
         p.data = bytes(b ^ 0x55 for b in p.data)
-    path = maker.write('damaged.mkv', sound('A_FLAC', track.private), packets)
+    path = mux.write('damaged.mkv', sound('A_FLAC', track.private), packets)
     result = mkvx_decode(mkvx, path)[0]
     assert (result['units'], result['errors']) == (12, 4) and result['frames'] == 8 and result['problem']
 
 
-def test_configurations_cut_anywhere_end_in_a_result(mkvx, maker):
+def test_configurations_cut_anywhere_end_in_a_result(mkvx, mux):
     """Every codec's configuration at every length: no crash, no hang, one result per track that is offered."""
-    avc = maker.packets(maker.encode(H264))[0].private
-    hevc = maker.packets(maker.encode('-c:v libx265 -preset ultrafast -x265-params log-level=error:pools=1'))[0].private
+    avc = mux.packets(mux.encode(H264))[0].private
+    hevc = mux.packets(mux.encode('-c:v libx265 -preset ultrafast -x265-params log-level=error:pools=1'))[0].private
     wave = wave_format(2, align=1024, bits=4, extra=bytes(32))
     stream = bitmap_header('WMV2', bytes(4))
     tracks = []
@@ -107,7 +107,7 @@ def test_configurations_cut_anywhere_end_in_a_result(mkvx, maker):
                                    (sound, 'A_AAC', bytes.fromhex('2b8a0800'))]:
         tracks += [make(codec_id, config[:size]) for size in range(1, len(config) + 1)]
     frames = [craft.simple_block(1, 0, bytes(range(64)))]
-    path = maker.path('cut.mkv')
+    path = mux.path('cut.mkv')
     with open(path, 'wb') as f:
         f.write(craft.matroska(tracks, craft.cluster(0, *frames)))
     assert len(ebml.read(path).tracks) == len(tracks) > 300

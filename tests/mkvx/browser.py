@@ -1,31 +1,12 @@
+"""A browser without a window, its console and its requests."""
 import json
-import os
-import subprocess
-import sys
-from pathlib import Path
 
-import pytest
 from selenium import webdriver
 from selenium.webdriver.chrome.options import Options
 from selenium.webdriver.chrome.service import Service
 
-ROOT = Path(__file__).parents[2]
-BINARY = Path(os.environ.get('MKVX_BIN', ROOT / 'build/release/bin/mkvx'))
-sys.path.insert(0, str(ROOT / 'tests/mkvx'))  # for craft
-
-
-def run(*args):
-    return subprocess.run([BINARY, *map(str, args)], capture_output=True, text=True, timeout=120)
-
-
-@pytest.fixture(scope='session')
-def sample():
-    return ROOT / 'samples/sample.mkv'
-
 
 class Browser:
-    """A page in a headless browser, its console and its requests."""
-
     def __init__(self):
         options = Options()
         options.binary_location = '/usr/bin/chromium'
@@ -54,24 +35,3 @@ class Browser:
 
     def text(self, selector='body'):
         return self.run('return document.querySelector(arguments[0]).textContent', selector)
-
-
-@pytest.fixture(scope='session')
-def browser():
-    browser = Browser()
-    yield browser
-    browser.driver.quit()
-
-
-@pytest.fixture
-def report(tmp_path):
-    """report(path or bytes, name) -> the page that mkvx makes of it."""
-    def make(file, name='film.mkv'):
-        if isinstance(file, bytes):
-            (tmp_path / name).write_bytes(file)
-            file = tmp_path / name
-        page = tmp_path / 'page.html'
-        done = run('report', file, '-o', page)
-        assert done.returncode == 0 and done.stderr == '', done.stderr
-        return page
-    return make

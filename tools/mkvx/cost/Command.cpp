@@ -8,7 +8,6 @@
 #include "cli/Command.h"
 #include "cli/FormatOption.h"
 #include "cost/Model.h"
-#include "cost/Render.h"
 #include "device/Session.h"
 
 namespace mkvx {
@@ -25,7 +24,7 @@ int run(const Globals& globals, Options options) {
     options.cost.cacheSize = uint64_t(globals.source.url.cacheMib) << 20;
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const CostReport report = measureCost(session, options.cost);
-    renderCost(report, options.format, stdout);
+    print(report, options.format, stdout);
     throwIfInterrupted(options.file, counted(report.ledgers.size(), "ledger"));
     return kExitDone;
 }

@@ -1,6 +1,7 @@
 // What it costs a player to open a file and to seek in it: the plug-in is driven through all stages, on a
 // source that writes its reads into a ledger.
 #pragma once
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,9 @@ struct CostReport {
 
 double milliseconds(const StageCost& cost, const CostOptions& options);
 StageCost totalOf(const StageCosts& stages);
+
+void printText(const CostReport& report, std::FILE* out);
+void printJson(const CostReport& report, std::FILE* out);
 
 // A URL gets the ledger of a caching source alone, since no device reads one without. Throws FileFailure when
 // the plug-in turns out to read in another way than this program's own reader, which tells the stages apart.

@@ -1,8 +1,7 @@
-#include "cost/Render.h"
+#include "cost/Model.h"
 
 #include <fmt/format.h>
 
-#include "base/Json.h"
 #include "base/Text.h"
 
 namespace mkvx {
@@ -10,47 +9,6 @@ namespace {
 
 std::string numberText(uint64_t value) {
     return std::to_string(value);
-}
-
-Json costJson(const StageCost& cost, const CostOptions& options) {
-    return {{"reads", cost.reads},
-            {"bytes", cost.bytes},
-            {"distinct_bytes", cost.distinct},
-            {"reread_bytes", cost.again()},
-            {"smallest", cost.smallest},
-            {"largest", cost.largest},
-            {"backwards", cost.backwards},
-            {"requests", cost.requests},
-            {"requested_bytes", cost.requested},
-            {"ms", milliseconds(cost, options)}};
-}
-
-Json ledgerJson(const CostLedgerResult& ledger, const CostOptions& options) {
-    Json json;
-    json["source"] = ledger.isCached ? "caching" : "uncached";
-    json["stages"] = Json::array();
-    for (size_t i = 0; i < kCostStages; ++i) {
-        Json stage{{"stage", toString(CostStage(i))}};
-        stage.update(costJson(ledger.stages[i], options));
-        json["stages"].push_back(std::move(stage));
-    }
-    json["total"] = costJson(totalOf(ledger.stages), options);
-    return json;
-}
-
-void printJson(const CostReport& report, std::FILE* out) {
-    Json json = newResult();
-    json["file"] = report.path;
-    if (report.size) json["size"] = *report.size;
-    json["latency_ms"] = report.options.latencyMs;
-    json["megabytes_per_second"] = report.options.megabytesPerSecond;
-    json["block_bytes"] = report.options.blockSize;
-    json["cache_bytes"] = report.options.cacheSize;
-    json["seeks"] = report.seekTrack ? report.options.seeks : 0;
-    if (report.seekTrack) json["seek_track"] = *report.seekTrack;
-    json["ledgers"] = Json::array();
-    for (const auto& ledger : report.ledgers) json["ledgers"].push_back(ledgerJson(ledger, report.options));
-    fmt::print(out, "{}\n", dump(json));
 }
 
 std::string stageText(const CostReport& report, CostStage stage) {
@@ -123,8 +81,7 @@ void printLedger(const CostReport& report, const CostLedgerResult& ledger, std::
 
 }  // namespace
 
-void renderCost(const CostReport& report, Format format, std::FILE* out) {
-    if (format == Format::kJson) return printJson(report, out);
+void printText(const CostReport& report, std::FILE* out) {
     fmt::print(out, "{}: {}, at {} ms a request and {} MB/s\n", printable(report.path),
                report.size ? fmt::format("{} bytes", *report.size) : "unknown size", report.options.latencyMs,
                report.options.megabytesPerSecond);

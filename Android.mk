@@ -63,7 +63,7 @@ LOCAL_SHARED_LIBRARIES := libstagefright libstagefright_foundation libutils libl
 LOCAL_STATIC_LIBRARIES := libFraunhoferAAC
 
 LOCAL_CLANG := true
-LOCAL_CPPFLAGS := -std=gnu++1y -fno-exceptions -fno-rtti -fvisibility=hidden -fvisibility-inlines-hidden
+LOCAL_CPPFLAGS := -std=gnu++11 -fno-exceptions -fno-rtti -fvisibility=hidden -fvisibility-inlines-hidden
 LOCAL_CFLAGS := -Wall -Wextra -Wno-multichar -Wno-unused-parameter -Wno-mismatched-tags
 LOCAL_LDFLAGS := -Wl,-Bsymbolic -Wl,--version-script=$(LOCAL_PATH)/extractor/exports.map
 

@@ -23,8 +23,9 @@ enum class AacConfigVerdict {
 // Builds the two bytes of an AudioSpecificConfig (ISO/IEC 14496-3, 1.6.2.1) from a CodecID (case does not
 // matter), the sampling frequency in Hz and the channel count. `out` is written only for kOk. Each verdict
 // logs its line.
-[[nodiscard]] AacConfigVerdict MakeAacSpecificConfig(const char* codecId, double samplingFrequency,
-                                                     uint32_t channels, uint8_t out[2]);
+__attribute__((warn_unused_result)) AacConfigVerdict MakeAacSpecificConfig(const char* codecId,
+                                                                           double samplingFrequency,
+                                                                           uint32_t channels, uint8_t out[2]);
 
 // Size of a BITMAPINFOHEADER.
 constexpr size_t kBitmapHeaderSize = 40;

@@ -29,6 +29,13 @@ def test_the_device_build_keeps_the_export_list():
         assert flag in makefile, flag
 
 
+def test_no_attribute_is_newer_than_the_standard():
+    """gnu++11 has one that is used here; compilers of the time warn about all others, today's g++ about none."""
+    sources = [p for p in (ROOT / "extractor").rglob("*") if p.suffix in (".h", ".cpp")]
+    attributes = {name for p in sources for name in re.findall(r"\[\[(\w+)", p.read_text())}
+    assert attributes == {"noreturn"}
+
+
 # Of <utils/...> in the Lollipop line, those that today's package no longer has.
 GONE_SINCE = ("BasicHashtable.h", "BlobCache.h", "GenerationCache.h", "LinearTransform.h", "SharedBuffer.h", "Static.h")
 

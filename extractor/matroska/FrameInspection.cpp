@@ -41,7 +41,7 @@ bool MatroskaExtIterator::InspectFrontFrame(InspectedFrame* frame) {
     long sizeRead = static_cast<long>(size);
     // A frame that was cut short is inspected as far as it goes.
     (void)group.Block.Read(AnyNode(), mTrack, frame->bytes.get(), sizeRead,
-                           static_cast<uint32_t>(mClusterTimecode));
+                           static_cast<uint32_t>(mClusterInfo->Timecode.Get()));
     frame->size = static_cast<uint32_t>(sizeRead);
     return true;
 }

@@ -12,13 +12,17 @@ constexpr uint32_t kMostThumbnailLooks = 19;
 
 }  // namespace
 
-// Stands on the first block of the Cluster at `clusterPosition`; false when there is none to be read.
+// Stands on the first block of the Cluster at `clusterPosition`; false when there is none to be read. The
+// Timecode of a Cluster without blocks counts too: one behind it may have none of its own.
 bool MatroskaExtIterator::OpenCluster(uint64_t clusterPosition) {
     mBlock.Clear();
     if (mFile->SegmentNode() == nullptr) return false;
     mFile->SeekTo(AddWrapping(mFile->Segment.DataStart, clusterPosition));
     mCluster = new CMatroskaNode(mFile->SegmentNode());
-    return mCluster->IsValid() && mCluster->Id() == id::kCluster && EnterCluster();
+    if (!mCluster->IsValid() || mCluster->Id() != id::kCluster) return false;
+    if (EnterCluster()) return true;
+    (void)mClusterInfo->ParseTimeCode(mCluster.get());
+    return false;
 }
 
 // Lets `examine` look at each block of this track from the one that the walk stands on to the Cluster's end.
@@ -61,10 +65,9 @@ void MatroskaExtIterator::seekToTime(long long timeUs) {
         }
     }
     if (SeekWork() >= mMostSeekWork) mFile->Losses.Add(LossKind::kLimit, mFile->Position(), 0);
+    // A Cluster that was looked through is left for the next one; in one that was given up reading goes on
+    // behind the block that said so.
     if (!mBlock.IsValid()) reset();
-    // What is left of a Cluster that was given up stays undelivered: reading goes on behind it.
-    while (mBlock.IsValid() && mBlock.MoveToNext(mFile, mCluster.get())) {  // bounded by the Cluster
-    }
 }
 
 // True when the seek ends here: a key frame of this track was found in a Cluster that the point names.

@@ -32,7 +32,7 @@ long long AddTimes(long long a, long long b) {
 MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlockPos, unsigned int stripSize,
                                          unsigned int trackNumber, MatroskaExtExtractor* extractor)
     : mFile(file),
-      mClusterTimecode(0),
+      mClusterInfo(new Cluster),
       mEOS(false),
       mStripBlockPos(stripBlockPos),
       mStripSize(stripSize),
@@ -83,7 +83,7 @@ bool MatroskaExtIterator::StepToNextBlock(bool wantsOthers) {
 // Takes up the Cluster's first block, and its Timecode where it has one.
 bool MatroskaExtIterator::EnterCluster() {
     if (!mBlock.MoveToFirst(mFile, mCluster.get())) return false;
-    if (mBlock.HasTimecode()) mClusterTimecode = mBlock.ClusterTimecode();
+    if (mBlock.HasTimecode()) mClusterInfo->Timecode.Set(mBlock.ClusterTimecode());
     return true;
 }
 
@@ -127,7 +127,8 @@ bool MatroskaExtIterator::HasPending() {
 }
 
 long long MatroskaExtIterator::BlockTimeUs(const BlockGroup& group) const {
-    const uint64_t units = AddWrapping(static_cast<uint64_t>(group.Block.TimeCode.Get()), mClusterTimecode);
+    const uint64_t units =
+        AddWrapping(static_cast<uint64_t>(group.Block.TimeCode.Get()), mClusterInfo->Timecode.Get());
     return static_cast<long long>(mFile->ToMicroseconds(units));
 }
 
@@ -210,7 +211,7 @@ MediaBuffer* MatroskaExtIterator::ReadBlock(BlockGroup& group, const TrackEntry*
     }
     long sizeRead = static_cast<long>(size);
     const Result result = group.Block.Read(AnyNode(), track, static_cast<uint8_t*>(buffer->data()), sizeRead,
-                                           static_cast<uint32_t>(mClusterTimecode));
+                                           static_cast<uint32_t>(mClusterInfo->Timecode.Get()));
     if (Failed(result)) {  // here the reader's results become the framework's
         buffer->release();
         return nullptr;

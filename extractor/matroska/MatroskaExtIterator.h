@@ -121,8 +121,9 @@ class MatroskaExtIterator {
 
     MatroskaExtReader::CMatroskaFile* mFile;  // not owned
     sp<MatroskaExtReader::CMatroskaNode> mCluster;
-    BlockCursor mBlock;         // not valid before the Cluster's first block was taken
-    uint64_t mClusterTimecode;  // of the last Cluster entered that had one
+    BlockCursor mBlock;  // not valid before the Cluster's first block was taken
+    // Holds the Timecode only: that of the last Cluster entered which had one.
+    MatroskaExtReader::AutoPtr<MatroskaExtReader::Cluster> mClusterInfo;
     std::vector<std::unique_ptr<BlockGroup>> mPendingBlocks;  // not fully delivered yet, front first
     std::unique_ptr<BlockGroup> mSpareBlock;                  // for reuse
     bool mEOS;
@@ -132,9 +133,9 @@ class MatroskaExtIterator {
     const MatroskaExtReader::TrackEntry* mTrack;  // null for a number that the file does not know
     uint32_t mIndexCursor;                        // into the file's sync index, for late-frame skipping
     uint64_t mLastPosition = 0;
-    uint64_t mScannedBlocks = 0;                  // by seeks, as a measure of their work
-    uint64_t mMostSeekWork = 0;                   // where the seek that runs gives up
-    int64_t mLastSubtitleTrack;                   // TrackNumber of the last record queued; -1 before
+    uint64_t mScannedBlocks = 0;  // by seeks, as a measure of their work
+    uint64_t mMostSeekWork = 0;   // where the seek that runs gives up
+    int64_t mLastSubtitleTrack;   // TrackNumber of the last record queued; -1 before
     bool mSubtitleMergeDecided;
     bool mSubtitleMergeEnabled;
     MatroskaExtExtractor* mExtractor;  // not owned; null for a temporary iterator

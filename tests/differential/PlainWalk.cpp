@@ -134,22 +134,27 @@ size_t PlainWalk::FindCluster(uint64_t position) const {
     return kNone;
 }
 
-// The Cluster's first key frame, unless another frame behind the target comes first.
-size_t PlainWalk::FindKeyBlock(const Cluster& cluster, int64_t timeUs) const {
-    for (size_t i = 0; i < cluster.blocks.size(); ++i) {
-        if (cluster.blocks[i].isKey) return i;
-        if (cluster.blocks[i].timeUs > timeUs) break;
+// The Cluster's first key frame, unless another frame behind the target comes first: then, and at the
+// Cluster's end, the place behind what was looked at.
+bool PlainWalk::FindKeyBlock(const Cluster& cluster, int64_t timeUs, size_t* place) const {
+    for (*place = 0; *place < cluster.blocks.size(); ++*place) {
+        const Block& block = cluster.blocks[*place];
+        if (block.isKey) return true;
+        if (block.timeUs <= timeUs) continue;
+        ++*place;
+        return false;
     }
-    return kNone;
+    return false;
 }
 
 // Every cued Cluster at or before the target is tried, the latest point first. When none has a key frame,
-// reading goes on behind the one that was tried last, or at the start of the file if that was no Cluster.
+// reading goes on behind what was looked at in the one tried last, or at the start of the file if that was no
+// Cluster.
 Deliveries PlainWalk::FromTime(int64_t timeUs) const {
     const uint64_t durationUs = mFile->Segment.GetDuration() / 1000;
     if (static_cast<uint64_t>(timeUs) >= durationUs) return {};
     if (timeUs <= 0) return All();
-    size_t lastTried = kNone;
+    size_t lastTried = kNone, place = 0;
     for (const reader::AutoPtr<reader::Cue>& cue : mFile->Segment.Cues) {
         for (size_t i = cue->Points.size(); i-- > 0;) {
             const reader::CuePoint& point = cue->Points[i];
@@ -159,13 +164,12 @@ Deliveries PlainWalk::FromTime(int64_t timeUs) const {
                 if (positions[k].CueTrack != mFile->MasterTrack()) continue;
                 lastTried = FindCluster(positions[k].CueClusterPosition);
                 if (lastTried == kNone) continue;
-                const size_t key = FindKeyBlock(mClusters[lastTried], timeUs);
-                if (key != kNone) return From(lastTried, key);
+                if (FindKeyBlock(mClusters[lastTried], timeUs, &place)) return From(lastTried, place);
                 if (!mClusters[lastTried].hasBlock) lastTried = kNone;
             }
         }
     }
-    return lastTried == kNone ? All() : From(lastTried + 1, 0);
+    return lastTried == kNone ? All() : From(lastTried, place);
 }
 
 }  // namespace testing_support

@@ -59,7 +59,7 @@ class PlainWalk {
     int64_t TimeOf(const MatroskaExtReader::BlockGroup& group) const;
     Deliveries From(size_t cluster, size_t block) const;
     size_t FindCluster(uint64_t position) const;
-    size_t FindKeyBlock(const Cluster& cluster, int64_t timeUs) const;
+    bool FindKeyBlock(const Cluster& cluster, int64_t timeUs, size_t* place) const;
 
     MatroskaExtReader::CMatroskaFile* mFile;
     uint32_t mTrackNumber;

@@ -46,30 +46,31 @@ TEST(Scan, AClusterNamedTwiceInARowIsLookedThroughOnce) {
     EXPECT_LT(once, readsOfASeek({Position(1, "b"), Position(1, "c")}));
 }
 
-// With no key frame to be found, reading goes on behind the Cluster that was tried last, whether its blocks
-// were all looked at or a frame behind the target ended the look; without one, at the start of the file.
-TEST(Scan, WithoutAKeyFrameReadingGoesOnBehindTheClusterTriedLast) {
-    const Elements next = {SimpleBlock(1, 0, 0, {0x20})};
+// With no key frame to be found, reading goes on behind the last block that was looked at: the Cluster's last
+// one, or one behind the target that ended the look. Without a block, at the start of the file. The Timecode
+// of what was opened counts for a Cluster that has none.
+TEST(Scan, WithoutAKeyFrameReadingGoesOnBehindTheBlockLookedAtLast) {
+    const Element next = Master(id::kCluster, {SimpleBlock(1, 1, 0, {0x20})});
     const struct {
         const char* name;
         Elements tried;
         const char* landing;
     } rows[] = {
-        {"all looked at", {SimpleBlock(1, 0, 0, {0x10}), SimpleBlock(1, 10, 0, {0x11})}, "9000000/0:20"},
+        {"all looked at", {SimpleBlock(1, 0, 0, {0x10}), SimpleBlock(1, 10, 0, {0x11})}, "4001000/0:20"},
         {"given up in the middle",
          {SimpleBlock(1, 0, 0, {0x10}), SimpleBlock(1, 2000, 0, {0x11}), SimpleBlock(1, 2100, 0, {0x12})},
-         "9000000/0:20"},
+         "6100000/0:12"},
         {"given up, a key frame further on",
          {SimpleBlock(1, 2000, 0, {0x11}), SimpleBlock(1, 2100, kKeyFrame, {0x12})},
-         "9000000/0:20"},
-        {"only another track's", {SimpleBlock(2, 0, kKeyFrame, {0x10})}, "9000000/0:20"},
-        {"no block", {}, "0/0:01"},
+         "6100000/1:12"},
+        {"only another track's", {SimpleBlock(2, 0, kKeyFrame, {0x10})}, "4001000/0:20"},
+        {"no block", {}, "4000000/0:01"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const Document file =
-            WithCues({CuePoint(4000, 1, "b")}, {Cluster(0, {SimpleBlock(1, 0, 0, {0x01})}),
-                                                Cluster(4000, row.tried).Label("b"), Cluster(9000, next)});
+            WithCues({CuePoint(4000, 1, "b")}, {Master(id::kCluster, {SimpleBlock(1, 0, 0, {0x01})}),
+                                                Cluster(4000, row.tried).Label("b"), next});
         const sp<MediaSource> source = Started(Open(file), 0);
         EXPECT_EQ(row.landing, Seek(source, 5000000));
     }

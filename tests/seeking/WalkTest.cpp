@@ -37,7 +37,7 @@ struct Model {
     std::string Expected(uint64_t track, int64_t targetUs) const;
 
   private:
-    std::string FirstFrom(size_t cluster, uint64_t track) const;
+    std::string FirstFrom(size_t cluster, size_t block, uint64_t track) const;
 };
 
 std::string LabelOf(size_t cluster) {
@@ -76,10 +76,11 @@ std::string UnitText(const ModelCluster& cluster, const ModelBlock& block) {
            ToHex({block.value});
 }
 
-std::string Model::FirstFrom(size_t cluster, uint64_t track) const {
-    for (; cluster < clusters.size(); ++cluster) {
-        for (const ModelBlock& block : clusters[cluster].blocks) {
-            if (block.track == track) return UnitText(clusters[cluster], block);
+std::string Model::FirstFrom(size_t cluster, size_t block, uint64_t track) const {
+    for (; cluster < clusters.size(); ++cluster, block = 0) {
+        for (; block < clusters[cluster].blocks.size(); ++block) {
+            const ModelBlock& candidate = clusters[cluster].blocks[block];
+            if (candidate.track == track) return UnitText(clusters[cluster], candidate);
         }
     }
     return "-1011";
@@ -88,8 +89,9 @@ std::string Model::FirstFrom(size_t cluster, uint64_t track) const {
 // Every point of every list, each list backwards, whatever their times.
 std::string Model::Expected(uint64_t track, int64_t targetUs) const {
     if (targetUs < 0 || targetUs >= kDurationMs * 1000) return "-1011";
-    if (targetUs == 0) return FirstFrom(0, track);
+    if (targetUs == 0) return FirstFrom(0, 0, track);
     std::optional<size_t> opened;
+    size_t lookedAt = 0;  // blocks of the Cluster opened last
     for (const auto& list : cues) {
         for (auto point = list.rbegin(); point != list.rend(); ++point) {
             if (targetUs < point->timeMs * 1000) continue;
@@ -97,7 +99,9 @@ std::string Model::Expected(uint64_t track, int64_t targetUs) const {
                 if (position.track != kMaster || position.cluster == opened) continue;
                 opened = position.cluster;
                 const ModelCluster& cluster = clusters[position.cluster];
+                lookedAt = 0;
                 for (const ModelBlock& block : cluster.blocks) {
+                    ++lookedAt;
                     if (block.track != track) continue;
                     if (block.key) return UnitText(cluster, block);
                     if ((cluster.timeMs + block.offset) * 1000 > targetUs) break;
@@ -106,7 +110,7 @@ std::string Model::Expected(uint64_t track, int64_t targetUs) const {
         }
     }
     const bool stands = opened && !clusters[*opened].blocks.empty();
-    return FirstFrom(stands ? *opened + 1 : 0, track);
+    return stands ? FirstFrom(*opened, lookedAt, track) : FirstFrom(0, 0, track);
 }
 
 class ModelMaker {

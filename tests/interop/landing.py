@@ -75,20 +75,22 @@ def us(layout, ticks):
     return rules.microseconds(layout.doc, ticks)
 
 
-def _first_from(layout, start, number):
-    return next((b for p in layout.order[start:] for b in layout.clusters[p] if b.track == number), None)
+def _first_from(layout, start, number, passed=0):
+    blocks = [b for p in layout.order[start:] for b in layout.clusters[p]]
+    return next((b for b in blocks[passed:] if b.track == number), None)
 
 
 def _look(layout, position, number, target):
-    """The key frame that a look into the Cluster ends at, None without one."""
-    for block in layout.clusters[position]:
+    """The key frame that a look into the Cluster ends at, None without one, and how many blocks it passed."""
+    passed = 0
+    for passed, block in enumerate(layout.clusters[position], 1):
         if block.track != number:
             continue
         if block.key:
-            return block
+            return block, passed
         if us(layout, block.ticks) > target:
-            return None
-    return None
+            break
+    return None, passed
 
 
 def land(layout, track, target):
@@ -99,7 +101,7 @@ def land(layout, track, target):
     if target == 0:
         return _first_from(layout, 0, track.number)
     master = rules.master_track(layout.doc).number
-    tried = None
+    tried, passed = None, 0
     for cues in layout.cues:
         for ticks, positions in reversed(cues):
             if target < us(layout, ticks):
@@ -108,7 +110,7 @@ def land(layout, track, target):
                 if number != master or position == tried:
                     continue
                 tried = position
-                block = _look(layout, position, track.number, target)
+                block, passed = _look(layout, position, track.number, target)
                 if block:
                     return block
-    return _first_from(layout, layout.order.index(tried) + 1 if tried is not None else 0, track.number)
+    return _first_from(layout, layout.order.index(tried) if tried is not None else 0, track.number, passed)

@@ -1,0 +1,262 @@
+// Delivered units: times, sync flags, laces, what is left out, what is skipped when playback is late.
+#include "matroska/MatroskaFixture.h"
+
+namespace testing_support {
+namespace {
+
+TEST(Delivery, TimesAndSyncFlags) {
+    const struct {
+        const char* name;
+        uint64_t scale;
+        uint64_t clusterTimecode;
+        Element block;
+        const char* unit;
+    } rows[] = {
+        {"key frame", 1000000, 100, SimpleBlock(1, 5, kKeyFrame, Hex("AA")), "105000/1:aa"},
+        {"no key frame", 1000000, 100, SimpleBlock(1, 5, 0, Hex("AA")), "105000/0:aa"},
+        {"other flags do not matter", 1000000, 100, SimpleBlock(1, 5, 0x09, Hex("AA")), "105000/0:aa"},
+        {"group without a reference", 1000000, 100, BlockGroup(1, 5, Hex("AA")), "105000/1:aa"},
+        {"group with a reference", 1000000, 100,
+         BlockGroup(1, 5, Hex("AA"), {Int(id::kReferenceBlock, -5, 1)}), "105000/0:aa"},
+        {"a reference of 0 is one", 1000000, 100,
+         BlockGroup(1, 5, Hex("AA"), {Int(id::kReferenceBlock, 0, 1)}), "105000/0:aa"},
+        {"negative timecode", 1000000, 100, SimpleBlock(1, -5, kKeyFrame, Hex("AA")), "95000/1:aa"},
+        {"scale 1 ns, truncated", 1, 1000, SimpleBlock(1, 999, kKeyFrame, Hex("AA")), "1/1:aa"},
+        {"scale 100000", 100000, 7, SimpleBlock(1, 1, kKeyFrame, Hex("AA")), "800/1:aa"},
+        // A sum below zero is a large unsigned number by the time it is multiplied.
+        {"before zero", 1, 0, SimpleBlock(1, -1, kKeyFrame, Hex("AA")), "18446744073709551/1:aa"},
+        {"empty frame", 1000000, 1, SimpleBlock(1, 0, kKeyFrame, Bytes()), "1000/1:"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Document file =
+            Write({EbmlHeader(), Segment({Info(10000, row.scale), Master(id::kTracks, {Mpeg2Track(1)}),
+                                          Cluster(row.clusterTimecode, {row.block})})});
+        EXPECT_EQ(std::string(row.unit) + " -1011", Units(Started(Open(file), 0)));
+    }
+}
+
+TEST(Delivery, OneTrackAtATimeFromMixedClusters) {
+    const Document file = Movie(
+        {Mpeg2Track(1), Mp3Track(2)},
+        {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("A0")), SimpleBlock(2, 0, kKeyFrame, Hex("B0")),
+                     SimpleBlock(7, 0, 0, Hex("EE")), Bin(id::kVoid, Bytes(3)),
+                     SimpleBlock(1, 40, 0, Hex("A1"))}),
+         Cluster(50, {}), Cluster(60, {SimpleBlock(2, 0, kKeyFrame, Hex("B1"))}), Bin(id::kVoid, Bytes(9)),
+         Cluster(80, {BlockGroup(1, 0, Hex("A2")), BlockGroup(2, 1, Hex("B2"))})});
+    const sp<MediaExtractor> extractor = Open(file);
+    EXPECT_EQ("0/1:a0 40000/0:a1 80000/1:a2 -1011", Units(Started(extractor, 0)));
+    EXPECT_EQ("0/1:b0 60000/1:b1 81000/1:b2 -1011", Units(Started(extractor, 1)));
+}
+
+TEST(Delivery, EndsOnceAndStartsAgain) {
+    const sp<MediaExtractor> extractor =
+        Open(Movie({Mpeg2Track(1), Mp3Track(2)}, {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("A0"))})}));
+    const sp<MediaSource> source = Started(extractor, 0);
+    EXPECT_EQ("0/1:a0 -1011", Units(source));
+    EXPECT_EQ("-1011", ReadOne(source));
+    source->stop();
+    source->start(nullptr);
+    EXPECT_EQ("0/1:a0 -1011", Units(source));
+    EXPECT_EQ("-1011", Units(Started(extractor, 1)));  // a track without blocks
+}
+
+TEST(Delivery, EmptyFilesEndAtOnce) {
+    EXPECT_EQ("-1011", Units(Started(Open(Movie({Mpeg2Track(1)}, {})), 0)));
+    EXPECT_EQ("-1011", Units(Started(Open(Movie({Mpeg2Track(1)}, {Cluster(0, {})})), 0)));
+}
+
+TEST(Delivery, LacesStayTogetherExceptForVorbis) {
+    const Bytes vorbisPrivate = Concat({Hex("020101"), Hex("01 03 05")});
+    const std::vector<Bytes> frames = {Hex("A0A0"), Hex("A1"), Hex("A2A2A2"), Hex("A3")};
+    const struct {
+        const char* name;
+        Element track;
+        const char* units;
+    } rows[] = {
+        {"Vorbis", Track(1, kAudioType, "A_VORBIS", {Bin(id::kCodecPrivate, vorbisPrivate)}),
+         "20000/1:a0a0 20000/1:a1 20000/1:a2a2a2 20000/1:a3 40000/1:bb -1011"},
+        {"MP3", Mp3Track(1), "20000/1:a0a0a1a2a2a2a3 40000/1:bb -1011"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Document file =
+            Movie({row.track}, {Cluster(20, {SimpleBlock(1, 0, kKeyFrame, Lacing::kXiph, frames),
+                                             SimpleBlock(1, 20, kKeyFrame, Hex("BB"))})});
+        EXPECT_EQ(row.units, Units(Started(Open(file), 0)));
+    }
+}
+
+TEST(Delivery, AUnitThatCannotBeReadEndsOneReadOnly) {
+    const Bytes vorbisPrivate = Concat({Hex("020101"), Hex("01 03 05")});
+    const Element good = SimpleBlock(1, 0, kKeyFrame, Hex("A0"));
+    const Element after = SimpleBlock(1, 2, kKeyFrame, Hex("A2"));
+    const struct {
+        const char* name;
+        Element track;
+        Elements clusters;
+    } rows[] = {
+        {"longer than the source",
+         Mpeg2Track(1),
+         {Cluster(0, {good, SimpleBlock(1, 1, 0, Hex("A1")).DeclaredSize(1 << 20)}), Cluster(0, {after})}},
+        {"longer than 32 bits",
+         Mpeg2Track(1),
+         {Cluster(0, {good, SimpleBlock(1, 1, 0, Hex("A1")).DeclaredSize((1ull << 32) + 6)}),
+          Cluster(0, {after})}},
+        {"a lace that does not fit",
+         Track(1, kAudioType, "A_VORBIS", {Bin(id::kCodecPrivate, vorbisPrivate)}),
+         {Cluster(0, {good, SimpleBlock(1, 1, 0x82, Hex("01 05 AA")), after})}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const sp<MediaSource> source = Started(Open(Movie({row.track}, row.clusters)), 0);
+        EXPECT_EQ("0/1:a0", ReadOne(source));
+        EXPECT_EQ("-1011", ReadOne(source));
+        EXPECT_EQ("2000/1:a2", ReadOne(source));
+        EXPECT_EQ("-1011", ReadOne(source));
+    }
+}
+
+TEST(Delivery, TheBlockOfTheConfigurationComesWithoutIt) {
+    Bytes header(40);
+    header[0] = 40;
+    const Bytes xvid = Text("XVID");
+    std::copy(xvid.begin(), xvid.end(), header.begin() + 16);
+    const Element track =
+        Track(1, kVideoType, "V_MS/VFW/FOURCC", {Video(64, 48), Bin(id::kCodecPrivate, header)});
+    const Bytes frame = Hex("000001B0 01 000001B6 10AA");
+    const Document file = Movie(
+        {track}, {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, frame), SimpleBlock(1, 40, kKeyFrame, frame)})});
+    EXPECT_EQ("0/1:000001b610aa 40000/1:000001b001000001b610aa -1011", Units(Started(Open(file), 0)));
+}
+
+// --- Live recordings ---
+
+TEST(Live, ClustersOfUnknownSizeLoseNothing) {
+    auto clusters = [](int width) {
+        auto open = [&](const Element& cluster) { return width == 0 ? cluster : cluster.UnknownSize(width); };
+        return Elements{
+            open(Cluster(0,
+                         {SimpleBlock(1, 0, kKeyFrame, Hex("A0")), SimpleBlock(2, 0, kKeyFrame, Hex("B0"))})),
+            open(Cluster(40, {SimpleBlock(2, 0, kKeyFrame, Hex("B1")), BlockGroup(1, 0, Hex("A1"))})),
+            Master(id::kTags, {Bin(id::kVoid, Bytes(9))}),
+            open(Cluster(80, {SimpleBlock(1, 0, 0, Hex("A2"))}))};
+    };
+    for (int width : {0, 1, 8}) {
+        SCOPED_TRACE(width);
+        Elements children = {Info(0), Master(id::kTracks, {Mpeg2Track(1), Mp3Track(2)})};
+        for (const Element& cluster : clusters(width)) children.push_back(cluster);
+        const Element segment = width == 0 ? Segment(children) : Segment(children).UnknownSize(width);
+        for (bool knownLength : {true, false}) {
+            Faults faults;
+            if (!knownLength) faults.sizeStatus = android::UNKNOWN_ERROR;
+            const sp<MediaExtractor> extractor = Open(Write({EbmlHeader(), segment}), faults);
+            EXPECT_EQ("0/1:a0 40000/1:a1 80000/0:a2 -1011", Units(Started(extractor, 0)));
+            EXPECT_EQ("0/1:b0 40000/1:b1 -1011", Units(Started(extractor, 1)));
+        }
+    }
+}
+
+// --- Late frames ---
+
+// Frames every 40 ms for three seconds, a Cluster a second, each with a key frame first and a Cue.
+Document Seconds() {
+    Elements clusters, points;
+    for (uint64_t second = 0; second < 3; ++second) {
+        Elements blocks;
+        for (int i = 0; i < 25; ++i) {
+            blocks.push_back(SimpleBlock(1, static_cast<int16_t>(i * 40), i == 0 ? kKeyFrame : uint8_t{0},
+                                         {static_cast<uint8_t>(second * 25 + static_cast<uint64_t>(i))}));
+        }
+        const std::string label = "second " + std::to_string(second);
+        clusters.push_back(Cluster(second * 1000, blocks).Label(label));
+        points.push_back(CuePoint(second * 1000, 1, label));
+    }
+    Elements children = {Info(3000), Master(id::kTracks, {Mpeg2Track(1)}), Master(id::kCues, points)};
+    children.insert(children.end(), clusters.begin(), clusters.end());
+    return Write({EbmlHeader(), Segment(children)});
+}
+
+TEST(Late, Thresholds) {
+    const struct {
+        const char* name;
+        int framesBefore;
+        int64_t lateByUs;
+        int64_t deliveredUs;
+        const char* warning;
+    } rows[] = {
+        {"on time", 24, 0, 960000, nullptr},
+        {"at the threshold", 24, 400000, 960000, nullptr},
+        {"beyond it, the next second is near", 24, 400001, 1000000,
+         "something wrong? iLate = 400001, timeUs = 960000, curIndexTime = 1000000"},
+        {"beyond it, but the next second is too far", 2, 400001, 80000,
+         "something wrong? iLate = 400001, timeUs = 80000, curIndexTime = 1000000"},
+        {"the slack reaches exactly", 12, 420000, 1000000,
+         "something wrong? iLate = 420000, timeUs = 480000, curIndexTime = 1000000"},
+        {"one microsecond short of it", 12, 419999, 480000,
+         "something wrong? iLate = 419999, timeUs = 480000, curIndexTime = 1000000"},
+        {"very late: still one jump only", 2, 10000000, 1000000,
+         "something wrong? iLate = 10000000, timeUs = 80000, curIndexTime = 1000000"},
+        {"behind the last entry", 70, 10000000, 2800000, nullptr},
+    };
+    const Document file = Seconds();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const sp<MediaSource> source = Started(Open(file), 0);
+        Unit unit;
+        for (int i = 0; i < row.framesBefore; ++i) ASSERT_EQ(android::OK, ReadUnit(source, &unit));
+        MediaSource::ReadOptions options;
+        options.setLateBy(row.lateByUs);
+        LogCapture log;
+        ASSERT_EQ(android::OK, ReadUnit(source, &unit, &options));
+        EXPECT_EQ(row.deliveredUs, unit.timeUs);
+        std::vector<LogRecord> expected;
+        if (row.warning != nullptr) expected.push_back({ANDROID_LOG_WARN, kTag, row.warning});
+        EXPECT_EQ(expected, log.WithTag(kTag));
+        ASSERT_EQ(android::OK, ReadUnit(source, &unit));
+        EXPECT_EQ(row.deliveredUs + 40000, unit.timeUs);  // and reading goes on from there
+    }
+}
+
+// A source that fails once may deliver the next time: what was not seen then is not taken for the Cluster's end.
+TEST(Walk, AFailedReadIsForgottenBySeekingBack) {
+    const Document file = Seconds();
+    const std::string whole = Units(Started(Open(file), 0));
+    const sp<FaultySource> counting(new FaultySource(file.bytes));
+    const sp<MediaExtractor> counted = Open(sp<android::DataSource>(counting));
+    const uint64_t opening = counting->Reads();
+    Units(Started(counted, 0));
+    for (uint64_t call = opening; call < counting->Reads(); ++call) {
+        SCOPED_TRACE(call);
+        Faults faults;
+        faults.errorAtCall = call;
+        const sp<MediaSource> source = Started(Open(file, faults), 0);
+        Units(source);
+        source->start(nullptr);
+        EXPECT_EQ(whole, Units(source));
+    }
+}
+
+TEST(Late, WithoutAnIndexNothingIsSkipped) {
+    Faults faults;
+    faults.flags = 4;
+    const sp<MediaSource> source = Started(Open(Seconds(), faults), 0);
+    MediaSource::ReadOptions options;
+    options.setLateBy(5000000);
+    LogCapture log;
+    EXPECT_EQ("0/1:00", ReadOne(source, &options));
+    EXPECT_EQ("40000/0:01", ReadOne(source, &options));
+    EXPECT_TRUE(log.WithTag(kTag).empty());
+}
+
+TEST(Late, ASeekMovesTheIndexCursorBehindItsTarget) {
+    const sp<MediaSource> source = Started(Open(Seconds()), 0);
+    MediaSource::ReadOptions options;
+    options.setSeekTo(1000000);
+    options.setLateBy(950000);
+    // The entry behind the target is 2 s: near enough for a unit at 1 s that is 0.95 s late.
+    EXPECT_EQ("2000000/1:32", ReadOne(source, &options));
+}
+
+}  // namespace
+}  // namespace testing_support

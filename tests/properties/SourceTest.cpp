@@ -1,0 +1,365 @@
+// Sources that fail, lie or are very large, and every order in which what they gave can be let go.
+#include <host/AllocationLimit.h>
+#include <host/PreadSource.h>
+#include <media/stagefright/MediaBuffer.h>
+#include <media/stagefright/MediaErrors.h>
+#include <media/stagefright/MediaExtractor.h>
+#include <media/stagefright/MediaSource.h>
+#include <media/stagefright/MetaData.h>
+#include <media/stagefright/foundation/AMessage.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "properties/HeapMeter.h"
+#include "properties/Measure.h"
+#include "properties/Samples.h"
+#include "properties/Sanitizers.h"
+#include "matroska/MatroskaExtExtractor.h"
+#include "matroska/PluginExports.h"
+#include "support/FaultySource.h"
+#include "support/Listing.h"
+
+namespace testing_support {
+namespace {
+
+using android::MediaBuffer;
+using android::MediaExtractor;
+using android::MediaSource;
+using android::sp;
+using android::status_t;
+
+sp<MediaExtractor> Open(const sp<android::DataSource>& source) {
+    return android::createInstance(source, nullptr);
+}
+sp<MediaExtractor> Open(const Bytes& bytes, Faults faults = {}) {
+    return Open(sp<android::DataSource>(new FaultySource(bytes, faults)));
+}
+
+sp<MediaSource> Started(const sp<MediaExtractor>& extractor, size_t index) {
+    sp<MediaSource> source = extractor->getTrack(index);
+    source->start(nullptr);
+    return source;
+}
+
+size_t UnitsOf(const sp<MediaExtractor>& extractor) {
+    size_t units = 0;
+    for (size_t i = 0; i < extractor->countTracks(); ++i)
+        units += ReadAll(Started(extractor, i), nullptr, 10000).size();
+    return units;
+}
+
+// A file that reads well from its own source, but not from one that misbehaves.
+TEST(Source, WhatGetSizeSays) {
+    const Bytes file = Samples().front().file.bytes;
+    const auto size = static_cast<off64_t>(file.size());
+    const size_t all = UnitsOf(Open(file));
+    ASSERT_LT(0u, all);
+    const struct {
+        const char* name;
+        status_t status;
+        off64_t size;
+        bool isWhole;  // every unit comes; else only that it ends is asked for
+    } rows[] = {
+        {"fails", android::UNKNOWN_ERROR, size, true},
+        {"fails with a size", android::UNKNOWN_ERROR, 3, true},
+        {"0", android::OK, 0, false},
+        {"negative", android::OK, -1, true},
+        {"most negative", android::OK, INT64_MIN, true},
+        {"one too small", android::OK, size - 1, false},
+        {"half", android::OK, size / 2, false},
+        {"one too large", android::OK, size + 1, true},
+        {"a gigabyte", android::OK, 1 << 30, true},
+        {"2^63-1", android::OK, INT64_MAX, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Faults faults;
+        faults.sizeStatus = row.status;
+        faults.claimSize = true;
+        faults.claimedSize = row.size;
+        const SilentLog silence;
+        const size_t units = UnitsOf(Open(file, faults));
+        EXPECT_LE(units, all);
+        EXPECT_TRUE(!row.isWhole || units == all) << units;
+    }
+}
+
+// A size that getSize makes possible is believed only as far as it costs little.
+TEST(Source, ASizeThatLiesCostsNoMemory) {
+    const uint64_t claimed = 3ull << 30;
+    const Document file =
+        Write({EbmlHeader(),
+               Segment({Info(1000),
+                        Master(id::kTracks, {Mpeg2Track(1, {Private(Bytes(4)).DeclaredSize(claimed / 2)})}),
+                        Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("AA")).DeclaredSize(claimed / 2)})})});
+    Faults faults;
+    faults.claimSize = true;
+    faults.claimedSize = static_cast<off64_t>(claimed);
+    const SilentLog silence;
+    const sp<android::DataSource> source = new FaultySource(file.bytes, faults);
+    const HeapMeter heap;
+    EXPECT_EQ(0u, UnitsOf(Open(source)));
+    EXPECT_LE(heap.Peak(), budget::kHeap);
+}
+
+TEST(Source, ReadsThatComeShort) {
+    for (const Sample& sample : Samples()) {
+        SCOPED_TRACE(sample.name);
+        const sp<FaultySource> sound = new FaultySource(sample.file.bytes);
+        const SilentLog silence;
+        const size_t all = UnitsOf(Open(sp<android::DataSource>(sound)));
+        const uint64_t calls = sound->Reads();
+        std::vector<Faults> faults;
+        for (size_t most : {size_t{0}, size_t{1}, size_t{2}, size_t{7}}) {
+            faults.emplace_back();
+            faults.back().maxBytesPerCall = most;
+        }
+        for (uint64_t every = 1; every <= 20; ++every) {
+            faults.emplace_back();
+            faults.back().shortEvery = every;
+        }
+        for (size_t extra : {size_t{1}, size_t{1} << 20, SIZE_MAX / 4}) {
+            faults.emplace_back();
+            faults.back().claimedExtra = extra;
+        }
+        for (ssize_t error : {ssize_t{-1}, ssize_t{-1004}, ssize_t{INT32_MIN}}) {
+            for (uint64_t offset = 0; offset < sample.file.bytes.size(); offset += 7) {
+                faults.emplace_back();
+                faults.back().errorFromOffset = offset;
+                faults.back().error = error;
+            }
+        }
+        for (const Faults& fault : faults) {
+            const sp<FaultySource> source = new FaultySource(sample.file.bytes, fault);
+            EXPECT_LE(UnitsOf(Open(sp<android::DataSource>(source))), all);
+            ASSERT_LE(source->Reads(), 4 * calls + 4 * sample.file.bytes.size() + budget::kReads);
+        }
+    }
+}
+
+// A caching source is opened without a visit of its Clusters, hostile or not.
+TEST(Source, ACachingSourceIsReadNoFurtherThanItHasTo) {
+    constexpr uint64_t kClusters = 20000;
+    const Bytes cluster = Piece({Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("AA"))})});
+    Bytes file = OpenSegment({SeekHead({}), Info(1000), Master(id::kTracks, {Mpeg2Track()})});
+    const size_t head = file.size();
+    for (uint64_t i = 0; i < kClusters; ++i) file.insert(file.end(), cluster.begin(), cluster.end());
+    Faults faults;
+    faults.flags = android::DataSource::kIsCachingDataSource;
+    const SilentLog silence;
+    const sp<FaultySource> source = new FaultySource(file, faults);
+    const sp<MediaExtractor> extractor = Open(sp<android::DataSource>(source));
+    EXPECT_LE(source->BytesRead(), 2 * head);
+    EXPECT_EQ(1u, extractor->countTracks());
+}
+
+// A file with holes: what lies far behind is reached, and what is read is what was asked for.
+TEST(Source, AFileOfManyGigabytes) {
+    constexpr uint64_t kHole = (5ull << 30) + 12345;
+    const char* folder = std::getenv("TMPDIR");
+    std::string path = std::string(folder != nullptr ? folder : "/tmp") + "/hostile-XXXXXX";
+    const int fd = mkstemp(&path[0]);
+    ASSERT_LE(0, fd);
+    const Bytes front = OpenSegment({SeekHead({}), Info(100000), Master(id::kTracks, {Mpeg2Track()}),
+                                     Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Pattern(9, 1))}),
+                                     Bin(id::kVoid, {}).DeclaredSize(kHole).SizeWidth(8)});
+    const Bytes back = Piece({Cluster(5000, {SimpleBlock(1, 0, kKeyFrame, Pattern(11, 2))})});
+    // A block whose payload begins behind 4 GiB and whose size needs more than 32 bits.
+    const Bytes large = Piece({Cluster(6000, {}).DeclaredSize((1ull << 33) + 100).SizeWidth(8)});
+    const Bytes block = Concat(
+        {Hex("E7820010"), Piece({Bin(id::kSimpleBlock, {}).DeclaredSize((1ull << 32) + 4).SizeWidth(8)}),
+         Hex("81000080")});
+    ASSERT_EQ(static_cast<ssize_t>(front.size()), pwrite(fd, front.data(), front.size(), 0));
+    off64_t at = static_cast<off64_t>(front.size() + kHole);
+    for (const Bytes& bytes : {back, large, block}) {
+        ASSERT_EQ(static_cast<ssize_t>(bytes.size()), pwrite64(fd, bytes.data(), bytes.size(), at));
+        at += static_cast<off64_t>(bytes.size());
+    }
+    ASSERT_EQ(0, ftruncate64(fd, at + (1ll << 33)));
+    close(fd);
+    {
+        const SilentLog silence;
+        const HeapMeter heap;
+        const sp<MediaExtractor> extractor =
+            Open(sp<android::DataSource>(new android::host::PreadSource(path.c_str())));
+        ASSERT_EQ(1u, extractor->countTracks());
+        const sp<MediaSource> source = Started(extractor, 0);
+        const std::vector<Unit> units = ReadAll(source);
+        ASSERT_EQ(2u, units.size());  // the block of 4 GiB is none
+        EXPECT_EQ(Pattern(9, 1), units[0].bytes);
+        EXPECT_EQ(Pattern(11, 2), units[1].bytes);
+        EXPECT_EQ(5000000, units[1].timeUs);
+        MediaSource::ReadOptions options;
+        options.setSeekTo(5000000);
+        Unit unit;
+        ASSERT_EQ(android::OK, ReadUnit(source, &unit, &options));
+        EXPECT_EQ(units[1].bytes, unit.bytes);
+        EXPECT_LE(heap.Peak(), budget::kHeap);
+    }
+    unlink(path.c_str());
+}
+
+// Extractor, two sources of one track, a source of another and a unit of each, let go in every order. Under
+// the address sanitizer a use of what is gone ends the test.
+TEST(Lifetime, EveryOrderOfLettingGo) {
+    const Bytes file = Samples()[3].file.bytes;
+    const SilentLog silence;
+    const HeapMeter heap;
+    size_t heldAfterFirst = 0;
+    int order[] = {0, 1, 2, 3, 4, 5};
+    do {
+        sp<MediaExtractor> extractor = Open(file);
+        sp<MediaSource> sources[] = {Started(extractor, 0), Started(extractor, 0), Started(extractor, 1)};
+        MediaBuffer* buffers[2] = {nullptr, nullptr};
+        ASSERT_EQ(android::OK, sources[0]->read(&buffers[0], nullptr));
+        ASSERT_EQ(android::OK, sources[2]->read(&buffers[1], nullptr));
+        for (const int step : order) {
+            if (step == 0) extractor.clear();
+            if (step >= 1 && step <= 3) {
+                if (step == 2) sources[1]->stop();
+                sources[step - 1].clear();
+            }
+            if (step >= 4) buffers[step - 4]->release();
+        }
+        if (heldAfterFirst == 0) heldAfterFirst = heap.Held() + 1;
+    } while (std::next_permutation(std::begin(order), std::end(order)));
+    EXPECT_LE(heap.Held(), heldAfterFirst + (64 << 10));
+}
+
+bool IsSubtitle(const sp<MediaExtractor>& extractor, size_t index) {
+    const char* mime = "";
+    extractor->getTrackMetaData(index, 0)->findCString(android::kKeyMIMEType, &mime);
+    return std::string(mime).compare(0, 5, "text/") == 0;
+}
+
+TEST(Lifetime, TheSameTrackTwiceGivesTheSameUnits) {
+    for (const Sample& sample : Samples()) {
+        SCOPED_TRACE(sample.name);
+        if (sample.holdsAddresses) continue;
+        const SilentLog silence;
+        const sp<MediaExtractor> extractor = Open(sample.file.bytes);
+        for (size_t i = 0; i < extractor->countTracks(); ++i) {
+            if (IsSubtitle(extractor, i)) continue;  // its events are there for one source only
+            const std::vector<Unit> alone = ReadAll(Started(extractor, i));
+            const sp<MediaSource> first = Started(extractor, i), second = Started(extractor, i);
+            std::vector<Unit> units[2];
+            for (bool more = true; more;) {
+                more = false;
+                for (int k = 0; k < 2; ++k) {
+                    Unit unit;
+                    if (ReadUnit(k == 0 ? first : second, &unit) != android::OK) continue;
+                    units[k].push_back(unit);
+                    more = true;
+                }
+            }
+            EXPECT_EQ(alone, units[0]);
+            EXPECT_EQ(alone, units[1]);
+        }
+    }
+}
+
+// No memory for a unit: that unit is lost, with a reason, and the next one comes.
+TEST(Allocation, ARefusedUnitIsLostAlone) {
+    const Document file = OneTrack({SimpleBlock(1, 0, kKeyFrame, Bytes(10)),
+                                    SimpleBlock(1, 40, 0, Bytes(5000)), SimpleBlock(1, 80, 0, Bytes(20))});
+    const sp<MediaExtractor> extractor = Open(file.bytes);
+    const sp<MediaSource> source = Started(extractor, 0);
+    const android::host::ScopedAllocationLimit limit(1000);
+    Unit unit;
+    EXPECT_EQ(android::OK, ReadUnit(source, &unit));
+    EXPECT_EQ(android::ERROR_END_OF_STREAM, ReadUnit(source, &unit));
+    EXPECT_EQ(android::OK, ReadUnit(source, &unit));
+    EXPECT_EQ(20u, unit.bytes.size());
+    const auto& losses = static_cast<android::MatroskaExtExtractor*>(extractor.get())->File()->Losses.List();
+    ASSERT_EQ(1u, losses.size());
+    EXPECT_EQ(MatroskaExtReader::LossKind::kRefusedAllocation, losses[0].kind);
+}
+
+// No memory for anything, of every sample: reads fail, and nothing is touched that is not there.
+TEST(Allocation, NoUnitGetsMemory) {
+    for (const Sample& sample : Samples()) {
+        SCOPED_TRACE(sample.name);
+        const SilentLog silence;
+        for (const size_t most : {size_t{0}, size_t{1}, size_t{12}, size_t{100}}) {
+            const android::host::ScopedAllocationLimit limit(most);
+            const sp<MediaExtractor> extractor = Open(sample.file.bytes);
+            for (size_t i = 0; i < extractor->countTracks(); ++i) {
+                const sp<MediaSource> source = Started(extractor, i);
+                for (int reads = 0; reads < 40; ++reads) {
+                    MediaBuffer* buffer = nullptr;
+                    if (source->read(&buffer, nullptr) != android::OK) continue;
+                    EXPECT_TRUE(buffer->data() != nullptr || buffer->size() == 0);
+                    EXPECT_LE(buffer->size(), most);
+                    buffer->release();
+                }
+            }
+        }
+    }
+}
+
+#if !IS_SANITIZED
+// No memory for large blocks, of which each file chooses one: what was to hold it is lost or left as stored,
+// the small unit behind it comes, and with memory again everything does.
+TEST(Allocation, RefusedMemoryCostsOneUnitAtMost) {
+    constexpr size_t kLarge = 100000, kMost = 60000;
+    const Bytes large(kLarge, 7), packed = Zlib(large);
+    const Element deflated = Master(id::kContentEncodings, {Encoding(0, 0, 0)});
+    const struct {
+        const char* name;
+        Document file;
+        std::vector<size_t> sizes, sizesWithMemory;  // of the units
+    } rows[] = {
+        {"unit",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, large), SimpleBlock(1, 40, 0, Bytes(9))}),
+         {9},
+         {kLarge, 9}},
+        {"inflated frame",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, packed), SimpleBlock(1, 40, 0, Zlib(Bytes(9)))}, {deflated}),
+         {packed.size(), 9},  // left as stored
+         {kLarge, 9}},
+        {"frame that is read whole",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, large), SimpleBlock(1, 40, 0, Zlib(Bytes(9)))}, {deflated}),
+         {9},
+         {kLarge, 9}},
+        {"codec private",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, Bytes(8)), SimpleBlock(1, 40, 0, Bytes(9))},
+                  {Private(large)}),
+         {8, 9},
+         {8, 9}},
+        {"language",
+         OneTrack({SimpleBlock(1, 0, kKeyFrame, Bytes(8))}, {Bin(id::kLanguage, Bytes(kLarge, 'a'))}),
+         {8},
+         {8}},
+    };
+    const auto sizesOf = [](const sp<android::DataSource>& bytes) {
+        std::vector<size_t> sizes;
+        const sp<MediaExtractor> extractor = Open(bytes);
+        EXPECT_EQ(1u, extractor->countTracks());
+        const sp<MediaSource> source = Started(extractor, 0);
+        for (int reads = 0; reads < 4; ++reads) {
+            MediaBuffer* buffer = nullptr;
+            if (source->read(&buffer, nullptr) != android::OK) continue;
+            sizes.push_back(buffer->range_length());
+            buffer->release();
+        }
+        return sizes;
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const SilentLog silence;
+        const sp<android::DataSource> source = new FaultySource(row.file.bytes, {});
+        std::vector<size_t> sizes;
+        {
+            const RefusedAbove refused(kMost);
+            sizes = sizesOf(source);
+        }
+        EXPECT_EQ(row.sizes, sizes);
+        EXPECT_EQ(row.sizesWithMemory, sizesOf(source));
+    }
+}
+#endif
+
+}  // namespace
+}  // namespace testing_support

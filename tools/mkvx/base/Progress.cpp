@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 #include <unistd.h>
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <map>
 #include <nlohmann/json.hpp>
 
 #include "base/Text.h"
@@ -98,17 +96,6 @@ std::string Progress::jsonOf(const ProgressState& state, double seconds) const {
 ProgressStyle besideListing(ProgressStyle style) {
     const bool isSeen = ::isatty(STDOUT_FILENO) != 0;
     return style == ProgressStyle::kLine && isSeen ? ProgressStyle::kOff : style;
-}
-
-void addProgressOption(CLI::App& command, ProgressStyle& style) {
-    static const std::map<std::string, ProgressStyle> names = {
-        {"line", ProgressStyle::kLine}, {"json", ProgressStyle::kJson}, {"off", ProgressStyle::kOff}};
-    command
-        .add_option_function<std::string>(
-            "--progress", [&style](const std::string& name) { style = names.at(name); },
-            "How to tell progress on stderr: line (on a terminal only), json or off")
-        ->check(CLI::IsMember(names))
-        ->default_str("line");
 }
 
 }  // namespace mkvx

@@ -9,10 +9,6 @@
 #include <optional>
 #include <string>
 
-namespace CLI {
-class App;
-}
-
 namespace mkvx {
 
 enum class ProgressStyle { kLine, kJson, kOff };
@@ -52,8 +48,5 @@ class Progress {
 // For work that lists as it goes: on a terminal its lines show how far it has come, and another one between
 // them would only be in the way.
 ProgressStyle besideListing(ProgressStyle style);
-
-// Adds --progress line|json|off to the command; `style` has to live as long as it.
-void addProgressOption(CLI::App& command, ProgressStyle& style);
 
 }  // namespace mkvx

@@ -1,5 +1,4 @@
 // mkvx bench open|demux|seek FILE: how long the reader takes, as one JSON line that a benchmark run collects.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
@@ -8,7 +7,7 @@
 #include "bench/Timer.h"
 #include "bench/Work.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "source/BenchSource.h"
 #include "source/OpenSource.h"
 #include "source/Spool.h"
@@ -126,27 +125,24 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addBenchCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("bench", "How long opening, reading everything, or 200 seeks take");
-    command->add_option("WORK", options->work, "open, demux or seek")
-        ->required()
-        ->check(CLI::IsMember({"open", "demux", "seek"}));
-    command->add_option("FILE", options->file, "The file to work on")->required();
-    command->add_option("--source", options->source, "Where the bytes come from: mem, window or pread")
-        ->check(CLI::IsMember({"mem", "window", "pread"}))
-        ->capture_default_str();
-    command->add_flag("--crc", options->crc, "CRC-32 of each track's payloads");
-    command->add_flag("--once", options->once, "A single pass");
-    command->add_flag("--reads", options->reads, "Count the reads of the source in one more pass");
-    addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
-    command->add_flag_callback(
+    Arguments command = line.command("bench", "How long opening, reading everything, or 200 seeks take");
+    command.value("WORK", options->work, "open, demux or seek").required().oneOf({"open", "demux", "seek"});
+    command.value("FILE", options->file, "The file to work on").required();
+    command.value("--source", options->source, "Where the bytes come from: mem, window or pread")
+        .oneOf({"mem", "window", "pread"})
+        .showDefault();
+    command.flag("--crc", options->crc, "CRC-32 of each track's payloads");
+    command.flag("--once", options->once, "A single pass");
+    command.flag("--reads", options->reads, "Count the reads of the source in one more pass");
+    addFormatOption(command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
+    command.flag(
         "--json", [options] { options->format = Format::kJson; }, "Only the JSON line, as --format json");
-    command->footer("Example: mkvx bench demux film.mkv --source pread --format json");
-    command->callback([&globals, &chosen, options] {
+    command.footer("Example: mkvx bench demux film.mkv --source pread --format json");
+    command.action([&globals, options] {
         if (isUrl(options->file)) options->source = "url";
-        chosen = [&globals, options] { return run(globals, *options); };
+        return run(globals, *options);
     });
 }
 

@@ -1,5 +1,4 @@
 // mkvx check PATH...: what a device would do with files, and why.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <algorithm>
 #include <map>
@@ -12,7 +11,7 @@
 #include "check/Run.h"
 #include "check/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Plugin.h"
 #include "source/OpenSource.h"
 #include "source/Spool.h"
@@ -93,27 +92,22 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addCheckCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addCheckCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
     options->run.jobs = std::max(1u, std::thread::hardware_concurrency());
-    CLI::App* command =
-        app.add_subcommand("check", "What a device would do with files, track by track, and why");
-    command->add_option("PATH", options->paths, "Files, and folders to search for Matroska files")
-        ->required();
-    command->add_option("--jobs,-j", options->run.jobs, "How many files at once")
-        ->check(CLI::Range(1u, 256u))
-        ->capture_default_str();
-    command->add_option("--time-limit", options->run.timeLimit, "Seconds after which a file is given up")
-        ->check(CLI::Range(0.01, 1e6))
-        ->capture_default_str();
-    command->add_flag("--quick", options->isQuick, "Only what opening tells: read no units, count no bytes");
-    command->add_flag("--brief", options->isBrief, "Only the verdict lines and the table");
-    addProgressOption(*command, options->run.progress);
-    addFormatOption(*command, options->format,
+    Arguments command = line.command("check", "What a device would do with files, track by track, and why");
+    command.value("PATH", options->paths, "Files, and folders to search for Matroska files").required();
+    command.value("--jobs,-j", options->run.jobs, "How many files at once").within(1u, 256u).showDefault();
+    command.value("--time-limit", options->run.timeLimit, "Seconds after which a file is given up")
+        .within(0.01, 1e6)
+        .showDefault();
+    command.flag("--quick", options->isQuick, "Only what opening tells: read no units, count no bytes");
+    command.flag("--brief", options->isBrief, "Only the verdict lines and the table");
+    addProgressOption(command, options->run.progress);
+    addFormatOption(command, options->format,
                     {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
-    command->footer("Example: mkvx check film.mkv\n         mkvx check --jobs 8 --format jsonl /media/films");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    command.footer("Example: mkvx check film.mkv\n         mkvx check --jobs 8 --format jsonl /media/films");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,14 +1,10 @@
-// What main() and the subcommands agree on. Each subcommand lives in a file of its own: its add...() function
-// declares the options and, when the subcommand was chosen, leaves the work to be done in `chosen`.
+// What main() and the commands agree on. Each command lives in a file of its own: its add...() function
+// declares what the command takes, and the work that is done when it was chosen.
 #pragma once
-#include <functional>
 #include <string>
 
+#include "cli/Arguments.h"
 #include "source/Options.h"
-
-namespace CLI {
-class App;
-}
 
 namespace mkvx {
 
@@ -18,26 +14,26 @@ struct Globals {
     SourceOptions source;
 };
 
-// The work of the chosen subcommand; returns an ExitCode, or throws what Failure.h declares.
-using Action = std::function<int()>;
+// Declares the options of every command; `globals` has to live as long as `line`.
+void addGlobalOptions(CommandLine& line, Globals& globals);
 
-void addSniffCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addInfoCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addSeekCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addIndexCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addDecodeCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addCheckCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addCostCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addReportCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addBenchCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addExplainCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addChaptersCommand(CLI::App& app, const Globals& globals, Action& chosen);
-void addAttachmentsCommand(CLI::App& app, const Globals& globals, Action& chosen);
-// Tells of all commands that `app` has when it runs.
-void addHelpCommand(CLI::App& app, Action& chosen);
+void addSniffCommand(CommandLine& line, const Globals& globals);
+void addInfoCommand(CommandLine& line, const Globals& globals);
+void addPacketsCommand(CommandLine& line, const Globals& globals);
+void addSeekCommand(CommandLine& line, const Globals& globals);
+void addLateCommand(CommandLine& line, const Globals& globals);
+void addIndexCommand(CommandLine& line, const Globals& globals);
+void addDecodeCommand(CommandLine& line, const Globals& globals);
+void addExtractCommand(CommandLine& line, const Globals& globals);
+void addCheckCommand(CommandLine& line, const Globals& globals);
+void addCostCommand(CommandLine& line, const Globals& globals);
+void addReportCommand(CommandLine& line, const Globals& globals);
+void addBenchCommand(CommandLine& line, const Globals& globals);
+void addTreeCommand(CommandLine& line, const Globals& globals);
+void addExplainCommand(CommandLine& line, const Globals& globals);
+void addChaptersCommand(CommandLine& line, const Globals& globals);
+void addAttachmentsCommand(CommandLine& line, const Globals& globals);
+// Tells of all commands that `line` has when it runs.
+void addHelpCommand(CommandLine& line);
 
 }  // namespace mkvx

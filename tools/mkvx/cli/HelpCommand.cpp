@@ -1,6 +1,6 @@
 // mkvx help, hidden: the manual page and the shells' completion, for the build to install.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <memory>
 
 #include "base/Failure.h"
 #include "cli/Command.h"
@@ -14,8 +14,8 @@ struct Options {
     std::string shell;
 };
 
-int run(const CLI::App& app, const Options& options) {
-    const CommandHelp help = describeHelp(app);
+int run(const CommandLine& line, const Options& options) {
+    const CommandHelp help = describeHelp(line);
     if (options.isManual)
         fmt::print("{}", renderManual(help, MKVX_VERSION));
     else if (options.shell == "bash")
@@ -23,21 +23,21 @@ int run(const CLI::App& app, const Options& options) {
     else if (options.shell == "zsh")
         fmt::print("{}", renderZshCompletion(help));
     else
-        fmt::print("{}", app.help());
+        fmt::print("{}", line.help());
     return kExitDone;
 }
 
 }  // namespace
 
-void addHelpCommand(CLI::App& app, Action& chosen) {
+void addHelpCommand(CommandLine& line) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("help", "The help texts in other forms");
-    command->group("");
-    command->add_flag("--man", options->isManual, "A manual page");
-    command->add_option("--completion", options->shell, "What a shell completes command lines by")
-        ->check(CLI::IsMember({"bash", "zsh"}));
-    command->footer("Example: mkvx help --man");
-    command->callback([&app, &chosen, options] { chosen = [&app, options] { return run(app, *options); }; });
+    Arguments command = line.command("help", "The help texts in other forms");
+    command.hide();
+    command.flag("--man", options->isManual, "A manual page");
+    command.value("--completion", options->shell, "What a shell completes command lines by")
+        .oneOf({"bash", "zsh"});
+    command.footer("Example: mkvx help --man");
+    command.action([&line, options] { return run(line, *options); });
 }
 
 }  // namespace mkvx

@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <sstream>
 
+#include "cli/Arguments.h"
+
 namespace mkvx {
 namespace {
 
@@ -47,9 +49,7 @@ void readFooter(const std::string& footer, CommandHelp& help) {
     }
 }
 
-}  // namespace
-
-CommandHelp describeHelp(const CLI::App& app) {
+CommandHelp describe(const CLI::App& app) {
     CommandHelp help;
     help.name = app.get_name();
     help.description = app.get_description();
@@ -59,8 +59,14 @@ CommandHelp describeHelp(const CLI::App& app) {
         (option->nonpositional() ? help.options : help.arguments).push_back(describe(*option));
     }
     for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
-        if (!command->get_group().empty()) help.commands.push_back(describeHelp(*command));
+        if (!command->get_group().empty()) help.commands.push_back(describe(*command));
     return help;
+}
+
+}  // namespace
+
+CommandHelp describeHelp(const CommandLine& line) {
+    return describe(line.app());
 }
 
 }  // namespace mkvx

@@ -4,11 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace mkvx {
+
+class CommandLine;
 
 struct OptionHelp {
     std::vector<std::string> names;  // "-o", "--format"; empty for a positional argument
@@ -30,7 +28,7 @@ struct CommandHelp {
     std::vector<CommandHelp> commands;  // without hidden ones
 };
 
-CommandHelp describeHelp(const CLI::App& app);
+CommandHelp describeHelp(const CommandLine& line);
 
 // A manual page in roff, section 1.
 std::string renderManual(const CommandHelp& program, const std::string& version);

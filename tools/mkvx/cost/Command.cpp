@@ -1,12 +1,11 @@
 // mkvx cost FILE: what opening, first units and seeks read, and how long that takes on a slow medium.
-#include <CLI/CLI.hpp>
 #include <cmath>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "cost/Model.h"
 #include "device/Session.h"
 
@@ -31,27 +30,26 @@ int run(const Globals& globals, Options options) {
 
 }  // namespace
 
-void addCostCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addCostCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("cost", "What opening and seeking read, and how long that takes");
-    command->add_option("FILE", options->file, "The file or URL to read")->required();
-    command->add_option("--latency", options->cost.latencyMs, "Milliseconds that each request takes")
-        ->check(CLI::Range(0.0, 60000.0))
-        ->capture_default_str();
+    Arguments command = line.command("cost", "What opening and seeking read, and how long that takes");
+    command.value("FILE", options->file, "The file or URL to read").required();
+    command.value("--latency", options->cost.latencyMs, "Milliseconds that each request takes")
+        .within(0.0, 60000.0)
+        .showDefault();
     command
-        ->add_option("--bandwidth", options->cost.megabytesPerSecond,
-                     "Megabytes (1,000,000 bytes) that arrive in a second")
-        ->check(CLI::Range(0.001, 1e6))
-        ->capture_default_str();
-    command->add_option("--seeks", options->cost.seeks, "How many seeks, spread over the duration")
-        ->check(CLI::Range(size_t{0}, size_t{100000}))
-        ->capture_default_str();
-    command->add_flag("--demux", options->cost.demux, "Read every unit of every track as well");
-    addProgressOption(*command, options->cost.progress);
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx cost --latency 80 --bandwidth 2 film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+        .value("--bandwidth", options->cost.megabytesPerSecond,
+               "Megabytes (1,000,000 bytes) that arrive in a second")
+        .within(0.001, 1e6)
+        .showDefault();
+    command.value("--seeks", options->cost.seeks, "How many seeks, spread over the duration")
+        .within(size_t{0}, size_t{100000})
+        .showDefault();
+    command.flag("--demux", options->cost.demux, "Read every unit of every track as well");
+    addProgressOption(command, options->cost.progress);
+    addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx cost --latency 80 --bandwidth 2 film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

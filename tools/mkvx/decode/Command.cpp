@@ -1,5 +1,4 @@
 // mkvx decode FILE: plays the part of the device's decoders, with nothing but what the plug-in hands out.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <algorithm>
 #include <limits>
@@ -12,7 +11,7 @@ extern "C" {
 #include "base/Interrupt.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "decode/Engine.h"
 #include "decode/Output.h"
 #include "decode/Report.h"
@@ -166,22 +165,19 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addDecodeCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addDecodeCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand(
-        "decode", "Decode every track from the plug-in's configuration keys and units alone");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    command->add_option("--track", options->track,
-                        "Only the track with this index (from 0, as info shows it)");
-    command->add_option("--frames", options->frames, "Stop after this many decoded frames per track")
-        ->check(CLI::PositiveNumber);
-    command->add_option("-o", options->output,
-                        "Write the picture at the thumbnail time as PNG, or a sound track as WAV");
-    addProgressOption(*command, options->progress);
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx decode -o frame.png film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    Arguments command =
+        line.command("decode", "Decode every track from the plug-in's configuration keys and units alone");
+    command.value("FILE", options->file, "The file to read").required();
+    command.value("--track", options->track, "Only the track with this index (from 0, as info shows it)");
+    command.value("--frames", options->frames, "Stop after this many decoded frames per track").positive();
+    command.value("-o", options->output,
+                  "Write the picture at the thumbnail time as PNG, or a sound track as WAV");
+    addProgressOption(command, options->progress);
+    addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx decode -o frame.png film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,5 +1,4 @@
 // mkvx attachments FILE: the files that are attached, and these files themselves.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <algorithm>
 
@@ -8,7 +7,7 @@
 #include "base/SafeFolder.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "elements/Document.h"
 #include "elements/RenderDocument.h"
 #include "source/MatroskaSource.h"
@@ -71,16 +70,15 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addAttachmentsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addAttachmentsCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("attachments", "The attached files; extracts them when asked to");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    command->add_option("--extract", options->folder,
-                        "Write the attached files into this folder, over no file that is there");
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx attachments --extract fonts film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    Arguments command = line.command("attachments", "The attached files; extracts them when asked to");
+    command.value("FILE", options->file, "The file to read").required();
+    command.value("--extract", options->folder,
+                  "Write the attached files into this folder, over no file that is there");
+    addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx attachments --extract fonts film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,11 +1,10 @@
 // mkvx chapters FILE: the chapters of each edition.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "elements/Document.h"
 #include "elements/RenderDocument.h"
 
@@ -32,14 +31,13 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addChaptersCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addChaptersCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("chapters", "The chapters of each edition");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx chapters film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    Arguments command = line.command("chapters", "The chapters of each edition");
+    command.value("FILE", options->file, "The file to read").required();
+    addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx chapters film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

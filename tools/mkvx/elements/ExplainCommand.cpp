@@ -1,11 +1,10 @@
 // mkvx explain SUBJECT [FILE]: what an element means, and what stands at an offset.
-#include <CLI/CLI.hpp>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "elements/RenderExplain.h"
 
 namespace mkvx {
@@ -31,19 +30,18 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addExplainCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addExplainCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand(
+    Arguments command = line.command(
         "explain", "What an element means and what the plug-in does with it, or what stands at an offset");
-    command->add_option(
+    command.value(
         "SUBJECT", options->subject,
         "An element's name, its ID in hexadecimal or, with FILE, a byte's offset in decimal; without "
         "it all elements are listed");
-    command->add_option("FILE", options->file, "Look there: at the offset, or for the element");
-    addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx explain CodecPrivate film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    command.value("FILE", options->file, "Look there: at the offset, or for the element");
+    addFormatOption(command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx explain CodecPrivate film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

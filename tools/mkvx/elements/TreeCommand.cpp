@@ -1,5 +1,4 @@
 // mkvx tree FILE: the element tree as the plug-in's reader walks it.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
@@ -7,7 +6,7 @@
 #include "base/Log.h"
 #include "base/Progress.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "elements/RenderTree.h"
 #include "elements/TreeListing.h"
 #include "source/MatroskaSource.h"
@@ -44,24 +43,22 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addTreeCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addTreeCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("tree", "The element tree, with offsets, sizes and values");
-    command->add_option("FILE", options->file, "The file to read")->required();
+    Arguments command = line.command("tree", "The element tree, with offsets, sizes and values");
+    command.value("FILE", options->file, "The file to read").required();
     command
-        ->add_option("--depth", options->tree.depth,
-                     "Show N levels, each in full; with --at, N levels below the element (default 1)")
-        ->check(CLI::Range(1, int(ElementWalk::kDeepest)));
-    command->add_flag("--all", options->isWhole, "Show every element, also where many of a kind follow");
-    command->add_option(
-        "--at", options->tree.at,
-        "Show the element that holds the byte at this offset, the way to it and what it holds");
-    addProgressOption(*command, options->progress);
-    addFormatOption(*command, options->format,
+        .value("--depth", options->tree.depth,
+               "Show N levels, each in full; with --at, N levels below the element (default 1)")
+        .within(1, int(ElementWalk::kDeepest));
+    command.flag("--all", options->isWhole, "Show every element, also where many of a kind follow");
+    command.value("--at", options->tree.at,
+                  "Show the element that holds the byte at this offset, the way to it and what it holds");
+    addProgressOption(command, options->progress);
+    addFormatOption(command, options->format,
                     {{"text", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
-    command->footer("Example: mkvx tree --at 5914 film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    command.footer("Example: mkvx tree --at 5914 film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,5 +1,4 @@
 // mkvx extract FILE: one track as a stream or file that ordinary tools open.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <media/stagefright/MetaData.h>
 
@@ -7,7 +6,7 @@
 #include "base/Interrupt.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Pass.h"
 #include "device/UnitProgress.h"
 #include "extract/Facts.h"
@@ -80,19 +79,17 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addExtractCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addExtractCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("extract", "One track as a stream or file that ordinary tools open");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    command->add_option("--track", options->track, "The track with this index (from 0, as info shows it)")
-        ->required();
-    command->add_option("-o,--output", options->out, "The file to write")->required();
-    addProgressOption(*command, options->progress);
-    addFormatOption(*command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx extract --track 1 -o film.aac film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    Arguments command = line.command("extract", "One track as a stream or file that ordinary tools open");
+    command.value("FILE", options->file, "The file to read").required();
+    command.value("--track", options->track, "The track with this index (from 0, as info shows it)")
+        .required();
+    command.value("-o,--output", options->out, "The file to write").required();
+    addProgressOption(command, options->progress);
+    addFormatOption(command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx extract --track 1 -o film.aac film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,5 +1,4 @@
 // mkvx report FILE: what a device gets out of a file, as one page for a browser.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
@@ -7,6 +6,7 @@
 #include "base/OutputFile.h"
 #include "check/Run.h"
 #include "cli/Command.h"
+#include "cli/SharedOptions.h"
 #include "report/Collect.h"
 #include "report/Page.h"
 #include "source/OpenSource.h"
@@ -51,23 +51,21 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addReportCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addReportCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
     options->check.timeLimit = 600;
-    CLI::App* command =
-        app.add_subcommand("report", "A page for the browser: tracks, timeline, seeks, chapters, damage");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    command->add_option("-o,--output", options->out, "The HTML file to write")->required();
+    Arguments command =
+        line.command("report", "A page for the browser: tracks, timeline, seeks, chapters, damage");
+    command.value("FILE", options->file, "The file to read").required();
+    command.value("-o,--output", options->out, "The HTML file to write").required();
     command
-        ->add_option(
-            "--time-limit", options->check.timeLimit,
-            "Seconds after which the examination is given up and the page shows no more than the verdict")
-        ->check(CLI::Range(0.01, 1e6))
-        ->capture_default_str();
-    addProgressOption(*command, options->check.progress);
-    command->footer("Example: mkvx report film.mkv -o film.html");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+        .value("--time-limit", options->check.timeLimit,
+               "Seconds after which the examination is given up and the page shows no more than the verdict")
+        .within(0.01, 1e6)
+        .showDefault();
+    addProgressOption(command, options->check.progress);
+    command.footer("Example: mkvx report film.mkv -o film.html");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,5 +1,4 @@
 // mkvx index FILE: the sync index, where it comes from, and where it is coarse.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
@@ -7,7 +6,7 @@
 #include "base/Json.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Session.h"
 #include "seek/Index.h"
 #include "seek/Landing.h"
@@ -74,18 +73,17 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addIndexCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addIndexCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("index", "The sync index, its source, and where it is coarse");
-    command->add_option("FILE", options->file, "The file to read")->required();
+    Arguments command = line.command("index", "The sync index, its source, and where it is coarse");
+    command.value("FILE", options->file, "The file to read").required();
     command
-        ->add_option("--coarse", options->coarse,
-                     "Tell stretches without a sync point longer than this (microseconds or HH:MM:SS.mmm)")
-        ->capture_default_str();
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx index --coarse 00:00:05 film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+        .value("--coarse", options->coarse,
+               "Tell stretches without a sync point longer than this (microseconds or HH:MM:SS.mmm)")
+        .showDefault();
+    addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx index --coarse 00:00:05 film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,11 +1,10 @@
 // mkvx late FILE: what a player gets that says it is late.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Session.h"
 #include "seek/Landing.h"
 
@@ -72,19 +71,18 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addLateCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addLateCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("late", "What a player gets that says how late it is");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    command->add_option("--track", options->track, "The track with this index (from 0, as info shows it)")
-        ->required();
-    command->add_option("--at", options->at, "Be late at the unit with this index, from 0")->required();
-    command->add_option("--by", options->byUs, "How late, in microseconds")->required();
-    addFormatOption(*command, options->format,
+    Arguments command = line.command("late", "What a player gets that says how late it is");
+    command.value("FILE", options->file, "The file to read").required();
+    command.value("--track", options->track, "The track with this index (from 0, as info shows it)")
+        .required();
+    command.value("--at", options->at, "Be late at the unit with this index, from 0").required();
+    command.value("--by", options->byUs, "How late, in microseconds").required();
+    addFormatOption(command, options->format,
                     {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
-    command->footer("Example: mkvx late --track 0 --at 20 --by 500000 film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    command.footer("Example: mkvx late --track 0 --at 20 --by 500000 film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

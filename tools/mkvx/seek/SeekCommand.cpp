@@ -1,11 +1,10 @@
 // mkvx seek FILE: where each seek lands.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Session.h"
 #include "seek/Landing.h"
 
@@ -124,23 +123,21 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addSeekCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addSeekCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("seek", "Where each seek lands: the first unit after it");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    command->add_option("--track", options->track,
-                        "Only the track with this index (default: every video and audio track)");
+    Arguments command = line.command("seek", "Where each seek lands: the first unit after it");
+    command.value("FILE", options->file, "The file to read").required();
+    command.value("--track", options->track,
+                  "Only the track with this index (default: every video and audio track)");
     command
-        ->add_option("--to", options->targets,
-                     "Where to seek: microseconds or HH:MM:SS.mmm; repeat it for more seeks on one source")
-        ->required()
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    addFormatOption(*command, options->format,
+        .value("--to", options->targets,
+               "Where to seek: microseconds or HH:MM:SS.mmm; repeat it for more seeks on one source")
+        .required()
+        .repeatable();
+    addFormatOption(command, options->format,
                     {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
-    command->footer("Example: mkvx seek --to 00:01:30.000 --to 5000000 film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    command.footer("Example: mkvx seek --to 00:01:30.000 --to 5000000 film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

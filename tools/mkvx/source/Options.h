@@ -5,10 +5,6 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace mkvx {
 
 // What a source is made to do wrong. Reads are counted from 1; each view of a file has a count of its own
@@ -39,8 +35,5 @@ struct SourceOptions {
     UrlOptions url;
     std::shared_ptr<SourceTroubles> troubles = std::make_shared<SourceTroubles>();
 };
-
-// Declares the options above; `options` has to live as long as the command line's parser.
-void addSourceOptions(CLI::App& app, SourceOptions& options);
 
 }  // namespace mkvx

@@ -1,10 +1,9 @@
 // mkvx info FILE: the container and the tracks that the plug-in offers.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Session.h"
 #include "tracks/Render.h"
 
@@ -27,14 +26,13 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addInfoCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addInfoCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("info", "The container and the tracks that the plug-in offers");
-    command->add_option("FILE", options->file, "The file to describe")->required();
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx info --format json film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    Arguments command = line.command("info", "The container and the tracks that the plug-in offers");
+    command.value("FILE", options->file, "The file to describe").required();
+    addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx info --format json film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

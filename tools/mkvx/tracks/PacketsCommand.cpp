@@ -1,5 +1,4 @@
 // mkvx packets FILE: every unit that the plug-in delivers, track by track.
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <limits>
 
@@ -7,7 +6,7 @@
 #include "base/Interrupt.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Session.h"
 #include "device/TrackReader.h"
 #include "device/UnitProgress.h"
@@ -149,25 +148,22 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addPacketsCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addPacketsCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("packets", "Every unit that the plug-in delivers, track by track");
-    command->add_option("FILE", options->file, "The file to read")->required();
-    command->add_option("--track", options->track,
-                        "Only the track with this index (from 0, as info shows it)");
-    command->add_option("--limit", options->limit, "At most this many units per track")
-        ->check(CLI::Validator(requirePositive, "N > 0"));
-    command->add_flag("--all", options->all,
-                      "Go on past units that cannot be read; a player stops at the first");
-    addProgressOption(*command, options->progress);
-    addFormatOption(*command, options->format,
+    Arguments command = line.command("packets", "Every unit that the plug-in delivers, track by track");
+    command.value("FILE", options->file, "The file to read").required();
+    command.value("--track", options->track, "Only the track with this index (from 0, as info shows it)");
+    command.value("--limit", options->limit, "At most this many units per track")
+        .checked(requirePositive, "N > 0");
+    command.flag("--all", options->all, "Go on past units that cannot be read; a player stops at the first");
+    addProgressOption(command, options->progress);
+    addFormatOption(command, options->format,
                     {{"table", Format::kTable},
                      {"json", Format::kJson},
                      {"jsonl", Format::kJsonLines},
                      {"csv", Format::kCsv}});
-    command->footer("Example: mkvx packets --track 0 --limit 10 film.mkv");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    command.footer("Example: mkvx packets --track 0 --limit 10 film.mkv");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

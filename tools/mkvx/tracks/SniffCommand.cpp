@@ -1,12 +1,11 @@
 // mkvx sniff FILE...: would the plug-in claim these files, and how sure is it?
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "base/Text.h"
 #include "cli/Command.h"
-#include "cli/FormatOption.h"
+#include "cli/SharedOptions.h"
 #include "device/Session.h"
 #include "tracks/Render.h"
 
@@ -43,15 +42,13 @@ int run(const Globals& globals, const Options& options) {
 
 }  // namespace
 
-void addSniffCommand(CLI::App& app, const Globals& globals, Action& chosen) {
+void addSniffCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("sniff", "Would the plug-in claim these files, and how sure is it?");
-    command->add_option("FILE", options->files, "Files to sniff")->required();
-    addFormatOption(*command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
-    command->footer("Example: mkvx sniff *.mkv *.webm");
-    command->callback(
-        [&globals, &chosen, options] { chosen = [&globals, options] { return run(globals, *options); }; });
+    Arguments command = line.command("sniff", "Would the plug-in claim these files, and how sure is it?");
+    command.value("FILE", options->files, "Files to sniff").required();
+    addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
+    command.footer("Example: mkvx sniff *.mkv *.webm");
+    command.action([&globals, options] { return run(globals, *options); });
 }
 
 }  // namespace mkvx

@@ -1,0 +1,31 @@
+#include "cli/SharedOptions.h"
+
+#include <map>
+
+namespace mkvx {
+
+void addFormatOption(Arguments& command, Format& chosen, const FormatNames& names) {
+    std::vector<std::string> known;
+    for (const auto& name : names) known.push_back(name.first);
+    const auto choose = [&chosen, names](const std::string& text) {
+        for (const auto& name : names)
+            if (name.first == text) chosen = name.second;
+        return std::string();
+    };
+    command.text("--format", choose, "How to print the result").oneOf(known).showDefault(known.front());
+}
+
+void addProgressOption(Arguments& command, ProgressStyle& style) {
+    static const std::map<std::string, ProgressStyle> kNames = {
+        {"json", ProgressStyle::kJson}, {"line", ProgressStyle::kLine}, {"off", ProgressStyle::kOff}};
+    const auto choose = [&style](const std::string& name) {
+        style = kNames.at(name);
+        return std::string();
+    };
+    command
+        .text("--progress", choose, "How to tell progress on stderr: line (on a terminal only), json or off")
+        .oneOf({"json", "line", "off"})
+        .showDefault("line");
+}
+
+}  // namespace mkvx

@@ -185,6 +185,32 @@ def test_verdict_and_reasons(report, name):
             assert bytes.fromhex(evidence['bytes']) in head[:12 + 32]
 
 
+# AudioSpecificConfig: part of what is said of it, or None.
+AAC_CONFIGURATIONS = {
+    '1210': None, '2210': None,  # LC, LTP
+    '0a10': None, '0f81770010': 'refuses its configuration (object type 1, Main)',  # 44.1 kHz, 192 kHz
+    '1f81770010': 'refuses its configuration (object type 3, SSR)',
+    '3210': 'object type 6', 'b210': 'object type 22', 'f94840': 'object type 42',
+    'a210': None, 'a200': 'does not refuse its configuration (object type 20',
+    '8a00': 'object type 17', '8a10': None, 'ba00': 'object type 23', 'f8e800': 'object type 39',
+    '2b11': 'object type 5, SBR, cut off', '2b118800': None,
+    'eb11': 'object type 29, PS, cut off', 'eb118800': None,
+}
+
+
+def test_aac_that_a_device_judges_otherwise(mkvx, write):
+    """Tracks of one file, each with its configuration; whatever this machine's decoder agrees on is not mentioned."""
+    tracks = [craft.audio(i, 'A_AAC', craft.private(bytes.fromhex(config)))
+              for i, config in enumerate(AAC_CONFIGURATIONS, 1)]
+    checked = mkvx('check', '--quick', '--format', 'json', write('aac.mkv', film(*tracks))).json()['files'][0]
+    for track, (config, part) in zip(checked['tracks'], AAC_CONFIGURATIONS.items(), strict=True):
+        said = [f for f in track['findings'] if f['code'] == 'aac_judged_otherwise']
+        assert [f['weight'] for f in said] == ['note'] * (part is not None), config
+        if part is not None:
+            assert part in said[0]['sentence'], config
+            assert said[0]['evidence']['bytes'] == config and said[0]['evidence']['element'] == 'CodecPrivate'
+
+
 def test_evidence_and_remedy(report):
     """What decided is named with its place, and the command names the right stream."""
     checked = next(f for f in report['files'] if f['file'].endswith('/opus.mkv'))

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "base/Text.h"
+#include "check/AacConfigurations.h"
 #include "check/Evidence.h"
 #include "check/Remedy.h"
 #include "device/CodecRecords.h"
@@ -134,12 +135,16 @@ class Judge {
     }
 
     void judgeAac() {
+        const auto& config = mEntry.CodecPrivate;
         if (record("esds") == nullptr)
             add("aac_private_too_short", Weight::kMute,
                 fmt::format(
                     "its CodecPrivate of {} byte(s) is too short to be used, and keeps one from being made",
                     mEntry.CodecPrivate.size()),
                 {id::kCodecPrivate}, recodeCommand(mPath, 'a', mTrack.ordinal, "aac"));
+        else if (const auto otherwise =
+                     judgedOtherwiseOnDevice({config.data(), config.data() + config.size()}))
+            add("aac_judged_otherwise", Weight::kNote, *otherwise, {id::kCodecPrivate});
         const std::string& codec = mVerdict.codecId;
         const bool saysSbr = codec.size() >= 4 && codec.compare(codec.size() - 4, 4, "/SBR") == 0;
         if (saysSbr && mEntry.CodecPrivate.empty())

@@ -1,9 +1,9 @@
 // Audio: ADTS, FLAC and WAV.
 #include <fmt/format.h>
 #include <algorithm>
-#include <array>
 #include <limits>
 
+#include "device/AudioConfig.h"
 #include "extract/Facts.h"
 #include "extract/Writer.h"
 
@@ -18,64 +18,16 @@ bool isWaveFormat(const ExtractTrack& track) {
 
 // ---- AAC
 
-// ISO/IEC 14496-3, table 1.18.
-constexpr std::array<uint32_t, 13> kFrequencies = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
-                                                   22050, 16000, 12000, 11025, 8000,  7350};
-
-class BitCursor {
-  public:
-    explicit BitCursor(const Bytes& bytes) : mBytes(bytes) {}
-
-    // Bits behind the end are 0.
-    uint32_t take(uint32_t count) {
-        uint32_t value = 0;
-        for (; count > 0; --count, ++mAt) {
-            const bool bit = mAt / 8 < mBytes.size() && (mBytes[mAt / 8] >> (7 - mAt % 8) & 1) != 0;
-            value = value << 1 | (bit ? 1 : 0);
-        }
-        return value;
-    }
-
-  private:
-    const Bytes& mBytes;
-    size_t mAt = 0;
-};
-
-struct AacConfig {
-    uint32_t objectType = 0, frequencyIndex = 0, channels = 0;
-};
-
-uint32_t takeObjectType(BitCursor& bits) {
-    const uint32_t type = bits.take(5);
-    return type == 31 ? 32 + bits.take(6) : type;
-}
-
-uint32_t takeFrequencyIndex(BitCursor& bits) {
-    const uint32_t index = bits.take(4);
-    if (index != 15) return index;
-    const auto* found = std::find(kFrequencies.begin(), kFrequencies.end(), bits.take(24));
-    return uint32_t(found - kFrequencies.begin());
-}
-
-// AudioSpecificConfig, ISO/IEC 14496-3, 1.6.2.1.
-AacConfig readAacConfig(const Bytes& bytes) {
-    constexpr uint32_t kSbr = 5, kPs = 29;
-    BitCursor bits(bytes);
-    AacConfig config;
-    config.objectType = takeObjectType(bits);
-    config.frequencyIndex = takeFrequencyIndex(bits);
-    config.channels = bits.take(4);
-    if (config.objectType == kSbr || config.objectType == kPs) {  // the core's type follows
-        takeFrequencyIndex(bits);
-        config.objectType = takeObjectType(bits);
-    }
-    return config;
+// As ADTS numbers them; one behind the last where there is none.
+uint32_t frequencyIndex(const AudioConfig& config) {
+    return uint32_t(std::find(kAacFrequencies.begin(), kAacFrequencies.end(), config.frequency) -
+                    kAacFrequencies.begin());
 }
 
 // The frames with a fixed and variable ADTS header each, ISO/IEC 14496-3, 1.A.2.2.
 class AdtsWriter : public ExtractWriter {
   public:
-    AdtsWriter(const AacConfig& config, ExtractFile& out) : ExtractWriter(out), mConfig(config) {}
+    AdtsWriter(const AudioConfig& config, ExtractFile& out) : ExtractWriter(out), mConfig(config) {}
 
     std::string form() const override { return "AAC in ADTS"; }
     void write(const ExtractUnit& unit) override {
@@ -83,11 +35,11 @@ class AdtsWriter : public ExtractWriter {
         const size_t size = unit.size + kHeader;
         if (size > kMost)
             throw ExtractRefusal(fmt::format("a unit of {} bytes is too long for ADTS", unit.size));
-        const uint32_t profile = mConfig.objectType - 1;
+        const uint32_t profile = mConfig.coreType - 1;
         const uint8_t header[kHeader] = {
             0xFF,
             0xF1,  // MPEG-4, no checksum
-            uint8_t(profile << 6 | mConfig.frequencyIndex << 2 | mConfig.channels >> 2),
+            uint8_t(profile << 6 | frequencyIndex(mConfig) << 2 | mConfig.channels >> 2),
             uint8_t((mConfig.channels & 3) << 6 | size >> 11),
             uint8_t(size >> 3),
             uint8_t((size & 7) << 5 | 0x1F),  // buffer fullness: variable rate
@@ -98,7 +50,7 @@ class AdtsWriter : public ExtractWriter {
     }
 
   private:
-    AacConfig mConfig;
+    AudioConfig mConfig;
 };
 
 // ---- PCM and what else has a wave format
@@ -179,10 +131,10 @@ ExtractWriterPtr makeAdtsWriter(const ExtractTrack& track, ExtractFile& out) {
     if (isWaveFormat(track) && bytes.size() >= kWaveFormatSize)
         bytes.erase(bytes.begin(), bytes.begin() + kWaveFormatSize);
     if (bytes.size() < 2) throw ExtractRefusal("it has no AudioSpecificConfig");
-    const AacConfig config = readAacConfig(bytes);
-    if (config.objectType < 1 || config.objectType > 4)
-        throw ExtractRefusal(fmt::format("ADTS cannot carry AAC object type {}", config.objectType));
-    if (config.frequencyIndex >= kFrequencies.size())
+    const AudioConfig config = audioConfig(bytes);
+    if (config.coreType < 1 || config.coreType > 4)
+        throw ExtractRefusal(fmt::format("ADTS cannot carry AAC object type {}", config.coreType));
+    if (frequencyIndex(config) >= kAacFrequencies.size())
         throw ExtractRefusal("ADTS has no index for its sampling frequency");
     if (config.channels < 1 || config.channels > 7)
         throw ExtractRefusal(fmt::format("ADTS cannot carry channel configuration {}", config.channels));

@@ -4,6 +4,7 @@ import subprocess
 from pathlib import Path
 
 import pytest
+from server import Server
 
 ROOT = Path(__file__).parents[1]
 BINARY = Path(os.environ.get('MKVX_BIN', ROOT / 'build/release/bin/mkvx')).resolve()
@@ -38,6 +39,19 @@ def mkvx():
 @pytest.fixture(scope='session')
 def sample():
     return ROOT / 'samples/sample.mkv'
+
+
+@pytest.fixture
+def serve():
+    """serve(bytes, gate=()) -> a web server of one file; see server.py."""
+    servers = []
+
+    def start(data, gate=()):
+        servers.append(Server(data, gate))
+        return servers[-1]
+    yield start
+    for server in servers:
+        server.close()
 
 
 @pytest.fixture

@@ -1,10 +1,7 @@
 """Each track that mkvx extract writes has to open elsewhere without a complaint and hold what the file held: the same
 packets where the form keeps them apart from their headers, the same pictures and samples in any case."""
 import json
-import os
 import pathlib
-import pty
-import re
 import subprocess
 
 import muxing
@@ -182,52 +179,3 @@ def test_refusals(mkvx, mux):
     lengths = data.index(b'\xff\xe1', data.index(b'\x63\xa2'))     # in the CodecPrivate
     avc.write_bytes(data[:lengths] + b'\xfd' + data[lengths + 1:])
     assert '2-byte lengths' in refused(mkvx, avc, 0, out)
-
-
-def test_usage(mkvx, tmp_path):
-    for track, out, code in (('9', tmp_path / 'x', 2), ('0', SAMPLE, 2), ('0', tmp_path / 'no/such/folder', 1),
-                             ('0', tmp_path, 1)):
-        before = SAMPLE.read_bytes()
-        done = run(mkvx, 'extract', SAMPLE, '--track', track, '-o', out)
-        assert done.returncode == code and done.stderr.decode().count('\n') == 1, out
-        assert SAMPLE.read_bytes() == before
-
-
-def test_a_full_disk_is_told(mkvx):
-    done = run(mkvx, 'extract', SAMPLE, '--track', '0', '-o', '/dev/full')
-    assert done.returncode == 1 and 'No space left' in done.stderr.decode()
-    assert pathlib.Path('/dev/full').exists()
-
-
-# --- progress -----------------------------------------------------------
-
-def on_terminal(command):
-    """What the command writes to a stderr that is a terminal."""
-    master, slave = pty.openpty()
-    process = subprocess.Popen([str(c) for c in command], stdout=subprocess.DEVNULL, stderr=slave)
-    os.close(slave)
-    seen = b''
-    while True:
-        try:
-            block = os.read(master, 4096)
-        except OSError:
-            break
-        if not block:
-            break
-        seen += block
-    os.close(master)
-    assert process.wait() == 0
-    return seen.decode()
-
-
-def test_progress(mkvx, tmp_path):
-    """A reader of the result that takes its time makes the work long enough."""
-    out = tmp_path / 'slow'
-    os.mkfifo(out)
-    reader = subprocess.Popen(['bash', '-c', 'exec < "$0"; for i in 1 2 3 4 5 6; do head -c 16384 > /dev/null; sleep 0.6; '
-                               'done; cat > /dev/null', str(out)])
-    seen = on_terminal([mkvx, 'extract', SAMPLE, '--track', '0', '-o', out])
-    reader.wait()
-    assert re.search(r'mkvx: .*slow: \d+\.\d MB, \d+ %', seen)
-    assert seen.endswith('\r\x1b[K')
-    assert on_terminal([mkvx, 'extract', SAMPLE, '--track', '1', '-o', tmp_path / 'quick']) == ''

@@ -1,5 +1,6 @@
 """Exit codes and error sentences: 2 for a wrong command line, 1 for a file that cannot be used, and always exactly one
 sentence on stderr that names what is wrong."""
+import fcntl
 import json
 import os
 import re
@@ -7,11 +8,12 @@ import shlex
 import shutil
 import signal
 import subprocess
-import time
+import termios
 
 import pytest
 
 import craft
+from waiting import until
 
 
 def sentence(run):
@@ -66,67 +68,70 @@ def test_every_help_ends_with_an_example_that_is_understood(mkvx, binary, sample
             assert run.returncode in ((0, 1) if '/media' in example else (0,)), (example, run.stderr)
 
 
-PROGRESS = ['--progress', 'json']
+# Bytes of the sample: within its Clusters, of which opening reads nothing, and within its head.
+MEDIA, HEAD = range(100000, 170000), range(4096, 8192)
 
 
-@pytest.mark.parametrize('args, late, shape', [
-    (['packets', '--format', 'csv', *PROGRESS], 2000, 'lines'),
-    (['packets', '--format', 'jsonl', *PROGRESS], 2000, 'jsonl'),
-    (['packets', '--format', 'json', *PROGRESS], 2000, 'json'),
-    (['tree', '--all', *PROGRESS], 100000, 'lines'),
-    (['tree', '--all', '--format', 'json', *PROGRESS], 100000, 'json'),
-    (['explain', '--format', 'json', 'SimpleBlock'], 100000, 'json'),
-    (['decode', '--format', 'json', *PROGRESS], 2000, 'json'),
-    (['cost', '--demux', '--seeks', '0', '--format', 'json', *PROGRESS], 1000, 'json'),
-    (['extract', '--track', '0', '-o', 'OUT', *PROGRESS], 2000, 'lines'),
-    (['seek', '--track', '0', *['--to', '4000000'] * 500, '--format', 'jsonl'], 500, 'jsonl'),
-    (['late', '--track', '0', '--at', '200', '--by', '500000'], 2000, 'nothing'),
-    (['info'], 2000, 'nothing'), (['index'], 2000, 'nothing'), (['report', '-o', 'OUT'], 2000, 'nothing'),
-], ids=lambda value: value[0] + value[2] if isinstance(value, list) and len(value) > 2 else None)
-def test_interruption(binary, sample, tmp_path, args, late, shape):
-    """On a source that takes seconds to be read, once there is progress or after a while."""
+# The sample comes over the network up to there; what the tool has told until then is known. A result is told as
+# 'lines', 'jsonl' or 'json' of what was found, or not at all.
+@pytest.mark.parametrize('args, gate, shape', [
+    (['packets', '--format', 'csv'], MEDIA, 'lines'), (['packets', '--format', 'jsonl'], MEDIA, 'lines'),
+    (['packets', '--format', 'json'], MEDIA, 'json'), (['tree', '--all'], MEDIA, 'lines'),
+    (['tree', '--all', '--format', 'json'], MEDIA, 'json'), (['explain', '--format', 'json', 'SimpleBlock'], MEDIA, 'json'),
+    (['decode', '--format', 'json'], MEDIA, 'json'), (['cost', '--demux', '--seeks', '0', '--format', 'json'], MEDIA, 'json'),
+    (['extract', '--track', '0', '-o', 'OUT'], MEDIA, 'file'),
+    (['seek', '--track', '0', '--to', '1', '--to', '3000000', '--to', '7000000', '--format', 'jsonl'], MEDIA, 'lines'),
+    (['late', '--track', '0', '--at', '150', '--by', '500000'], MEDIA, 'nothing'),
+    (['sniff'], HEAD, 'nothing'), (['info'], HEAD, 'nothing'), (['index'], HEAD, 'nothing'), (['chapters'], HEAD, 'nothing'),
+    (['report', '-o', 'OUT'], MEDIA, 'nothing'),
+], ids=lambda value: '-'.join(value[:3:2]) if isinstance(value, list) else '')
+def test_interruption(binary, mkvx, sample, serve, tmp_path, args, gate, shape):
     saved = tmp_path / 'out'
-    run = subprocess.Popen([binary, *(str(saved) if a == 'OUT' else a for a in args), sample, '--late', str(late)],
-                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-    if '--progress' in args:
-        run.stderr.readline()
-    else:
-        time.sleep(4 if args[0] == 'seek' else 1)
-    run.send_signal(signal.SIGINT)
-    out, err = run.communicate(timeout=20)
-    told = [line for line in err.splitlines() if not line.startswith('{')]
-    assert run.returncode == 130 and len(told) == 1 and re.match('mkvx: .*interrupted after ', told[0]), err
-    assert (out == '') == (shape == 'nothing') and (out == '' or out.endswith('\n'))
-    whole = {'json': [out], 'jsonl': out.splitlines()}.get(shape, [])
-    assert all(isinstance(json.loads(text), dict) for text in whole)
-    if args[0] == 'extract':
-        assert 0 < saved.stat().st_size < sample.stat().st_size
-    else:
-        assert not saved.exists()
+    args = [saved if arg == 'OUT' else arg for arg in args]
+    whole = mkvx(*args, sample).out
+    whole_size = saved.stat().st_size if saved.exists() else 0
+    saved.unlink(missing_ok=True)
+    server = serve(sample.read_bytes(), gate)
+    with (tmp_path / 'stdout').open('w+') as stdout:
+        run = subprocess.Popen([binary, *args, server.url('held'), '--url-block', '4'], stdout=stdout,
+                               stderr=subprocess.PIPE, text=True)
+        server.wait_until_held()
+        run.send_signal(signal.SIGINT)
+        server.go_on()
+        err = run.communicate(timeout=60)[1]
+        stdout.seek(0)
+        out = stdout.read()
+    assert run.returncode == 130 and err.count('\n') == 1 and re.match('mkvx: .*interrupted after ', err), err
+    assert bool(out) == (shape != 'nothing') and (not out or out.endswith('\n'))
+    if shape == 'lines':
+        assert whole.startswith(out) and len(out) < len(whole)
+    if shape == 'json':
+        assert isinstance(json.loads(out), dict)
+    assert (0 < saved.stat().st_size < whole_size) if shape == 'file' else not saved.exists()
 
 
 def test_interruption_while_standard_input_is_awaited(binary):
-    silent, other_end = os.pipe()
-    run = subprocess.Popen([binary, 'info', '-'], stdin=silent, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                           text=True)
-    time.sleep(0.5)
-    run.send_signal(signal.SIGINT)
-    out, err = run.communicate(timeout=10)
-    os.close(silent), os.close(other_end)
-    assert run.returncode == 130 and out == '' and err == 'mkvx: standard input: interrupted after 0 bytes\n'
+    with subprocess.Popen([binary, 'info', '-'], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as run:
+        run.stdin.write(b'\x1a')
+        run.stdin.flush()
+        until(lambda: fcntl.ioctl(run.stdin, termios.FIONREAD, bytes(4)) == bytes(4))     # it was taken
+        run.send_signal(signal.SIGINT)
+        assert run.wait(60) == 130
+        assert run.stdout.read() == b'' and run.stderr.read() == b'mkvx: standard input: interrupted after 1 byte\n'
 
 
-@pytest.mark.parametrize('args, late', [
-    (['packets'], 2000), (['tree', '--all'], 100000), (['decode'], 2000), (['cost', '--demux', '--seeks', '0'], 1000),
-], ids=str)
-def test_progress(binary, sample, args, late):
-    run = subprocess.Popen([binary, *args, *PROGRESS, '--late', str(late), sample], stdout=subprocess.DEVNULL,
-                           stderr=subprocess.PIPE, text=True)
-    lines = [json.loads(run.stderr.readline())['progress'] for _ in range(2)]
-    run.kill()
-    run.communicate()
-    assert lines[1]['bytes'] > lines[0]['bytes'] and lines[1]['seconds'] > lines[0]['seconds'] >= 1
-    assert lines[1]['seconds_left'] > 0
+def test_progress(binary, sample):
+    """On a slow source there is a line a second; each is of its own, and says more."""
+    runs = [subprocess.Popen([binary, *args, '--progress', 'json', '--late', late, sample], stdout=subprocess.DEVNULL,
+                             stderr=subprocess.PIPE, text=True)
+            for args, late in ((['packets'], '2000'), (['tree', '--all'], '100000'), (['decode'], '2000'),
+                               (['cost', '--demux', '--seeks', '0'], '1000'), (['extract', '--track', '0', '-o', '/dev/null'], '2000'))]
+    for run in runs:
+        first, second = [json.loads(run.stderr.readline())['progress'] for _ in range(2)]
+        run.kill()
+        run.communicate()
+        assert second['bytes'] > first['bytes'] and second['seconds'] > first['seconds'] >= 1
+        assert second['seconds_left'] > 0
 
 
 @pytest.mark.parametrize('command', [['sniff'], ['info'], ['packets'], ['bench', 'open']], ids=lambda c: c[0])

@@ -2,7 +2,6 @@
 import pytest
 
 import craft
-from server import Server
 
 OPENING = ['head', 'tracks', 'cues', 'other', 'clusters', 'scan', 'configuration']
 
@@ -58,11 +57,10 @@ def test_every_unit_is_every_byte(mkvx, sample):
 
 
 @pytest.mark.parametrize('block', [4, 64])
-def test_requests_are_those_that_a_server_sees(mkvx, sample, block):
-    server = Server(sample.read_bytes())
+def test_requests_are_those_that_a_server_sees(mkvx, serve, sample, block):
+    server = serve(sample.read_bytes())
     asked = ('--demux', '--url-block', str(block))
     over_network = ledgers(mkvx, *asked, server.url('good'))
-    server.close()
     assert set(over_network) == {'caching'}  # no device reads a URL without a cache
     assert over_network['caching']['total']['requests'] == len(server.seen)
     assert over_network['caching']['stages'] == ledgers(mkvx, *asked, sample)['caching']['stages']

@@ -1,14 +1,108 @@
-"""docs/formats.md: the bytes in its tables are those of the sample and of the records that the plug-in makes."""
+"""README and docs/*.md: their transcripts are replayed, their options are those of the help, and the bytes in the tables of
+docs/formats.md are those of the sample and of the records that the plug-in makes."""
+import os
 import re
+import shutil
+import signal
+import subprocess
 from pathlib import Path
 
-PAGE = (Path(__file__).parents[2] / 'docs/formats.md').read_text()
+import pytest
+
+from waiting import until
+
+ROOT = Path(__file__).parents[2]
+PAGES = {path.name: path.read_text() for path in [ROOT / 'README.md', *sorted((ROOT / 'docs').glob('*.md'))]}
+
+# --- transcripts -------------------------------------------------
+
+# What a cluster has and this machine may not.
+STAND_INS = r'''
+parallel() { shift 2; local c=(); while [ "$1" != ::: ]; do c+=("$1"); shift; done; shift
+  for f; do "${c[@]//\{\}/$f}"; done; }
+sbatch() { local t; for t in $(seq 0 99); do
+  [ ! -s "part.$(printf %03d $t)" ] || SLURM_ARRAY_TASK_ID=$t SLURM_CPUS_PER_TASK=2 sh "$2"; done; }
+'''
+
+
+def transcripts():
+    """(page and command, command, output): what is indented and begins with a prompt, up to the next prompt or the block's end."""
+    for page, text in PAGES.items():
+        for block in re.findall(r'(?:^    .*\n(?:\n(?=    ))?)+', text, re.M):
+            for entry in re.split(r'^    \$ ', block, flags=re.M)[1:]:
+                command, output = re.fullmatch(r'((?:[^\n]*\\\n)*[^\n]*\n)(.*)', entry, re.S).groups()
+                yield pytest.param(command, re.sub('^    ', '', output, flags=re.M).strip('\n'), id=page + ' ' + command[:60].strip())
+
+
+@pytest.fixture(scope='module')
+def desk(binary, tmp_path_factory):
+    """The folder that transcripts are from, with a library of films; its path and the environment."""
+    folder = tmp_path_factory.mktemp('desk')
+    (folder / 'build').mkdir()
+    shutil.copytree(ROOT / 'samples', folder / 'samples', ignore=shutil.ignore_patterns('make-sample'))
+    shutil.copytree(ROOT / 'samples', folder / 'films/old')
+    return folder, {**os.environ, 'PATH': '%s:%s' % (binary.parent, os.environ['PATH'])}
+
+
+def until_interrupted(command, **where):
+    run = subprocess.Popen(['bash', '-c', 'exec ' + command], stderr=subprocess.PIPE, text=True, **where)
+    until(lambda: int(re.search(r'SigCgt:\s*(\w+)', Path('/proc/%d/status' % run.pid).read_text())[1], 16) >> signal.SIGINT - 1 & 1)
+    run.send_signal(signal.SIGINT)
+    return '^C' + run.communicate(timeout=60)[1]
+
+
+def without_measures(text):
+    return re.sub(r'(?<=interrupted after ).*|\d[\d.]*(e-\d+)?', '0', text)
+
+
+@pytest.mark.parametrize('command, output', transcripts())
+def test_transcript(desk, serve, sample, command, output):
+    folder, environment = desk
+    places = {'/media/films': 'films'}
+    if 'http:' in command:
+        server = serve(sample.read_bytes())
+        places = {'http://media.example/sample.mkv': server.url('good'), 'http://media.example/stalls.mkv': server.url('stalls')}
+    for place, here in places.items():
+        command = command.replace(place, here)
+    if output.startswith('#!'):     # a script that is shown: the next command uses it
+        name = command.split()[-1]
+        (folder / name).write_text(output + '\n')
+    if output.startswith('^C'):
+        shown = until_interrupted(command, cwd=folder, env=environment)
+    else:
+        shown = subprocess.run(['bash', '-c', STAND_INS + command], cwd=folder, env=environment, stdout=subprocess.PIPE,
+                               stderr=subprocess.STDOUT, timeout=120).stdout.decode()
+    for place, here in places.items():
+        shown = shown.replace(here, place)
+    clean = without_measures if 'bench' in command or output.startswith('^C') else str
+    if 'part.*' in command:     # its films are another's
+        assert shown.count('plays_with_losses\t') == 1, shown
+    else:
+        assert clean(shown.rstrip('\n')) == clean(output)
+
+
+# --- options -------------------------------------------------
+
+def test_options_are_those_of_the_help(mkvx):
+    page = PAGES['mkvx.md']
+    everywhere = set(re.findall(r'--[a-z]+(?:-[a-z]+)*', page.split('| Exit code')[0])) | {'--progress', '--output'}
+    commands = re.findall(r'^\| \[(\w+)\]\(#', page, re.M)
+    assert len(commands) == 16
+    for command in commands:
+        section = re.search(r'^## %s\n(.*?)(?=^## |\Z)' % command, page, re.M | re.S)[1]
+        told = set(re.findall(r'--[a-z]+(?:-[a-z]+)*', ' '.join(re.findall(r'`[^`]*`', section))))
+        helped = set(re.findall(r'--[a-z]+(?:-[a-z]+)*', mkvx(command, '--help').out.split('Example:')[0]))
+        assert helped - everywhere <= told and told <= helped | everywhere, command
+
+
+# --- tables of bytes -------------------------------------------------
+
 ROW = re.compile(r'^\| (\d+) \| ((?:[0-9A-F]{2} ?)+)\|', re.M)
 
 
 def tables():
     """The heading of each table's first column, and its rows of (offset, bytes)."""
-    for table in re.findall(r'(?:^\|.*\n)+', PAGE, re.M):
+    for table in re.findall(r'(?:^\|.*\n)+', PAGES['formats.md'], re.M):
         yield table.split('|')[1].strip(), [(int(at), bytes.fromhex(hexes)) for at, hexes in ROW.findall(table)]
 
 

@@ -1,18 +1,14 @@
 """Where the bytes come from must not show in the result; what goes wrong on the way has to be told."""
 import json
 import subprocess
-import time
 
 import pytest
 
-from server import Server
 
 
 @pytest.fixture
-def server(sample):
-    server = Server(sample.read_bytes())
-    yield server
-    server.close()
+def server(serve, sample):
+    return serve(sample.read_bytes())
 
 
 def packets(mkvx, *args):
@@ -58,9 +54,7 @@ def test_a_small_cache_asks_again(mkvx, server, expected):
     ('no_http', 'HTTP/0.9'),
 ])
 def test_a_bad_server_is_told(mkvx, server, expected, path, says):
-    start = time.monotonic()
     run = packets(mkvx, '--url-timeout', '1', '--url-spool', '1', server.url(path))
-    assert time.monotonic() - start < 4
     assert run.code == 1 and set(run.out.splitlines()) < set(expected.splitlines())
     assert says in run.err and run.err.count('\n') <= 2 and '\x1b' not in run.err
     assert run.err.splitlines()[-1].startswith('mkvx: ' + server.url(path))
@@ -108,9 +102,6 @@ def test_faults_are_met_where_they_were_asked_for(mkvx, sample, expected):
         assert len(units[-1]) < len(payloads) and set(units[-1]) <= set(payloads)
     # One failed read costs less than it and all that follow.
     assert units[0] == [] and 0 < len(units[2]) < len(units[1])
-    start = time.monotonic()
-    assert mkvx('sniff', '--late', '2000', sample).code == 0
-    assert time.monotonic() - start > 0.3
 
 
 def test_faults_reach_every_command(mkvx, sample, tmp_path):

@@ -1,7 +1,6 @@
 """A web server that serves one file's bytes, well or badly: its paths say how."""
 import re
 import threading
-import time
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 
@@ -50,6 +49,11 @@ class Handler(BaseHTTPRequestHandler):
 
     def hang_up(self):
         self.close_connection = True
+
+    def wait_for_the_end(self):
+        """Until the other side gives up."""
+        self.rfile.read(1)
+        self.hang_up()
 
     def times(self, first):
         return sum(1 for seen, _ in self.server.seen if seen == first)
@@ -103,12 +107,17 @@ class Handler(BaseHTTPRequestHandler):
         if first not in self.bad:
             return self.part(first, last)
         self.part(first, last, body=self.server.data[first:first + 100], Content_Length=last - first + 1)
-        time.sleep(4)
-        self.hang_up()
+        self.wait_for_the_end()
 
     def never_answers(self, first, last):
-        time.sleep(4)
-        self.hang_up()
+        self.wait_for_the_end()
+
+    def held(self, first, last):
+        """What lies in the gate comes once the server is told to go on."""
+        if first in self.server.gate:
+            self.server.reached.set()
+            self.server.go_on.wait()
+        self.part(first, last)
 
     def breaks_always(self, first, last):
         if first not in self.bad:
@@ -145,10 +154,11 @@ class Handler(BaseHTTPRequestHandler):
 
 
 class Server:
-    def __init__(self, data):
+    def __init__(self, data, gate=()):
         self.http = ThreadingHTTPServer(('127.0.0.1', 0), Handler)
         self.http.daemon_threads = True
-        self.http.data, self.http.seen = data, []
+        self.http.data, self.http.seen, self.http.gate = data, [], gate
+        self.http.reached, self.http.go_on = threading.Event(), threading.Event()
         self.thread = threading.Thread(target=self.http.serve_forever, kwargs={'poll_interval': 0.05}, daemon=True)
         self.thread.start()
 
@@ -160,6 +170,13 @@ class Server:
     def url(self, path, scheme='http'):
         return '%s://127.0.0.1:%d/%s' % (scheme, self.http.server_port, path)
 
+    def wait_until_held(self):
+        assert self.http.reached.wait(60)
+
+    def go_on(self):
+        self.http.go_on.set()
+
     def close(self):
+        self.go_on()
         self.http.shutdown()
         self.http.server_close()

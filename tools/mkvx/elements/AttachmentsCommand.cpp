@@ -8,8 +8,8 @@
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
-#include "elements/Document.h"
-#include "elements/RenderDocument.h"
+#include "elements/Model.h"
+#include "elements/OpenDocument.h"
 #include "source/MatroskaSource.h"
 
 namespace mkvx {
@@ -21,50 +21,65 @@ struct Options {
     Format format = Format::kTable;
 };
 
+SavedAttachment save(const Attachment& file, android::DataSource& source, uint64_t& room,
+                     SafeFolder& folder) {
+    SavedAttachment result;
+    try {
+        if (file.offset == 0) throw FileFailure(file.name, "has no data");
+        if (file.size > room)
+            throw FileFailure(file.name, "does not fit into the file beside the ones in front of it");
+        result.savedAs = folder.save(file.name, source, file.offset, file.size);
+        room -= file.size;
+    } catch (const FileFailure& failure) {
+        if (!wasInterrupted()) result.problem = failure.what();
+    }
+    return result;
+}
+
 // Attachments do not overlap, so all of them together fit the file; more than that is not written.
 void saveAll(const std::string& folderPath, const SourceOptions& options, AttachmentsReport& report) {
     const android::sp<android::DataSource> source = openMatroska(report.file, options);
     off64_t length = 0;
     uint64_t room = source->getSize(&length) == android::OK && length > 0 ? uint64_t(length) : UINT64_MAX;
     SafeFolder folder(folderPath);
-    for (AttachmentInfo& file : report.attachments) {
+    for (const Attachment& file : report.attachments.files) {
         if (wasInterrupted()) return;
-        try {
-            if (file.offset == 0) throw FileFailure(file.name, "has no data");
-            if (file.size > room)
-                throw FileFailure(file.name, "does not fit into the file beside the ones in front of it");
-            file.savedAs = folder.save(file.name, *source, file.offset, file.size);
-            room -= file.size;
-        } catch (const FileFailure& failure) {
-            if (!wasInterrupted()) file.problem = failure.what();
-        }
+        report.saved.push_back(save(file, *source, room, folder));
     }
 }
 
+// Returns the exit code.
+int tellProblems(const AttachmentsReport& report) {
+    int exitCode = kExitDone;
+    for (const SavedAttachment& file : report.saved) {
+        if (file.problem.empty()) continue;
+        fmt::print(stderr, "mkvx: {}: attachment {}\n", report.file, printable(file.problem));
+        exitCode = kExitFileUnusable;
+    }
+    return exitCode;
+}
+
 int run(const Globals& globals, const Options& options) {
-    AttachmentsReport report = readAttachments(options.file, globals.source);
+    AttachmentsReport report;
+    report.file = options.file;
+    report.attachments = openDocument(options.file, globals.source)->attachments();
+    const std::vector<Attachment>& files = report.attachments.files;
     throwIfInterrupted(options.file);
-    if (!options.folder.empty() && !report.attachments.empty())
-        saveAll(options.folder, globals.source, report);
-    renderAttachments(report, options.format, stdout);
+    if (!options.folder.empty() && !files.empty()) saveAll(options.folder, globals.source, report);
+    print(report, options.format, stdout);
     std::fflush(stdout);
-    if (report.attachments.empty())
+    if (files.empty())
         fmt::print(stderr, "mkvx: {}: has no attachments\n", options.file);
-    else if (!report.isReached)
+    else if (!report.attachments.isReached)
         fmt::print(
             stderr,
             "mkvx: {}: nothing leads the plug-in to its attachments (mkvx tree shows where they are)\n",
             options.file);
-    int exitCode = kExitDone;
-    for (const AttachmentInfo& file : report.attachments) {
-        if (file.problem.empty()) continue;
-        fmt::print(stderr, "mkvx: {}: attachment {}\n", options.file, printable(file.problem));
-        exitCode = kExitFileUnusable;
-    }
-    const auto saved = std::count_if(report.attachments.begin(), report.attachments.end(),
-                                     [](const AttachmentInfo& file) { return !file.savedAs.empty(); });
-    throwIfInterrupted(options.file, fmt::format("{} of {} were written", saved,
-                                                 counted(report.attachments.size(), "attachment")));
+    const int exitCode = tellProblems(report);
+    const auto saved = std::count_if(report.saved.begin(), report.saved.end(),
+                                     [](const SavedAttachment& file) { return !file.savedAs.empty(); });
+    throwIfInterrupted(options.file,
+                       fmt::format("{} of {} were written", saved, counted(files.size(), "attachment")));
     return exitCode;
 }
 

@@ -5,8 +5,8 @@
 #include "base/Interrupt.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
-#include "elements/Document.h"
-#include "elements/RenderDocument.h"
+#include "elements/Model.h"
+#include "elements/OpenDocument.h"
 
 namespace mkvx {
 namespace {
@@ -17,12 +17,12 @@ struct Options {
 };
 
 int run(const Globals& globals, const Options& options) {
-    const ChaptersReport report = readChapters(options.file, globals.source);
+    const ChaptersReport report{options.file, openDocument(options.file, globals.source)->chapters()};
     throwIfInterrupted(options.file);
-    renderChapters(report, options.format, stdout);
-    if (report.editions.empty())
+    print(report, options.format, stdout);
+    if (report.chapters.editions.empty())
         fmt::print(stderr, "mkvx: {}: has no chapters\n", options.file);
-    else if (!report.isReached)
+    else if (!report.chapters.isReached)
         fmt::print(stderr,
                    "mkvx: {}: nothing leads the plug-in to its chapters (mkvx tree shows where they are)\n",
                    options.file);

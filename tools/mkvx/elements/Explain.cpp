@@ -8,15 +8,15 @@
 #include "base/Interrupt.h"
 #include "base/Log.h"
 #include "base/Text.h"
-#include "elements/TreeListing.h"
+#include "device/ElementTable.h"
+#include "device/ElementWalk.h"
+#include "elements/Guide.h"
+#include "elements/Meaning.h"
+#include "elements/Tree.h"
 #include "source/MatroskaSource.h"
 
 namespace mkvx {
 namespace {
-
-using MatroskaExtReader::FindElementInfo;
-
-constexpr uint64_t kShownBytes = 64;
 
 template <typename Number>
 std::optional<Number> parseNumber(std::string_view text, int base) {
@@ -31,7 +31,7 @@ std::optional<uint32_t> parseId(std::string_view text) {
     const bool isMarked = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
     if (isMarked) text.remove_prefix(2);
     const std::optional<uint32_t> id = parseNumber<uint32_t>(text, 16);
-    return id && (isMarked || FindElementInfo(*id) != nullptr) ? id : std::nullopt;
+    return id && (isMarked || findElement(*id) != nullptr) ? id : std::nullopt;
 }
 
 Place placeOf(const android::sp<android::DataSource>& source, const std::string& file, uint64_t offset) {
@@ -45,7 +45,7 @@ Place placeOf(const android::sp<android::DataSource>& source, const std::string&
         from = gap->offset;
         to = gap->end;
     }
-    place.bytes.resize(size_t(std::min(to - from, kShownBytes)));
+    place.bytes.resize(size_t(std::min<uint64_t>(to - from, Place::kShownBytes)));
     const ssize_t got = source->readAt(off64_t(from), place.bytes.data(), place.bytes.size());
     place.bytes.resize(got > 0 ? size_t(got) : 0);
     return place;
@@ -54,11 +54,11 @@ Place placeOf(const android::sp<android::DataSource>& source, const std::string&
 Occurrences occurrencesOf(const android::sp<android::DataSource>& source, uint32_t id) {
     Occurrences found;
     ElementWalk walk(source);
-    while (std::optional<TreeItem> item = walk.next()) {  // bounded by the walk
+    while (std::optional<WalkItem> item = walk.next()) {  // bounded by the walk
         if (wasInterrupted()) break;
         auto* element = std::get_if<Element>(&item->what);
         if (element == nullptr || element->id != id || found.count++ >= Occurrences::kShown) continue;
-        walk.readValue(*element);
+        readMeaningfully(walk, *element);
         found.first.push_back(std::move(*element));
     }
     return found;
@@ -85,17 +85,17 @@ void explainElement(const std::string& subject, const SourceOptions& options, Ex
         result.info != nullptr ? std::optional<uint32_t>(result.info->id) : parseId(subject);
     if (!id) refuse(subject);
     result.id = *id;
-    result.info = FindElementInfo(*id);
+    result.info = findElement(*id);
     if (result.file) result.occurrences = occurrencesOf(openMatroska(*result.file, options), *id);
 }
 
 }  // namespace
 
-std::vector<std::string> pathOf(const MatroskaExtReader::ElementInfo& info) {
+std::vector<std::string> pathOf(const ElementInfo& info) {
     std::vector<std::string> names;
     for (const auto* row = &info; row != nullptr;) {  // bounded: parents of the table do not form a ring
         names.insert(names.begin(), row->name);
-        row = row->parent == 0 ? nullptr : FindElementInfo(row->parent);
+        row = row->parent == 0 ? nullptr : findElement(row->parent);
     }
     return names;
 }

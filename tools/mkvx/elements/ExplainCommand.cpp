@@ -5,7 +5,7 @@
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
-#include "elements/RenderExplain.h"
+#include "elements/Explain.h"
 
 namespace mkvx {
 namespace {
@@ -17,12 +17,12 @@ struct Options {
 
 int run(const Globals& globals, const Options& options) {
     if (options.subject.empty()) {
-        renderElementTable(options.format, stdout);
+        print(ElementList(), options.format, stdout);
         return kExitDone;
     }
     const Explanation explanation = explain(options.subject, options.file, globals.source);
     if (!explanation.occurrences) throwIfInterrupted(options.file);
-    renderExplanation(explanation, options.format, stdout);
+    print(explanation, options.format, stdout);
     if (explanation.occurrences)
         throwIfInterrupted(options.file, counted(explanation.occurrences->count, "occurrence"));
     return kExitDone;

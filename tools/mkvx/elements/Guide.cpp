@@ -5,12 +5,10 @@
 #include <cctype>
 
 #include "base/Similar.h"
-#include "elements/GuideTable.h"
+#include "device/ElementTable.h"
 
 namespace mkvx {
 namespace {
-
-using MatroskaExtReader::ElementInfo;
 
 // Names of elements that other texts use.
 constexpr struct {
@@ -49,30 +47,18 @@ const char* toString(ElementUse use) {
     return "";
 }
 
-const ElementGuide& guideTo(const ElementInfo& info) {
-    static constexpr ElementGuide kNone = {"", ElementUse::kIgnored, "", ""};
-    size_t count = 0;
-    const ElementGuide* guides = elementGuides(&count);
-    const auto found = std::find_if(guides, guides + count,
-                                    [&](const ElementGuide& row) { return isSame(row.name, info.name); });
-    return found == guides + count ? kNone : *found;
-}
-
 const ElementInfo* findByName(std::string_view name) {
     for (const auto& row : kOtherNames)
         if (isSame(row.other, name)) name = row.name;
-    size_t count = 0;
-    const ElementInfo* table = MatroskaExtReader::ElementTable(&count);
-    const auto found =
-        std::find_if(table, table + count, [&](const ElementInfo& row) { return isSame(row.name, name); });
-    return found == table + count ? nullptr : found;
+    const ElementRows rows;
+    const auto found = std::find_if(rows.begin(), rows.end(),
+                                    [&](const ElementInfo& row) { return isSame(row.name, name); });
+    return found == rows.end() ? nullptr : found;
 }
 
 std::vector<std::string> similarNames(std::string_view name) {
-    size_t count = 0;
-    const ElementInfo* table = MatroskaExtReader::ElementTable(&count);
     std::vector<std::string> names;
-    for (size_t i = 0; i < count; ++i) names.emplace_back(table[i].name);
+    for (const ElementInfo& row : ElementRows()) names.emplace_back(row.name);
     return similarTo(name, names);
 }
 

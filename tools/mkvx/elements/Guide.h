@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "matroska/reader/ElementIds.h"
+#include "device/ElementIds.h"
 
 namespace mkvx {
 
@@ -24,11 +24,11 @@ struct ElementGuide {
 // "used", "kept" or "ignored".
 const char* toString(ElementUse use);
 
-const ElementGuide& guideTo(const MatroskaExtReader::ElementInfo& info);
+const ElementGuide& guideTo(const ElementInfo& info);
 
 // The element of that name, in any case; older and newer names of the same element count. Null when there is
 // none.
-const MatroskaExtReader::ElementInfo* findByName(std::string_view name);
+const ElementInfo* findByName(std::string_view name);
 
 // Names of the table that were perhaps meant, the likeliest first, at most five.
 std::vector<std::string> similarNames(std::string_view name);

@@ -1,4 +1,7 @@
-#include "elements/GuideTable.h"
+// One row for each element of the table, in its order; both are held against each other when this is
+// compiled.
+#include "device/ElementTable.h"
+#include "elements/Guide.h"
 
 namespace mkvx {
 namespace {
@@ -349,11 +352,36 @@ constexpr ElementGuide kGuides[] = {
     {"TagBinary", I, "The value as bytes.", ""},
 };
 
+constexpr size_t kGuideCount = sizeof kGuides / sizeof kGuides[0];
+
+constexpr bool isSame(const char* a, const char* b) {
+    for (; *a == *b; ++a, ++b)
+        if (*a == '\0') return true;
+    return false;
+}
+
+// The first row that is not beside its element; kGuideCount when all are.
+constexpr size_t firstMisplaced() {
+    for (size_t i = 0; i < kGuideCount && i < ElementRows::kCount; ++i)
+        if (!isSame(kGuides[i].name, ElementRows::at(i).name)) return i;
+    return kGuideCount;
+}
+
+// Its argument names the row of the guide that is wrong, or that is missing there.
+template <size_t kRow>
+struct GuideRow {
+    static_assert(kRow == kGuideCount,
+                  "this row of the guide has not the name that stands there in the "
+                  "reader's ElementTable.h: both list the elements in one order");
+    static constexpr bool kFits = true;
+};
+static_assert(GuideRow<firstMisplaced()>::kFits, "");
+static_assert(kGuideCount == ElementRows::kCount, "the reader's ElementTable.h ends with other elements");
+
 }  // namespace
 
-const ElementGuide* elementGuides(size_t* count) {
-    *count = sizeof kGuides / sizeof kGuides[0];
-    return kGuides;
+const ElementGuide& guideTo(const ElementInfo& info) {
+    return kGuides[&info - ElementRows().begin()];
 }
 
 }  // namespace mkvx

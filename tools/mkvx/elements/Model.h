@@ -1,73 +1,24 @@
-// The result model of the element tree: what the reader makes of a file's bytes, one item after the other in
-// file order. Filled by ElementWalk and ElementValues, printed by RenderTree and RenderExplain.
+// What the commands of this room print: items of the element tree, explanations, chapters and attachments.
 //
-// Offsets and sizes are bytes of the file; times are timecode units unless a name says otherwise. Texts are
-// the bytes of the file, cut to a bound, and need not be valid UTF-8. Plain values: copy freely.
+// Texts of the file are its bytes and need not be valid UTF-8. Plain values: copy freely.
 #pragma once
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
-#include "matroska/reader/ElementIds.h"
+#include "base/Format.h"
+#include "base/Listing.h"
+#include "device/Document.h"
+#include "device/Element.h"
 
 namespace mkvx {
 
-// The first bytes of a binary.
-struct BinaryValue {
-    std::vector<uint8_t> head;
-    uint64_t size = 0;  // of the whole
-};
-
-// The first bytes of a text, to its first zero byte.
-struct TextValue {
-    std::string head;
-    bool isCut = false;
-};
-
-// An element's ID as a value.
-struct IdValue {
-    uint32_t id = 0;
-    const MatroskaExtReader::ElementInfo* info = nullptr;  // null for an unknown one
-};
-
-// Nanoseconds since the beginning of 2001, UTC.
-struct DateValue {
-    int64_t ns = 0;
-};
-
-// The header of a SimpleBlock or Block.
-struct BlockValue {
-    uint64_t track = 0;    // TrackNumber
-    int16_t timecode = 0;  // relative to the Cluster's
-    uint8_t flags = 0;
-    std::optional<int64_t> timeUs;  // with the Cluster's timecode, where one was met
-    std::vector<uint64_t> frames;   // sizes; empty when the lacing cannot be decoded
-};
-
-using ElementValue = std::variant<std::monostate, uint64_t, int64_t, double, TextValue, BinaryValue, IdValue,
-                                  DateValue, BlockValue>;
-
-struct Element {
-    uint32_t id = 0;
-    const MatroskaExtReader::ElementInfo* info = nullptr;  // null for an unknown ID
-    uint64_t offset = 0;                                   // of the header
-    uint64_t dataOffset = 0;
-    uint64_t size = 0;  // as declared; what was left of the file where it is unknown
-    bool hasUnknownSize = false;
-    uint64_t end = 0;  // where the reader goes on: never behind the parent's end
-    ElementValue value;
-    std::string meaning;             // of a number, for people: "video", "00:00:02.000"
-    std::vector<std::string> notes;  // what is wrong with it
-};
-
-// Bytes between two elements, or behind the last one, that hold none.
-struct Gap {
-    uint64_t offset = 0, end = 0;
-    bool isResynchronised = false;  // the reader found an element behind it; otherwise it gave the parent up
-};
+// ---- the tree
 
 // Items that were left out of a listing: how many of which name, in the order in which they were first met.
 struct LeftOut {
@@ -75,19 +26,77 @@ struct LeftOut {
     std::vector<std::pair<std::string, uint64_t>> counts;
 };
 
+// Elements have their values, and what these mean.
 struct TreeItem {
     unsigned depth = 0;  // 0 for the file's own children
     std::variant<Element, Gap, LeftOut> what;
     bool isAsked = false;  // holds the byte that was asked for
 };
 
-// "0x1A45DFA3"
-std::string idText(uint32_t id);
-// The table's name, or "unknown ID 0x…".
-std::string nameOf(const Element& element);
-// "master", "uint", ...; "unknown" for null.
-const char* typeName(const MatroskaExtReader::ElementInfo* info);
-// Does the format let `id` stand below `parent` (0: the file itself)? True for what the table does not know.
-bool belongsIn(const MatroskaExtReader::ElementInfo* info, uint32_t parent);
+// kTable (text), kJson (one object) or kJsonLines. `length` is the file's, where it is known.
+std::unique_ptr<Listing<TreeItem>> newTreeListing(Format format, const std::string& file,
+                                                  std::optional<uint64_t> length, std::FILE* out);
+std::unique_ptr<Listing<TreeItem>> newTextTree(std::optional<uint64_t> length, std::FILE* out);
+std::string openTreeJson(const std::string& file, std::optional<uint64_t> length);
+void printJson(const TreeItem& item, std::FILE* out);
+
+// ---- explanations
+
+// Where an element stands in a file.
+struct Place {
+    static constexpr size_t kShownBytes = 64;
+
+    std::vector<TreeItem> way;   // from the top to what holds the byte, with values
+    std::vector<uint8_t> bytes;  // the first of them: an element's header and the start of its data
+};
+
+struct Occurrences {
+    static constexpr size_t kShown = 5;
+    std::vector<Element> first;  // with values
+    uint64_t count = 0;
+};
+
+struct Explanation {
+    uint32_t id = 0;                    // 0 for bytes that belong to no element
+    const ElementInfo* info = nullptr;  // null for an ID that is in no table
+    std::optional<std::string> file;
+    std::optional<uint64_t> offset;          // asked for: a place in `file`
+    std::optional<Place> place;              // with `offset`
+    std::optional<Occurrences> occurrences;  // with `file` and without `offset`
+};
+
+void printText(const Explanation& explanation, std::FILE* out);
+void printJson(const Explanation& explanation, std::FILE* out);
+
+// All elements that the table has, in its order.
+struct ElementList {};
+
+void printText(const ElementList& all, std::FILE* out);
+void printJson(const ElementList& all, std::FILE* out);
+
+// ---- chapters and attachments
+
+struct ChaptersReport {
+    std::string file;
+    Chapters chapters;
+};
+
+void printText(const ChaptersReport& report, std::FILE* out);
+void printJson(const ChaptersReport& report, std::FILE* out);
+
+// What became of an attachment that was to be written.
+struct SavedAttachment {
+    std::string savedAs;  // file name, once it was written
+    std::string problem;  // why it could not be
+};
+
+struct AttachmentsReport {
+    std::string file;
+    Attachments attachments;
+    std::vector<SavedAttachment> saved;  // one for each, where they were to be written
+};
+
+void printText(const AttachmentsReport& report, std::FILE* out);
+void printJson(const AttachmentsReport& report, std::FILE* out);
 
 }  // namespace mkvx

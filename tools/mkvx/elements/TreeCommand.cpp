@@ -7,8 +7,7 @@
 #include "base/Progress.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
-#include "elements/RenderTree.h"
-#include "elements/TreeListing.h"
+#include "elements/Tree.h"
 #include "source/MatroskaSource.h"
 
 namespace mkvx {
@@ -32,11 +31,11 @@ int run(const Globals& globals, const Options& options) {
         reached.bytes = offset;
         progress.reach(reached);
     };
-    TreeListing listing(openMatroska(options.file, globals.source), options.file, tree);
-    reached.bytesTotal = listing.fileLength().value_or(0);
-    const auto writer = makeTreeWriter(options.format, options.file, listing.fileLength(), stdout);
-    while (const std::optional<TreeItem> item = listing.next()) writer->write(*item);
-    writer->finish();
+    TreeReader items(openMatroska(options.file, globals.source), options.file, tree);
+    reached.bytesTotal = items.fileLength().value_or(0);
+    const auto listing = newTreeListing(options.format, options.file, items.fileLength(), stdout);
+    while (const std::optional<TreeItem> item = items.next()) listing->write(*item);
+    listing->finish();
     throwIfInterrupted(options.file, fmt::format("byte {}", reached.bytes));
     return kExitDone;
 }

@@ -1,9 +1,9 @@
-#include "elements/Values.h"
+#include "device/ElementValues.h"
 
 #include <fmt/format.h>
 #include <algorithm>
 
-#include "base/Text.h"
+#include "device/ElementTable.h"
 
 namespace mkvx {
 namespace {
@@ -13,10 +13,8 @@ using MatroskaExtReader::CID;
 using MatroskaExtReader::CInt;
 using MatroskaExtReader::CMatroskaNode;
 using MatroskaExtReader::CUInt;
-using MatroskaExtReader::ElementType;
 using MatroskaExtReader::Failed;
 using MatroskaExtReader::SimpleBlock;
-namespace id = MatroskaExtReader::id;
 
 constexpr uint64_t kTextBytes = 256, kBinaryBytes = 16;
 constexpr uint64_t kSmallestBlock = 4;
@@ -53,8 +51,7 @@ void readDate(CMatroskaNode* node, Element& element) {
 void readId(CMatroskaNode* node, Element& element) {
     readScalar<CID, uint64_t>(node, element);
     if (const auto* value = std::get_if<uint64_t>(&element.value)) {
-        const auto found = uint32_t(*value);
-        element.value = IdValue{found, MatroskaExtReader::FindElementInfo(found)};
+        element.value = IdValue{uint32_t(*value)};
     }
 }
 
@@ -64,13 +61,6 @@ void readText(CMatroskaNode* node, Element& element) {
     const auto end = std::find(bytes.begin(), bytes.end(), 0);
     element.value =
         TextValue{std::string(bytes.begin(), end), end == bytes.end() && node->Size() > kTextBytes};
-}
-
-// Microseconds; nothing where they do not fit.
-std::optional<int64_t> unitsToUs(__int128 units, uint64_t scale) {
-    if (units < INT64_MIN || units > INT64_MAX) return std::nullopt;  // keeps the product within 128 bits
-    const __int128 us = units * scale / 1000;
-    return us < INT64_MIN || us > INT64_MAX ? std::nullopt : std::optional<int64_t>(int64_t(us));
 }
 
 void readBlock(CMatroskaNode* node, const ValueContext& context, Element& element) {
@@ -94,76 +84,6 @@ void readBlock(CMatroskaNode* node, const ValueContext& context, Element& elemen
 
 void readBinary(CMatroskaNode* node, Element& element) {
     element.value = BinaryValue{headBytes(node, kBinaryBytes), node->Size()};
-}
-
-std::string clockOf(uint64_t units, uint64_t scale) {
-    const std::optional<int64_t> us = unitsToUs(units, scale);
-    return us ? clockTime(*us) : std::string();
-}
-
-const char* trackTypeName(uint64_t type) {
-    switch (type) {
-        case 1:
-            return "video";
-        case 2:
-            return "audio";
-        case 3:
-            return "complex";
-        case 16:
-            return "logo";
-        case 17:
-            return "subtitle";
-        case 18:
-            return "buttons";
-        case 32:
-            return "control";
-        case 33:
-            return "metadata";
-        default:
-            return "";
-    }
-}
-
-const char* compressionName(uint64_t algorithm) {
-    static const char* const kNames[] = {"zlib", "bzlib", "LZO", "header stripping"};
-    return algorithm < 4 ? kNames[algorithm] : "";
-}
-
-std::string meaningOfNumber(uint32_t id, uint64_t value, const ValueContext& context) {
-    switch (id) {
-        case id::kTrackType:
-            return trackTypeName(value);
-        case id::kContentCompAlgo:
-            return compressionName(value);
-        case id::kContentEncodingType:
-            return value == 0 ? "compression" : value == 1 ? "encryption" : "";
-        case id::kTimecodeScale:
-            return "ns a unit";
-        case id::kClusterTimecode:
-        case id::kCueTime:
-        case id::kBlockDuration:
-            return clockOf(value, context.scale);
-        case id::kChapterTimeStart:
-        case id::kChapterTimeEnd:
-            return clockOf(value, 1);
-        case id::kDefaultDuration:
-            return value == 0 ? "" : fmt::format("{:.6g} a second", 1e9 / double(value));
-        case id::kSeekPosition:
-        case id::kCueClusterPosition:
-        case id::kClusterPosition:
-            return fmt::format("offset {}", value + context.segmentData);
-        default:
-            return {};
-    }
-}
-
-std::string meaningOf(const Element& element, const ValueContext& context) {
-    if (const auto* number = std::get_if<uint64_t>(&element.value))
-        return meaningOfNumber(element.id, *number, context);
-    const auto* real = std::get_if<double>(&element.value);
-    if (element.id != id::kDuration || real == nullptr) return {};
-    const double us = *real * double(context.scale) / 1000;
-    return us >= 0 && us < 9e18 ? clockTime(int64_t(us)) : std::string();
 }
 
 void readByType(CMatroskaNode* node, const ValueContext& context, Element& element) {
@@ -193,12 +113,17 @@ void readByType(CMatroskaNode* node, const ValueContext& context, Element& eleme
 
 }  // namespace
 
+std::optional<int64_t> unitsToUs(__int128 units, uint64_t scale) {
+    if (units < INT64_MIN || units > INT64_MAX) return std::nullopt;  // keeps the product within 128 bits
+    const __int128 us = units * scale / 1000;
+    return us < INT64_MIN || us > INT64_MAX ? std::nullopt : std::optional<int64_t>(int64_t(us));
+}
+
 void readElementValue(CMatroskaNode* node, const ValueContext& context, Element& element) {
     readByType(node, context, element);
     const bool isNumber = std::holds_alternative<uint64_t>(element.value);
     if (isNumber && node->Size() > sizeof(uint64_t))
         element.notes.emplace_back("longer than 8 bytes: the plug-in takes the last 8");
-    element.meaning = meaningOf(element, context);
 }
 
 }  // namespace mkvx

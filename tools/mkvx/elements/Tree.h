@@ -8,7 +8,8 @@
 #include <map>
 #include <string>
 
-#include "elements/Walk.h"
+#include "device/ElementWalk.h"
+#include "elements/Model.h"
 
 namespace mkvx {
 
@@ -19,11 +20,11 @@ struct TreeOptions {
     std::function<void(uint64_t offset)> onReached = [](uint64_t) {};  // hears how far the walk has come
 };
 
-class TreeListing {
+class TreeReader {
   public:
     // `file` names the source in failures.
-    TreeListing(const android::sp<android::DataSource>& source, const std::string& file,
-                const TreeOptions& options);
+    TreeReader(const android::sp<android::DataSource>& source, const std::string& file,
+               const TreeOptions& options);
 
     // The next item to list, with its value; nullopt at the end, and after an interruption.
     std::optional<TreeItem> next();
@@ -38,25 +39,22 @@ class TreeListing {
         LeftOut leftOut;
     };
 
-    Verdict judge(const TreeItem& item);
-    Verdict judgeAround(const TreeItem& item, uint64_t at);
-    bool isTooMany(const TreeItem& item);
-    void leaveOut(const TreeItem& item);
+    Verdict judge(const WalkItem& item);
+    Verdict judgeAround(const WalkItem& item, uint64_t at);
+    bool isTooMany(const WalkItem& item);
+    void leaveOut(const WalkItem& item);
     void closeRows(unsigned depth);
     void flush(unsigned depth);
-    void show(TreeItem item);
+    void show(WalkItem item);
 
     TreeOptions mOptions;
-    std::optional<TreeItem> mTarget;  // the deepest item that holds the byte `at`
+    std::optional<WalkItem> mTarget;  // the deepest item that holds the byte `at`
     bool mIsInTarget = false;
     ElementWalk mWalk;
     std::vector<Row> mRows;  // by depth
     std::deque<TreeItem> mReady;
     bool mIsOver = false;
 };
-
-// Does the item hold the byte? An element's header counts, its parent's end does not stop it.
-bool holds(const TreeItem& item, uint64_t at);
 
 // The items of the file that hold the byte, with values, from the top to the deepest. Throws UsageFailure
 // when there is none.

@@ -1,15 +1,15 @@
-#include "elements/TreeListing.h"
+#include "elements/Tree.h"
 
 #include <fmt/format.h>
 #include <algorithm>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
+#include "device/ElementTable.h"
+#include "elements/Meaning.h"
 
 namespace mkvx {
 namespace {
-
-namespace id = MatroskaExtReader::id;
 
 // How many siblings of one name a shortened listing shows.
 constexpr uint64_t kFewSiblings = 3, kManySiblings = 20;
@@ -19,18 +19,17 @@ bool isPlentiful(uint32_t id) {
     return id == id::kCluster || id == id::kCuePoint || id == id::kSimpleBlock || id == id::kBlockGroup;
 }
 
-uint32_t keyOf(const TreeItem& item) {
+uint32_t keyOf(const WalkItem& item) {
     const auto* element = std::get_if<Element>(&item.what);
     if (element == nullptr) return kGapKey;
     return element->info != nullptr ? element->id : kUnknownKey;
 }
 
 std::string rowName(uint32_t key) {
-    if (key == kGapKey) return "gap";
-    return key == kUnknownKey ? "unknown element" : MatroskaExtReader::FindElementInfo(key)->name;
+    return key == kGapKey ? "gap" : elementKind(key);
 }
 
-std::pair<uint64_t, uint64_t> extentOf(const TreeItem& item) {
+std::pair<uint64_t, uint64_t> extentOf(const WalkItem& item) {
     if (const auto* element = std::get_if<Element>(&item.what))
         return {element->offset, std::max(element->end, element->dataOffset)};
     const Gap& gap = std::get<Gap>(item.what);
@@ -38,23 +37,21 @@ std::pair<uint64_t, uint64_t> extentOf(const TreeItem& item) {
 }
 
 // The walk tells times by Info, so it always goes through that.
-bool isInfo(const TreeItem& item) {
+bool isInfo(const WalkItem& item) {
     const auto* element = std::get_if<Element>(&item.what);
     return element != nullptr && element->id == id::kInfo;
 }
 
-}  // namespace
-
-bool holds(const TreeItem& item, uint64_t at) {
+// An element's header counts, its parent's end does not stop it.
+bool holds(const WalkItem& item, uint64_t at) {
     const auto [from, to] = extentOf(item);
     return from <= at && at < to;
 }
 
-std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, const std::string& file,
-                            uint64_t at) {
-    ElementWalk walk(source);
-    std::vector<TreeItem> way;
-    while (std::optional<TreeItem> item = walk.next()) {  // bounded: skips what does not hold the byte
+// The items of the file that hold the byte.
+std::vector<WalkItem> walkTo(ElementWalk& walk, uint64_t at) {
+    std::vector<WalkItem> way;
+    while (std::optional<WalkItem> item = walk.next()) {  // bounded: skips what does not hold the byte
         if (item->depth < way.size()) break;              // the deepest one has ended
         if (!holds(*item, at)) {
             if (!isInfo(*item)) walk.skipChildren();
@@ -62,9 +59,20 @@ std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, cons
         }
         way.push_back(std::move(*item));
         auto* element = std::get_if<Element>(&way.back().what);
-        if (element != nullptr) walk.readValue(*element);
+        if (element != nullptr) readMeaningfully(walk, *element);
         if (element == nullptr || at < element->dataOffset) break;
     }
+    return way;
+}
+
+TreeItem asListed(WalkItem item) {
+    return std::visit([&](auto& what) { return TreeItem{item.depth, std::move(what)}; }, item.what);
+}
+
+std::vector<WalkItem> requireWay(const android::sp<android::DataSource>& source, const std::string& file,
+                                 uint64_t at) {
+    ElementWalk walk(source);
+    std::vector<WalkItem> way = walkTo(walk, at);
     throwIfInterrupted(file);
     if (way.empty())
         throw UsageFailure(fmt::format("{}: the file has no byte {}{}", file, at,
@@ -72,15 +80,24 @@ std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, cons
     return way;
 }
 
-TreeListing::TreeListing(const android::sp<android::DataSource>& source, const std::string& file,
-                         const TreeOptions& options)
-    : mOptions(options), mWalk(source) {
-    if (mOptions.at) mTarget = wayTo(source, file, *mOptions.at).back();
+}  // namespace
+
+std::vector<TreeItem> wayTo(const android::sp<android::DataSource>& source, const std::string& file,
+                            uint64_t at) {
+    std::vector<TreeItem> way;
+    for (WalkItem& item : requireWay(source, file, at)) way.push_back(asListed(std::move(item)));
+    return way;
 }
 
-std::optional<TreeItem> TreeListing::next() {
+TreeReader::TreeReader(const android::sp<android::DataSource>& source, const std::string& file,
+                       const TreeOptions& options)
+    : mOptions(options), mWalk(source) {
+    if (mOptions.at) mTarget = requireWay(source, file, *mOptions.at).back();
+}
+
+std::optional<TreeItem> TreeReader::next() {
     while (mReady.empty() && !mIsOver) {  // bounded by the walk
-        std::optional<TreeItem> item = mWalk.next();
+        std::optional<WalkItem> item = mWalk.next();
         if (wasInterrupted()) return std::nullopt;  // what came may be made of reads that failed
         if (item) mOptions.onReached(extentOf(*item).first);
         const Verdict verdict = item ? judge(*item) : Verdict::kStop;
@@ -105,7 +122,7 @@ std::optional<TreeItem> TreeListing::next() {
     return item;
 }
 
-TreeListing::Verdict TreeListing::judge(const TreeItem& item) {
+TreeReader::Verdict TreeReader::judge(const WalkItem& item) {
     const unsigned base = mTarget ? mTarget->depth + 1 : 0;
     if (mTarget) {
         const Verdict verdict = judgeAround(item, *mOptions.at);
@@ -120,7 +137,7 @@ TreeListing::Verdict TreeListing::judge(const TreeItem& item) {
 }
 
 // The way down to the target is shown, then whatever is in it; its siblings are not.
-TreeListing::Verdict TreeListing::judgeAround(const TreeItem& item, uint64_t at) {
+TreeReader::Verdict TreeReader::judgeAround(const WalkItem& item, uint64_t at) {
     if (item.depth > mTarget->depth) return mIsInTarget ? Verdict::kShow : Verdict::kPassOver;
     if (extentOf(item).first > at) return Verdict::kStop;
     if (holds(item, at)) {
@@ -132,7 +149,7 @@ TreeListing::Verdict TreeListing::judgeAround(const TreeItem& item, uint64_t at)
     return Verdict::kPassOver;
 }
 
-bool TreeListing::isTooMany(const TreeItem& item) {
+bool TreeReader::isTooMany(const WalkItem& item) {
     if (!mOptions.isShortened) return false;
     closeRows(item.depth + 1);
     if (mRows.size() <= item.depth) mRows.resize(item.depth + 1);
@@ -140,7 +157,7 @@ bool TreeListing::isTooMany(const TreeItem& item) {
     return ++mRows[item.depth].shown[key] > (isPlentiful(key) ? kFewSiblings : kManySiblings);
 }
 
-void TreeListing::leaveOut(const TreeItem& item) {
+void TreeReader::leaveOut(const WalkItem& item) {
     LeftOut& sum = mRows[item.depth].leftOut;
     const auto [from, to] = extentOf(item);
     if (sum.counts.empty()) sum.offset = from;
@@ -155,24 +172,24 @@ void TreeListing::leaveOut(const TreeItem& item) {
 }
 
 // The rows of `depth` and below have ended.
-void TreeListing::closeRows(unsigned depth) {
+void TreeReader::closeRows(unsigned depth) {
     while (mRows.size() > depth) {
         flush(unsigned(mRows.size() - 1));
         mRows.pop_back();
     }
 }
 
-void TreeListing::flush(unsigned depth) {
+void TreeReader::flush(unsigned depth) {
     LeftOut& sum = mRows[depth].leftOut;
     if (!sum.counts.empty()) mReady.push_back(TreeItem{depth, std::move(sum)});
     sum = LeftOut();
 }
 
-void TreeListing::show(TreeItem item) {
+void TreeReader::show(WalkItem item) {
     if (mRows.size() > item.depth) flush(item.depth);
-    if (auto* element = std::get_if<Element>(&item.what)) mWalk.readValue(*element);
-    item.isAsked = mTarget && item.depth == mTarget->depth;
-    mReady.push_back(std::move(item));
+    if (auto* element = std::get_if<Element>(&item.what)) readMeaningfully(mWalk, *element);
+    mReady.push_back(asListed(std::move(item)));
+    mReady.back().isAsked = mTarget && mReady.back().depth == mTarget->depth;
 }
 
 }  // namespace mkvx

@@ -1,10 +1,10 @@
-// Elements as text and as JSON: what the tree and its explanations have in common. Texts of the file come out
-// printable.
+// Elements as text: what the tree and its explanations have in common, and what JSON says in the same words.
+// Texts of the file come out printable.
 #pragma once
 #include <string>
+#include <vector>
 
-#include "base/Json.h"
-#include "elements/Model.h"
+#include "device/Element.h"
 
 namespace mkvx {
 
@@ -15,8 +15,7 @@ std::string valueText(const Element& element);
 std::string sizeText(const Element& element);
 // "01 64 00 1F"
 std::string hexBytes(const std::vector<uint8_t>& bytes);
-
-// The members offset, header, size, end, id, name, type, value, meaning, block and notes, where they apply.
-Json elementJson(const Element& element);
+// ISO 8601, with as many decimals as it takes.
+std::string dateText(DateValue date);
 
 }  // namespace mkvx

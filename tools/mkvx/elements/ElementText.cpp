@@ -1,4 +1,4 @@
-#include "elements/RenderElement.h"
+#include "elements/ElementText.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -6,11 +6,10 @@
 #include <ctime>
 
 #include "base/Text.h"
+#include "device/ElementTable.h"
 
 namespace mkvx {
 namespace {
-
-namespace id = MatroskaExtReader::id;
 
 constexpr int64_t kYear2001 = 978307200;  // seconds since 1970
 
@@ -41,25 +40,9 @@ std::string blockText(uint32_t id, const BlockValue& block) {
     return text + frameText(block);
 }
 
-// ISO 8601, with as many decimals as it takes.
-std::string dateText(DateValue date) {
-    int64_t seconds = date.ns / 1000000000, rest = date.ns % 1000000000;
-    if (rest < 0) {
-        --seconds;
-        rest += 1000000000;
-    }
-    const std::time_t time = kYear2001 + seconds;
-    std::string text = fmt::format("{:%Y-%m-%dT%H:%M:%S}", fmt::gmtime(time));
-    if (rest != 0) {
-        text += fmt::format(".{:09}", rest);
-        text.erase(text.find_last_not_of('0') + 1);
-    }
-    return text + "Z";
-}
-
 std::string idValueText(const IdValue& value) {
-    return value.info == nullptr ? "unknown ID " + idText(value.id)
-                                 : fmt::format("{} ({})", value.info->name, idText(value.id));
+    const std::string name = elementName(value.id);
+    return findElement(value.id) == nullptr ? name : fmt::format("{} ({})", name, idText(value.id));
 }
 
 std::string binaryText(const BinaryValue& value) {
@@ -69,43 +52,6 @@ std::string binaryText(const BinaryValue& value) {
 std::string quoted(const TextValue& value) {
     return fmt::format("\"{}\"{}", printable(value.head), value.isCut ? "..." : "");
 }
-
-Json blockJson(uint32_t id, const BlockValue& block) {
-    static const char* const kLacings[] = {"none", "xiph", "fixed", "ebml"};
-    Json object;
-    object["track"] = block.track;
-    object["timecode"] = block.timecode;
-    if (block.timeUs) object["time_us"] = *block.timeUs;
-    object["flags"] = block.flags;
-    if (id == id::kSimpleBlock) object["key"] = (block.flags & 0x80) != 0;
-    object["lacing"] = kLacings[block.flags >> 1 & 3];
-    object["frames"] = block.frames;
-    return object;
-}
-
-// Puts what kind of value there is into the object.
-struct ValueToJson {
-    const Element& element;
-    Json& object;
-
-    void operator()(std::monostate) const {}
-    void operator()(uint64_t value) const { object["value"] = value; }
-    void operator()(int64_t value) const { object["value"] = value; }
-    void operator()(double value) const { object["value"] = value; }
-    void operator()(const TextValue& value) const {
-        object["value"] = value.head;
-        if (value.isCut) object["cut"] = true;
-    }
-    void operator()(const BinaryValue& value) const {
-        std::string hex;
-        for (const uint8_t byte : value.head) hex += fmt::format("{:02x}", byte);
-        object["value"] = hex;
-        if (value.size > value.head.size()) object["cut"] = true;
-    }
-    void operator()(const IdValue& value) const { object["value"] = idText(value.id); }
-    void operator()(const DateValue& value) const { object["value"] = dateText(value); }
-    void operator()(const BlockValue& value) const { object["block"] = blockJson(element.id, value); }
-};
 
 struct ValueToText {
     const Element& element;
@@ -123,6 +69,21 @@ struct ValueToText {
 
 }  // namespace
 
+std::string dateText(DateValue date) {
+    int64_t seconds = date.ns / 1000000000, rest = date.ns % 1000000000;
+    if (rest < 0) {
+        --seconds;
+        rest += 1000000000;
+    }
+    const std::time_t time = kYear2001 + seconds;
+    std::string text = fmt::format("{:%Y-%m-%dT%H:%M:%S}", fmt::gmtime(time));
+    if (rest != 0) {
+        text += fmt::format(".{:09}", rest);
+        text.erase(text.find_last_not_of('0') + 1);
+    }
+    return text + "Z";
+}
+
 std::string valueText(const Element& element) {
     const std::string text = std::visit(ValueToText{element}, element.value);
     return element.meaning.empty() ? text : fmt::format("{} ({})", text, element.meaning);
@@ -137,21 +98,6 @@ std::string hexBytes(const std::vector<uint8_t>& bytes) {
     std::string text;
     for (const uint8_t byte : bytes) text += fmt::format("{}{:02X}", text.empty() ? "" : " ", byte);
     return text;
-}
-
-Json elementJson(const Element& element) {
-    Json object;
-    object["offset"] = element.offset;
-    object["header"] = element.dataOffset - element.offset;
-    object["size"] = element.hasUnknownSize ? Json(nullptr) : Json(element.size);
-    object["end"] = element.end;
-    object["id"] = idText(element.id);
-    if (element.info != nullptr) object["name"] = element.info->name;
-    object["type"] = typeName(element.info);
-    std::visit(ValueToJson{element, object}, element.value);
-    if (!element.meaning.empty()) object["meaning"] = element.meaning;
-    if (!element.notes.empty()) object["notes"] = element.notes;
-    return object;
 }
 
 }  // namespace mkvx

@@ -1,7 +1,9 @@
 """The device build compiles exactly the sources that the host build compiles, and exports by the same list. Its include
 path, where extractor/ comes first, hides none of the system's headers."""
+import os
 import pathlib
 import re
+import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
@@ -37,7 +39,7 @@ def test_no_attribute_is_newer_than_the_standard():
 
 
 # Of <utils/...> in the Lollipop line, those that today's package no longer has.
-GONE_SINCE = ("BasicHashtable.h", "BlobCache.h", "GenerationCache.h", "LinearTransform.h", "SharedBuffer.h", "Static.h")
+GONE_SINCE = ("BasicHashtable.h", "BlobCache.h", "LinearTransform.h", "SharedBuffer.h")
 
 
 def test_no_header_hides_one_of_the_system():
@@ -46,3 +48,36 @@ def test_no_header_hides_one_of_the_system():
     assert "refbase.h" in systems
     ours = {p.name.lower() for p in (ROOT / "extractor" / "utils").glob("*.h")}
     assert not ours & (systems | {name.lower() for name in GONE_SINCE})
+
+
+def exports():
+    """What lollipop-exports.txt lists: by library, the names."""
+    sections = {}
+    for line in (pathlib.Path(__file__).parent / "lollipop-exports.txt").read_text().splitlines():
+        if line.startswith("["):
+            names = sections.setdefault(line.strip("[]"), set())
+        elif line and not line.startswith("#"):
+            assert line not in names
+            names.add(line)
+    return sections
+
+
+def wanted(library):
+    """Names of the framework that the library takes from elsewhere, as a 32-bit library spells them."""
+    table = subprocess.run(["readelf", "--dyn-syms", "--wide", "--demangle", library], capture_output=True, text=True, check=True)
+    names = {row[7] for line in table.stdout.splitlines()
+             if len(row := line.split(maxsplit=7)) == 8 and row[6] == "UND" and "android::" in row[7]}
+    if library.read_bytes()[4] == 1:  # ELFCLASS32
+        return names
+    # Of the two eight-byte types of a 64-bit library one is size_t, the other int64_t.
+    names = {re.sub(r"\bunsigned long\b", "unsigned int", name) for name in names}
+    return {re.sub(r"\blong\b", "long long", name) for name in names}
+
+
+def test_a_device_has_what_the_plugin_wants():
+    """Nothing newer than Lollipop, nothing of the host platform's own, and no type information."""
+    listed_names = exports()
+    host_only = listed_names.pop("host only")
+    found = wanted(pathlib.Path(os.environ["MKVX_BUILD"]) / "lib" / "libmatroska_ext.so")
+    assert found - host_only <= set.union(*listed_names.values()), "these are not in the list"
+    assert found & host_only == host_only, "listed as the host's, and no longer wanted"

@@ -2,67 +2,42 @@
 
 #include <algorithm>
 
-#include "matroska/reader/Lacing.h"
-#include "matroska/reader/MatroskaReader.h"
+#include "device/ElementTable.h"
+#include "device/ElementWalk.h"
 
 namespace mkvx {
 namespace {
 
-namespace id = MatroskaExtReader::id;
-using android::sp;
-using MatroskaExtReader::CMatroskaFile;
-using MatroskaExtReader::CMatroskaNode;
-using MatroskaExtReader::CUInt;
-using MatroskaExtReader::LossKind;
-using MatroskaExtReader::SimpleBlock;
-using MatroskaExtReader::TrackEntry;
+constexpr size_t kMostDepth = 16;  // of masters whose children are told apart
 
-constexpr int kMostDepth = 16;
-
-bool isMaster(uint32_t elementId) {
-    const MatroskaExtReader::ElementInfo* info = MatroskaExtReader::FindElementInfo(elementId);
-    return info != nullptr && info->type == MatroskaExtReader::ElementType::kMaster;
-}
-
-// Where an element stands.
-struct Place {
-    int depth = 0;
-    uint32_t parent = 0, grandparent = 0;
-
-    Place below(uint32_t elementId) const { return {depth + 1, elementId, parent}; }
-    // Reading looks for blocks in the Segment's Clusters only.
-    bool holdsBlocks(uint32_t blockId) const {
-        return blockId == id::kSimpleBlock
-                   ? parent == id::kCluster && depth == 2
-                   : parent == id::kBlockGroup && grandparent == id::kCluster && depth == 3;
-    }
-};
-
-class ByteWalk {
+class ByteCount {
   public:
-    ByteWalk(CMatroskaFile& file, const std::function<void(uint64_t)>& onBytes)
-        : mFile(file), mOnBytes(onBytes) {}
+    ByteCount(const android::sp<android::DataSource>& source, const std::function<void(uint64_t)>& onBytes)
+        : mWalk(source, ElementWalk::Knows::kDocument), mOnBytes(onBytes) {}
 
-    ByteAccount walk() {
-        const sp<CMatroskaNode> root = new CMatroskaNode(&mFile);
-        sp<CMatroskaNode> child = root->Child(0, true);
-        if (child != nullptr) {
-            do topLevel(*child);
-            while (child->Next(false));  // bounded: every step moves forward
+    ByteAccount run() {
+        while (const std::optional<WalkItem> item = mWalk.next()) {  // bounded by the walk
+            const auto* element = std::get_if<Element>(&item->what);
+            if (element == nullptr) continue;  // it is what is left over in front of the next element
+            leave(item->depth);
+            if (item->depth == 0)
+                topLevel(*element);
+            else
+                within(*element);
         }
-        count(mAccount.unreachable, mFile.Length());
+        leave(0);
+        count(mAccount.unreachable, mWalk.end());
         return std::move(mAccount);
     }
 
   private:
     // Everything from where the count stands up to `end`.
     void count(uint64_t& share, uint64_t end) {
-        end = std::min(end, mFile.Length());
-        if (end > mAt) {
-            share += end - mAt;
-            if (mOnBytes) mOnBytes(end - mAt);
-            mAt = end;
-        }
+        end = std::min(end, mWalk.end());
+        if (end <= mAt) return;
+        share += end - mAt;
+        if (mOnBytes) mOnBytes(end - mAt);
+        mAt = end;
     }
 
     // What is left over in front of the element at `start`.
@@ -70,116 +45,99 @@ class ByteWalk {
         if (start <= mAt) return;
         ++mAccount.damageCount;
         if (mAccount.damages.size() < ByteAccount::kMostKept)
-            mAccount.damages.push_back({mAt, std::min(start, mFile.Length()) - mAt});
+            mAccount.damages.push_back({mAt, std::min(start, mWalk.end()) - mAt});
         count(mAccount.damaged, start);
     }
 
-    void topLevel(const CMatroskaNode& node) {
-        count(mAccount.unreachable, node.HeaderStart());
-        if (node.Id() == id::kSegment && mAccount.segments++ == 0) {
-            element(node, {});
-            if (!node.HasUnknownSize() && node.PayloadEnd() > mFile.Length())
-                mAccount.missing = node.PayloadEnd() - mFile.Length();
-        } else if (node.Id() == id::kEbml && node.HeaderStart() == 0) {
-            element(node, {});
+    // The masters at `depth` and below have ended.
+    void leave(size_t depth) {
+        for (; mWay.size() > depth; mWay.pop_back()) {
+            const Element& master = mWay.back();
+            const bool isOpen = master.hasUnknownSize && master.id == id::kCluster;
+            if (!isOpen && master.size > 0) countGap(std::min(master.end, mWalk.end()));
+        }
+    }
+
+    void topLevel(const Element& element) {
+        count(mAccount.unreachable, element.offset);
+        if (element.id == id::kSegment && mAccount.segments++ == 0) {
+            within(element);
+            if (!element.hasUnknownSize) noteMissing(element);
+        } else if (element.id == id::kEbml && element.offset == 0) {
+            within(element);
         } else {
-            count(node.Id() == id::kVoid ? mAccount.padding : mAccount.unreachable, node.End());
+            count(element.id == id::kVoid ? mAccount.padding : mAccount.unreachable, element.end);
+            mWalk.skipChildren();
         }
     }
 
-    void element(const CMatroskaNode& node, Place place) {
-        countGap(node.HeaderStart());
-        if (node.Id() == id::kVoid || node.Id() == id::kCrc32) return count(mAccount.padding, node.End());
-        if (node.Id() == id::kSimpleBlock || node.Id() == id::kBlock)
-            return place.holdsBlocks(node.Id()) ? block(node) : count(mAccount.unreachable, node.End());
-        count(mAccount.metadata, node.DataStart());
-        if (node.Id() == id::kCluster) ++mAccount.clusters;
-        if (node.Id() == id::kClusterTimecode) takeTimecode(node);
-        if (isMaster(node.Id()) && place.depth < kMostDepth) return children(node, place.below(node.Id()));
-        count(mAccount.metadata, node.End());
+    void within(const Element& element) {
+        countGap(element.offset);
+        if (element.id == id::kVoid || element.id == id::kCrc32) return count(mAccount.padding, element.end);
+        if (element.id == id::kSimpleBlock || element.id == id::kBlock)
+            return isReached(element.id) ? block(element) : count(mAccount.unreachable, element.end);
+        count(mAccount.metadata, element.dataOffset);
+        if (element.id == id::kCluster) ++mAccount.clusters;
+        if (element.id == id::kClusterTimecode) takeTime(element);
+        if (isMaster(element.info) && mWay.size() < kMostDepth) return mWay.push_back(element);
+        count(mAccount.metadata, element.end);
+        mWalk.skipChildren();
     }
 
-    void children(const CMatroskaNode& node, Place place) {
-        const sp<CMatroskaNode> child = node.Child(0, true);
-        if (child != nullptr) {
-            do element(*child, place);
-            while (child->Next(false));  // bounded: every step moves forward
-        }
-        const bool isOpen = node.HasUnknownSize() && node.Id() == id::kCluster;
-        if (!isOpen && node.Size() > 0) countGap(std::min(node.End(), mFile.Length()));
+    // Reading looks for blocks in the Segment's Clusters only.
+    bool isReached(uint32_t blockId) const {
+        const size_t depth = mWay.size();
+        return blockId == id::kSimpleBlock
+                   ? depth == 2 && mWay[1].id == id::kCluster
+                   : depth == 3 && mWay[2].id == id::kBlockGroup && mWay[1].id == id::kCluster;
     }
 
     // A Cluster without a time goes on with the time of the one before, as it does where it is delivered.
-    void takeTimecode(const CMatroskaNode& node) {
-        CUInt value;
-        mFile.SeekTo(node.DataStart());
-        const sp<CMatroskaNode> copy = node.Copy();
-        if (!MatroskaExtReader::Failed(value.Parse(copy.get()))) mTimecode = value.Get();
+    void takeTime(Element element) {
+        if (!std::holds_alternative<uint64_t>(element.value)) mWalk.readValue(element);  // in another place
+        if (const auto* time = std::get_if<uint64_t>(&element.value)) mTime = *time;
     }
 
-    void block(const CMatroskaNode& node) {
-        SimpleBlock block;
-        const sp<CMatroskaNode> copy = node.Copy();
-        (void)block.Parse(copy.get());  // what cannot be read counts as zeros
-        count(mAccount.metadata, std::min(block.DataPosition, node.End()));
-        const uint64_t number = block.TrackNumber.Get();
-        const TrackEntry* track = number <= UINT32_MAX ? mFile.FindTrack(uint32_t(number)) : nullptr;
-        const bool isNew = mAccount.blocks.count(number) == 0;
-        if (isNew && mAccount.blocks.size() >= MatroskaExtReader::limit::kTrackEntries)
-            return count(mAccount.unreachable, node.End());
-        BlockTally& tally = mAccount.blocks[number];
+    void noteMissing(const Element& element) {
+        if (element.payloadEnd > mWalk.end()) mAccount.missing = element.payloadEnd - mWalk.end();
+    }
+
+    void block(const Element& element) {
+        const BlockReading reading = mWalk.readBlock(mTime);
+        count(mAccount.metadata, std::min(reading.dataOffset, element.end));
+        const bool isNew = mAccount.blocks.count(reading.track) == 0;
+        if (isNew && mAccount.blocks.size() >= ElementWalk::kMostTracks)
+            return count(mAccount.unreachable, element.end);
+        BlockTally& tally = mAccount.blocks[reading.track];
+        add(element, reading, tally);
+        if (!mAccount.missing) noteMissing(element);  // in a Segment of unknown size
+        if (!reading.hasTrack) return count(mAccount.unreachable, element.end);
+        count(reading.isRefused ? mAccount.damaged : tally.payload, element.end);
+    }
+
+    static void add(const Element& element, const BlockReading& reading, BlockTally& tally) {
         ++tally.blocks;
-        if (node.PayloadEnd() > mFile.Length() && !mAccount.missing)  // in a Segment of unknown size
-            mAccount.missing = node.PayloadEnd() - mFile.Length();
-        noteTime(node, block, tally);
-        const uint64_t end = std::min(node.End(), mFile.Length());
-        if (track == nullptr) return count(mAccount.unreachable, end);
-        if (!isReadable(*copy, block, *track, tally)) return count(mAccount.damaged, end);
-        count(tally.payload, end);
+        if (reading.isTimeWrapped && tally.wrapped++ == 0) tally.firstWrapped = element.offset;
+        if (reading.laces) ++tally.laced;
+        tally.laces += reading.laces.value_or(0);
+        if (!reading.isRefused || tally.refused++ > 0) return;
+        tally.firstRefused = element.offset;
+        tally.refusedFor = reading.refusedFor.value_or(LossKind{});
     }
 
-    bool isReadable(CMatroskaNode& node, SimpleBlock& block, const TrackEntry& track, BlockTally& tally) {
-        uint64_t before[kLossKinds];
-        for (size_t i = 0; i < kLossKinds; ++i) before[i] = mFile.Losses.Count(LossKind(i));
-        (void)block.GetSize(&node, &track);
-        if (!block.IsRefused() && block.Lacing() != MatroskaExtReader::kLacingNone) {
-            if (block.FrameSizes.empty()) (void)block.ParseData(&node, &track, true);
-            ++tally.laced;
-            tally.laces += block.FrameSizes.size();
-        }
-        if (!block.IsRefused()) return true;
-        if (tally.refused++ == 0) {
-            tally.firstRefused = node.HeaderStart();
-            for (size_t i = 0; i < kLossKinds; ++i)
-                if (mFile.Losses.Count(LossKind(i)) > before[i]) tally.refusedFor = LossKind(i);
-        }
-        return false;
-    }
-
-    void noteTime(const CMatroskaNode& node, const SimpleBlock& block, BlockTally& tally) {
-        const int64_t relative = block.TimeCode.Get();
-        const uint64_t most = mFile.TimecodeScale() == 0 ? UINT64_MAX : UINT64_MAX / mFile.TimecodeScale();
-        const bool isBeforeZero = relative < 0 && uint64_t(-relative) > mTimecode;
-        if (!isBeforeZero && mTimecode <= most) return;
-        if (tally.wrapped++ == 0) tally.firstWrapped = node.HeaderStart();
-    }
-
-    static constexpr size_t kLossKinds = size_t(LossKind::kRefusedAllocation) + 1;
-
-    CMatroskaFile& mFile;
+    ElementWalk mWalk;
     const std::function<void(uint64_t)>& mOnBytes;
     ByteAccount mAccount;
+    std::vector<Element> mWay;  // the masters that the walk is in
     uint64_t mAt = 0;
-    uint64_t mTimecode = 0;
+    uint64_t mTime = 0;  // of the Cluster, in timecode units
 };
 
 }  // namespace
 
-ByteAccount accountBytes(const sp<android::DataSource>& source,
+ByteAccount accountBytes(const android::sp<android::DataSource>& source,
                          const std::function<void(uint64_t)>& onBytes) {
-    CMatroskaFile file(source);
-    (void)file.Init();  // what it finds is what there is
-    return ByteWalk(file, onBytes).walk();
+    return ByteCount(source, onBytes).run();
 }
 
 }  // namespace mkvx

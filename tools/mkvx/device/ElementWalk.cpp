@@ -20,10 +20,11 @@ using MatroskaExtReader::TrackEntry;
 
 constexpr size_t kLossCounts = size_t(LossKind::kRefusedAllocation) + 1;
 
-uint64_t numberAt(CMatroskaNode* node) {
+// Gives the element its value where there is one. 0 where it cannot be read, as the reader takes it.
+uint64_t takeNumber(CMatroskaNode* node, Element& element) {
     CUInt value;
     node->File()->SeekTo(node->DataStart());
-    (void)value.Parse(node);  // 0 when it cannot be read, as the reader takes it
+    if (!MatroskaExtReader::Failed(value.Parse(node))) element.value = value.Get();
     return value.Get();
 }
 
@@ -79,7 +80,7 @@ struct ElementWalk::State {
         return WalkItem{unsigned(levels.size() - 1), std::move(what)};
     }
     void noteDamage(Element& element, const Level& level) const;
-    void remember(const Element& element);
+    void remember(Element& element);
     void judgeContent(CMatroskaNode* node, SimpleBlock& block, const TrackEntry& track,
                       BlockReading& reading);
     bool wraps(uint64_t clusterTime, int64_t relative) const;
@@ -178,13 +179,13 @@ void ElementWalk::State::noteDamage(Element& element, const Level& level) const 
 }
 
 // What later values are told by, where the reader takes it from.
-void ElementWalk::State::remember(const Element& element) {
+void ElementWalk::State::remember(Element& element) {
     if (!belongsIn(element.info, levels.back().parentId)) return;
     CMatroskaNode* node = levels.back().node.get();
     if (element.id == id::kSegment) context.segmentData = element.dataOffset;
     if (element.id == id::kCluster) context.clusterTime.reset();
-    if (element.id == id::kTimecodeScale) context.scale = numberAt(node);
-    if (element.id == id::kClusterTimecode) context.clusterTime = numberAt(node);
+    if (element.id == id::kTimecodeScale) context.scale = takeNumber(node, element);
+    if (element.id == id::kClusterTimecode) context.clusterTime = takeNumber(node, element);
 }
 
 BlockReading ElementWalk::State::readBlock(uint64_t clusterTime) {

@@ -57,7 +57,8 @@ class ElementWalk {
     ElementWalk(const ElementWalk&) = delete;
     ElementWalk& operator=(const ElementWalk&) = delete;
 
-    // The next element or gap, with neither value nor meaning; nullopt at the end of the file.
+    // The next element or gap; nullopt at the end of the file. An element's value is there only where the
+    // walk itself had to read it, which goes for a Cluster's Timestamp.
     std::optional<WalkItem> next();
     // The last item's children are not wanted. Without this the next item is the first of them.
     void skipChildren();

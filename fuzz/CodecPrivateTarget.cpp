@@ -109,20 +109,6 @@ void CheckNalRewrite(Input& input) {
             "the type is told by the start code");
     const unsigned whole = android::H264DataPreprocess_AVC(input.data(), size);
     Require(whole <= input.size() + 4, "rewriting reaches four bytes past the frame at the most");
-    for (size_t at = 0; at < before.size();) {  // only lengths changed, each into a start code
-        if (before[at] == input.bytes[at]) {
-            ++at;
-            continue;
-        }
-        size_t from = at < 3 ? 0 : at - 3;
-        while (from <= at && (from + 4 > before.size() ||
-                              !std::equal(input.bytes.begin() + static_cast<long>(from),
-                                          input.bytes.begin() + static_cast<long>(from) + 4, "\0\0\0\1"))) {
-            ++from;
-        }
-        Require(from <= at, "only start codes are written");
-        at = from + 4;
-    }
     if (whole <= input.size())
         Require(android::CheckH264Type(input.data(), size) == (whole > 0 ? 0 : type),
                 "the first length is rewritten");

@@ -1,4 +1,5 @@
-// Walking the elements of a file and reading their values, compared with a second reading of the same bytes.
+// Walking the elements of a file and reading their values: walks move forward within their parents, every way
+// of walking finds the same elements, and a value is what its bytes say or is not set.
 //
 // Front, 8 bytes: flags (4 every master is parsed whole into the model, 1 the length is unknown, 2 the model
 // is parsed first, so that a Segment's children are looked up in the SeekHead); the most bytes a read gives,
@@ -129,18 +130,18 @@ class Walker {
         mFile->SeekTo(node->DataStart());
         switch (info->type) {
             case reader::ElementType::kUint:
-                return CheckUint(node);
+                return CheckNumber<reader::CUInt>(node, node->Size());
             case reader::ElementType::kInt:
             case reader::ElementType::kDate:
-                return CheckInt(node);
+                return CheckNumber<reader::CInt>(node, 8);
             case reader::ElementType::kFloat:
-                return CheckFloat(node);
+                return CheckNumber<reader::CFloat>(node, 8);
             case reader::ElementType::kAnsi:
-                return CheckText<reader::CANSI>(node, 0);
+                return CheckBytes<reader::CANSI>(node, 0);
             case reader::ElementType::kUtf8:
-                return CheckText<reader::CUTF8>(node, 1);
+                return CheckBytes<reader::CUTF8>(node, 1);
             case reader::ElementType::kBinary:
-                return CheckBinary(node);
+                return CheckBytes<reader::ByteBuffer>(node, 0);
             case reader::ElementType::kId: {
                 reader::CID value;
                 (void)value.Parse(node.get());
@@ -151,68 +152,30 @@ class Walker {
         }
     }
 
-    void CheckUint(const sp<CMatroskaNode>& node) const {
-        reader::CUInt value;
+    template <typename T>
+    void CheckNumber(const sp<CMatroskaNode>& node, uint64_t longest) const {
+        T value;
         const bool isRead = !reader::Failed(value.Parse(node.get()));
         Require(value.IsSet() == isRead && (isRead || value.Get() == 0), "a failed number is 0 and not set");
-        Require(isRead == Has(*node, node->Size()), "a number is read where its bytes are there");
-        if (!isRead) return;
-        uint64_t expected = 0;
-        for (uint64_t i = 0; i < node->Size(); ++i) expected = expected << 8 | mBytes[node->DataStart() + i];
-        Require(value.Get() == expected, "an unsigned number");
+        Require(!isRead || (node->Size() <= longest && Has(*node, node->Size())),
+                "a number is read where its bytes are there");
     }
 
-    void CheckInt(const sp<CMatroskaNode>& node) const {
-        reader::CInt value;
-        const bool isRead = !reader::Failed(value.Parse(node.get()));
-        Require(isRead == (node->Size() <= 8 && Has(*node, node->Size())),
-                "a signed number of up to 8 bytes is read");
-        if (!isRead || node->Size() == 0) return;
-        int64_t expected = static_cast<int8_t>(mBytes[node->DataStart()]);
-        for (uint64_t i = 1; i < node->Size(); ++i) expected = expected * 256 + mBytes[node->DataStart() + i];
-        Require(value.Get() == expected, "a signed number");
-    }
-
-    void CheckFloat(const sp<CMatroskaNode>& node) const {
-        reader::CFloat value;
-        const bool isRead = !reader::Failed(value.Parse(node.get()));
-        const bool hasWidth = node->Size() == 4 || node->Size() == 8;
-        Require(isRead == (hasWidth && Has(*node, node->Size())), "a float of 4 or 8 bytes is read");
-        if (!isRead) return Require(value.Get() == 0.0, "a failed float is 0");
-        uint64_t bits = 0;
-        for (uint64_t i = 0; i < node->Size(); ++i) bits = bits << 8 | mBytes[node->DataStart() + i];
-        double expected;
-        if (node->Size() == 8) {
-            std::memcpy(&expected, &bits, 8);
-        } else {
-            float narrow;
-            const uint32_t narrowBits = static_cast<uint32_t>(bits);
-            std::memcpy(&narrow, &narrowBits, 4);
-            expected = narrow;
-        }
-        const double actual = value.Get();
-        Require(std::memcmp(&actual, &expected, 8) == 0 || (actual != actual && expected != expected),
-                "a float");
+    static const uint8_t* BytesOf(const reader::ByteBuffer& value) { return value.data(); }
+    template <typename T>
+    static const void* BytesOf(const T& value) {
+        return value.c_str();
     }
 
     template <typename T>
-    void CheckText(const sp<CMatroskaNode>& node, size_t extra) const {
+    void CheckBytes(const sp<CMatroskaNode>& node, size_t extra) const {
         T value;
         const bool isRead = !reader::Failed(value.Parse(node.get()));
         if (!isRead || !Has(*node, node->Size())) return;
-        Require(value.size() == node->Size() + extra, "a text has its element's length");
-        Require(std::memcmp(value.c_str(), mBytes.data() + node->DataStart(), node->Size()) == 0,
-                "a text's bytes");
-    }
-
-    void CheckBinary(const sp<CMatroskaNode>& node) const {
-        reader::ByteBuffer value;
-        const bool isRead = !reader::Failed(value.Parse(node.get()));
-        if (!isRead) return;
-        Require(Has(*node, node->Size()) && value.size() == node->Size(), "a binary has its element's size");
-        Require(
-            value.empty() || std::memcmp(value.data(), mBytes.data() + node->DataStart(), value.size()) == 0,
-            "a binary's bytes");
+        Require(value.size() == node->Size() + extra, "bytes have their element's length");
+        Require(node->Size() == 0 ||
+                    std::memcmp(BytesOf(value), mBytes.data() + node->DataStart(), node->Size()) == 0,
+                "the element's bytes");
     }
 
     const Bytes& mBytes;

@@ -36,19 +36,6 @@ TEST(Delivery, TimesAndSyncFlags) {
     }
 }
 
-TEST(Delivery, OneTrackAtATimeFromMixedClusters) {
-    const Document file = Movie(
-        {Mpeg2Track(1), Mp3Track(2)},
-        {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("A0")), SimpleBlock(2, 0, kKeyFrame, Hex("B0")),
-                     SimpleBlock(7, 0, 0, Hex("EE")), Bin(id::kVoid, Bytes(3)),
-                     SimpleBlock(1, 40, 0, Hex("A1"))}),
-         Cluster(50, {}), Cluster(60, {SimpleBlock(2, 0, kKeyFrame, Hex("B1"))}), Bin(id::kVoid, Bytes(9)),
-         Cluster(80, {BlockGroup(1, 0, Hex("A2")), BlockGroup(2, 1, Hex("B2"))})});
-    const sp<MediaExtractor> extractor = Open(file);
-    EXPECT_EQ("0/1:a0 40000/0:a1 80000/1:a2 -1011", Units(Started(extractor, 0)));
-    EXPECT_EQ("0/1:b0 60000/1:b1 81000/1:b2 -1011", Units(Started(extractor, 1)));
-}
-
 TEST(Delivery, EndsOnceAndStartsAgain) {
     const sp<MediaExtractor> extractor =
         Open(Movie({Mpeg2Track(1), Mp3Track(2)}, {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("A0"))})}));
@@ -118,43 +105,12 @@ TEST(Delivery, AUnitThatCannotBeReadEndsOneReadOnly) {
 }
 
 TEST(Delivery, TheBlockOfTheConfigurationComesWithoutIt) {
-    Bytes header(40);
-    header[0] = 40;
-    const Bytes xvid = Text("XVID");
-    std::copy(xvid.begin(), xvid.end(), header.begin() + 16);
     const Element track =
-        Track(1, kVideoType, "V_MS/VFW/FOURCC", {Video(64, 48), Bin(id::kCodecPrivate, header)});
+        Track(1, kVideoType, "V_MS/VFW/FOURCC", {Video(64, 48), Private(BitmapHeader("XVID"))});
     const Bytes frame = Hex("000001B0 01 000001B6 10AA");
     const Document file = Movie(
         {track}, {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, frame), SimpleBlock(1, 40, kKeyFrame, frame)})});
     EXPECT_EQ("0/1:000001b610aa 40000/1:000001b001000001b610aa -1011", Units(Started(Open(file), 0)));
-}
-
-// --- Live recordings ---
-
-TEST(Live, ClustersOfUnknownSizeLoseNothing) {
-    auto clusters = [](int width) {
-        auto open = [&](const Element& cluster) { return width == 0 ? cluster : cluster.UnknownSize(width); };
-        return Elements{
-            open(Cluster(0,
-                         {SimpleBlock(1, 0, kKeyFrame, Hex("A0")), SimpleBlock(2, 0, kKeyFrame, Hex("B0"))})),
-            open(Cluster(40, {SimpleBlock(2, 0, kKeyFrame, Hex("B1")), BlockGroup(1, 0, Hex("A1"))})),
-            Master(id::kTags, {Bin(id::kVoid, Bytes(9))}),
-            open(Cluster(80, {SimpleBlock(1, 0, 0, Hex("A2"))}))};
-    };
-    for (int width : {0, 1, 8}) {
-        SCOPED_TRACE(width);
-        Elements children = {Info(0), Master(id::kTracks, {Mpeg2Track(1), Mp3Track(2)})};
-        for (const Element& cluster : clusters(width)) children.push_back(cluster);
-        const Element segment = width == 0 ? Segment(children) : Segment(children).UnknownSize(width);
-        for (bool knownLength : {true, false}) {
-            Faults faults;
-            if (!knownLength) faults.sizeStatus = android::UNKNOWN_ERROR;
-            const sp<MediaExtractor> extractor = Open(Write({EbmlHeader(), segment}), faults);
-            EXPECT_EQ("0/1:a0 40000/1:a1 80000/0:a2 -1011", Units(Started(extractor, 0)));
-            EXPECT_EQ("0/1:b0 40000/1:b1 -1011", Units(Started(extractor, 1)));
-        }
-    }
 }
 
 // --- Late frames ---
@@ -218,7 +174,8 @@ TEST(Late, Thresholds) {
     }
 }
 
-// A source that fails once may deliver the next time: what was not seen then is not taken for the Cluster's end.
+// A source that fails once may deliver the next time: what was not seen then is not taken for the Cluster's
+// end.
 TEST(Walk, AFailedReadIsForgottenBySeekingBack) {
     const Document file = Seconds();
     const std::string whole = Units(Started(Open(file), 0));

@@ -1,8 +1,6 @@
 // The sources of one extractor: start codes, interleaved reading, lifetimes.
 #include "matroska/MatroskaFixture.h"
-
-#include <random>
-#include <thread>
+#include "support/Oddities.h"
 
 namespace testing_support {
 namespace {
@@ -69,106 +67,9 @@ TEST(StartCodes, TheChoiceOutlivesASeek) {
     EXPECT_EQ("0/1:0000000165 1000/1:00000002aabb -1011", Units(source));
 }
 
-// Three tracks over clusters of known and unknown size, with groups, laces and blocks of nobody.
-Document Mixed(bool live) {
-    Elements children = {Info(5000), Master(id::kTracks, {Mpeg2Track(1), Mp3Track(2), Mp3Track(3)})};
-    for (uint64_t c = 0; c < 8; ++c) {
-        Elements blocks;
-        for (int i = 0; i < 40; ++i) {
-            const auto seed = static_cast<uint8_t>(c * 40 + static_cast<uint64_t>(i));
-            const auto time = static_cast<int16_t>(i * 10);
-            const uint64_t track = 1 + static_cast<uint64_t>(i * 7 % 11 % 4);  // track 4 is in no table
-            if (i % 5 == 0) {
-                blocks.push_back(BlockGroup(track, time, Pattern(20, seed)));
-            } else if (i % 7 == 0) {
-                blocks.push_back(
-                    SimpleBlock(track, time, kKeyFrame, Lacing::kEbml, {Pattern(5, seed), Pattern(9, seed)}));
-            } else {
-                blocks.push_back(SimpleBlock(track, time, kKeyFrame, Pattern(11, seed)));
-            }
-        }
-        const Element cluster = Cluster(c * 500, blocks);
-        children.push_back(live ? cluster.UnknownSize(8) : cluster);
-    }
-    return Write({EbmlHeader(), live ? Segment(children).UnknownSize(8) : Segment(children)});
-}
-
-std::vector<std::vector<Unit>> OneByOne(const Document& file) {
-    std::vector<std::vector<Unit>> tracks;
-    for (size_t i = 0; i < 3; ++i) tracks.push_back(ReadAll(Started(Open(file), i)));
-    return tracks;
-}
-
-TEST(Sources, AnyInterleavingDeliversWhatReadingOneByOneDoes) {
-    for (bool live : {false, true}) {
-        SCOPED_TRACE(live);
-        const Document file = Mixed(live);
-        const auto expected = OneByOne(file);
-        ASSERT_GT(expected[2].size(), 50u);
-        for (uint32_t seed = 0; seed < 20; ++seed) {
-            std::mt19937 random(seed);
-            const sp<MediaExtractor> extractor = Open(file);
-            std::vector<sp<MediaSource>> sources;
-            std::vector<std::vector<Unit>> units(3);
-            for (size_t i = 0; i < 3; ++i) sources.push_back(Started(extractor, i));
-            for (std::vector<bool> ended(3); !(ended[0] && ended[1] && ended[2]);) {
-                const size_t track = random() % 3;
-                for (uint32_t run = random() % 30; run > 0 && !ended[track]; --run) {
-                    Unit unit;
-                    ended[track] = ReadUnit(sources[track], &unit) != android::OK;
-                    if (!ended[track]) units[track].push_back(unit);
-                }
-            }
-            EXPECT_EQ(expected, units) << "seed " << seed;
-        }
-    }
-}
-
-TEST(Sources, AnotherTrackReadToItsEndChangesNothing) {
-    for (bool live : {false, true}) {
-        const Document file = Mixed(live);
-        const auto expected = OneByOne(file);
-        for (size_t at = 0; at < expected[0].size(); at += 5) {
-            const sp<MediaExtractor> extractor = Open(file);
-            const sp<MediaSource> source = Started(extractor, 0);
-            std::vector<Unit> units = ReadAll(source, nullptr, at);
-            EXPECT_EQ(expected[1], ReadAll(Started(extractor, 1)));
-            for (const Unit& unit : ReadAll(source)) units.push_back(unit);
-            ASSERT_EQ(expected[0], units) << "after " << at;
-        }
-    }
-}
-
-TEST(Sources, SeveralSourcesOfOneTrackAreIndependent) {
-    const Document file = Mixed(false);
-    const sp<MediaExtractor> extractor = Open(file);
-    const sp<MediaSource> first = Started(extractor, 0), second = Started(extractor, 0);
-    const std::vector<Unit> firstHalf = ReadAll(first, nullptr, 10);
-    EXPECT_EQ(firstHalf, ReadAll(second, nullptr, 10));
-    EXPECT_EQ(ReadAll(first), ReadAll(second));
-}
-
-TEST(Sources, ThreadsGetTheSameUnits) {
-    const Document file = Mixed(false);
-    const auto expected = OneByOne(file);
-    const sp<MediaExtractor> extractor = Open(file);
-    std::vector<std::vector<Unit>> units(3);
-    std::vector<std::thread> threads;
-    for (size_t i = 0; i < 3; ++i) {
-        threads.emplace_back([&, i] {
-            const sp<MediaSource> source = Started(extractor, i);
-            units[i] = ReadAll(source);
-            source->getFormat();
-            source->stop();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(expected, units);
-}
-
 TEST(Sources, OutliveTheExtractorThatTheHostHolds) {
-    const Document file = Mixed(false);
-    const auto expected = OneByOne(file);
+    const Bytes file = OddityNamed("cues-in-front");
+    const std::vector<Unit> expected = ReadAll(Started(Open(file), 0));
     sp<MediaSource> source;
     android::wp<MediaExtractor> watched;
     {
@@ -176,7 +77,7 @@ TEST(Sources, OutliveTheExtractorThatTheHostHolds) {
         watched = extractor;
         source = Started(extractor, 0);
     }
-    EXPECT_EQ(expected[0], ReadAll(source));
+    EXPECT_EQ(expected, ReadAll(source));
     EXPECT_NE(nullptr, watched.promote().get());
     source.clear();
     EXPECT_EQ(nullptr, watched.promote().get());

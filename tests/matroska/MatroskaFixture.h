@@ -37,7 +37,6 @@ using android::MetaData;
 using android::sp;
 using android::status_t;
 
-constexpr uint64_t kVideoType = 1, kAudioType = 2, kSubtitleType = 17;
 constexpr char kTag[] = "MatroskaExtExtractor";
 
 inline sp<MediaExtractor> Open(const sp<android::DataSource>& source) {
@@ -61,20 +60,10 @@ inline Document Movie(const Elements& tracks, Elements clusters, double duration
     return Write({EbmlHeader(), Segment(children)});
 }
 
-inline Element Mpeg2Track(uint64_t number = 1) {
-    return Track(number, kVideoType, "V_MPEG2", {Video(64, 48)});
-}
-inline Element Mp3Track(uint64_t number = 2) {
-    return Track(number, kAudioType, "A_MPEG/L3", {Audio(44100, 2)});
-}
 inline Element AvcTrack(uint64_t number = 1) {
     return Track(number, kVideoType, "V_MPEG4/ISO/AVC",
                  {Video(64, 48), Bin(id::kCodecPrivate, Hex("0142001EFFE10007"))});
 }
-inline Element TextTrack(uint64_t number, const std::string& codecId = "S_TEXT/UTF8") {
-    return Track(number, kSubtitleType, codecId);
-}
-
 // A started source of track `index`.
 inline sp<MediaSource> Started(const sp<MediaExtractor>& extractor, size_t index) {
     sp<MediaSource> source = extractor->getTrack(index);

@@ -22,7 +22,7 @@
 
 #include "support/FaultySource.h"
 #include "support/Listing.h"
-#include "support/PeculiarFiles.h"
+#include "support/Oddities.h"
 
 namespace testing_support {
 namespace {
@@ -49,8 +49,8 @@ struct LoadedPlugin {
         EXPECT_NE(nullptr, *function) << symbol;
     }
 
-    sp<MediaExtractor> Create(const Document& document) const {
-        return createInstance(sp<DataSource>(new FaultySource(document.bytes)), nullptr);
+    sp<MediaExtractor> Create(const Bytes& file) const {
+        return createInstance(sp<DataSource>(new FaultySource(file)), nullptr);
     }
 
     void* handle;  // stays loaded: objects of its classes may outlive any test
@@ -65,16 +65,8 @@ const LoadedPlugin& Plugin() {
     return *plugin;
 }
 
-Document FileNamed(const std::string& name) {
-    for (PeculiarFile& file : PeculiarFiles()) {
-        if (file.name == name) return file.document;
-    }
-    ADD_FAILURE() << name;
-    return {};
-}
-
 TEST(Plugin, WholeLife) {
-    const Document file = FileNamed("cues-in-front");
+    const Bytes file = OddityNamed("cues-in-front");
     String8 mime;
     ASSERT_TRUE(Plugin().getMimeString(&mime));
     EXPECT_STREQ("video/x-matroska_ext", mime.string());
@@ -85,7 +77,7 @@ TEST(Plugin, WholeLife) {
     String8 sniffed;
     float confidence = 0;
     sp<AMessage> meta;
-    ASSERT_TRUE(Plugin().sniffer(sp<DataSource>(new FaultySource(file.bytes)), &sniffed, &confidence, &meta));
+    ASSERT_TRUE(Plugin().sniffer(sp<DataSource>(new FaultySource(file)), &sniffed, &confidence, &meta));
     EXPECT_STREQ(mime.string(), sniffed.string());
     EXPECT_FLOAT_EQ(0.91f, confidence);
 
@@ -103,43 +95,19 @@ TEST(Plugin, WholeLife) {
     }
 }
 
-// Extractor, two sources and a buffer released in every order: what is left works until its turn comes.
-TEST(Plugin, ReleaseInEveryOrder) {
-    const Document file = FileNamed("subtitles-merged-and-plain");
-    std::array<int, 4> order = {0, 1, 2, 3};
-    do {
-        sp<MediaExtractor> extractor = Plugin().Create(file);
-        std::array<sp<MediaSource>, 2> sources = {extractor->getTrack(0), extractor->getTrack(1)};
-        for (auto& source : sources) source->start(nullptr);
-        MediaBuffer* buffer = nullptr;
-        ASSERT_EQ(OK, sources[0]->read(&buffer, nullptr));
-        for (int step : order) {
-            if (step == 0) extractor.clear();
-            if (step == 1 || step == 2) sources[static_cast<size_t>(step - 1)].clear();
-            if (step == 3) {
-                EXPECT_EQ(9u, buffer->range_length());
-                buffer->release();
-            }
-            Unit unit;
-            if (sources[0] != nullptr) ReadUnit(sources[0], &unit);
-            if (sources[1] != nullptr) ReadUnit(sources[1], &unit);
-        }
-    } while (std::next_permutation(order.begin(), order.end()));
-}
-
 // See HostSymbols.cpp: this program has the same names with other values.
 TEST(Plugin, ItsNamesBindToItself) {
     ASSERT_NE(nullptr, dlsym(RTLD_DEFAULT, "_ZN7android11GetMimeTypeEj")) << "this program exports nothing";
     String8 mime;
     Plugin().getMimeString(&mime);
     EXPECT_STREQ("video/x-matroska_ext", mime.string());
-    const sp<MediaExtractor> extractor = Plugin().Create(FileNamed("cues-in-front"));
+    const sp<MediaExtractor> extractor = Plugin().Create(OddityNamed("cues-in-front"));
     ASSERT_EQ(2u, extractor->countTracks());
     const char* trackMime = nullptr;
     ASSERT_TRUE(extractor->getTrackMetaData(0, 0)->findCString(kKeyMIMEType, &trackMime));
     EXPECT_STREQ("video/mpeg2", trackMime);
 
-    const sp<MediaExtractor> avc = Plugin().Create(FileNamed("avc-length-prefixes"));
+    const sp<MediaExtractor> avc = Plugin().Create(OddityNamed("avc-length-prefixes"));
     const sp<MediaSource> source = avc->getTrack(0);
     source->start(nullptr);
     Unit unit;

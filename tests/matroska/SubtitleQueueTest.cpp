@@ -98,20 +98,6 @@ TEST(Queue, MergingGoesByWhatIsQueuedLast) {
     EXPECT_EQ("0 " + fields + "2b\n0a|", jumping.Drain());
 }
 
-TEST(Queue, OneOfTwoPlainTracksIsServedUntilTheOthersRecordsAreInFront) {
-    const Document file =
-        Movie({Mpeg2Track(1), TextTrack(2), TextTrack(3)},
-              {Cluster(0, {Event(2, 0, "two"), Event(3, 1, "three"), Event(2, 2, "two again"), Picture(5)})});
-    Player second(file);
-    second.Read();
-    EXPECT_EQ("0 two|2 two again|", second.Drain(1));
-    EXPECT_EQ("", second.Drain(2));
-    Player third(file);
-    third.Read();
-    EXPECT_EQ("1 three|", third.Drain(2));
-    EXPECT_EQ("", third.Drain(1));
-}
-
 // Deliberate: a record is for the source whose index is its TrackNumber less one. With a track in front that
 // is not offered, numbers and indices part, and one track's events come out of another's source or of none.
 TEST(Queue, NumbersThatDoNotFitTheIndicesDropEverything) {

@@ -23,30 +23,6 @@ class Group : public MediaBufferObserver {
     std::vector<MediaBuffer*> returned;
 };
 
-TEST(MediaBuffer, KindsOfData) {
-    uint8_t bytes[10] = {};
-    MediaBuffer* wrapping = new MediaBuffer(bytes, sizeof(bytes));
-    EXPECT_EQ(wrapping->data(), bytes);
-    wrapping->release();
-
-    MediaBuffer* owning = new MediaBuffer(1000);
-    ASSERT_NE(owning->data(), nullptr);
-    memset(owning->data(), 1, 1000);
-    EXPECT_EQ(owning->size(), 1000u);
-    EXPECT_EQ(owning->range_offset(), 0u);
-    EXPECT_EQ(owning->range_length(), 1000u);
-    owning->release();
-
-    sp<ABuffer> shared = new ABuffer(100);
-    shared->setRange(10, 50);
-    MediaBuffer* sharing = new MediaBuffer(shared);
-    EXPECT_EQ(sharing->data(), shared->base() + 10);
-    EXPECT_EQ(sharing->size(), 50u);
-    EXPECT_EQ(shared->getStrongCount(), 2);
-    sharing->release();
-    EXPECT_EQ(shared->getStrongCount(), 1);
-}
-
 TEST(MediaBuffer, RangeMovesNothingButTheRange) {
     MediaBuffer* buffer = new MediaBuffer(100);
     void* const data = buffer->data();
@@ -102,30 +78,6 @@ TEST(MediaBufferDeathTest, ReleasesThatMustNotBe) {
     graphic->release();
 }
 
-TEST(MediaBuffer, CloneSharesBytesAndCopiesTheRest) {
-    Group group;
-    MediaBuffer* original = new MediaBuffer(100);
-    original->setObserver(&group);
-    original->add_ref();
-    original->set_range(10, 20);
-    original->meta_data()->setInt64(kKeyTime, 5);
-
-    MediaBuffer* clone = original->clone();
-    EXPECT_EQ(clone->data(), original->data());
-    EXPECT_EQ(clone->range_length(), 100u);
-    clone->meta_data()->setInt64(kKeyTime, 6);
-    int64_t time = 0;
-    EXPECT_TRUE(original->meta_data()->findInt64(kKeyTime, &time));
-    EXPECT_EQ(time, 5);
-
-    original->release();
-    EXPECT_TRUE(group.returned.empty()) << "the clone still needs the bytes";
-    clone->release();
-    EXPECT_EQ(group.returned, std::vector<MediaBuffer*>{original});
-    original->setObserver(nullptr);
-    original->release();
-}
-
 TEST(MediaBuffer, AllocationLimitHitsLargerBuffersOnly) {
     const host::ScopedAllocationLimit limit(100);
     for (size_t size : {100u, 101u}) {
@@ -163,31 +115,6 @@ TEST(MediaBuffer, MetadataThatSomebodyStillHoldsIsNotUsedAgain) {
     MediaBuffer* last = new MediaBuffer(1);
     EXPECT_FALSE(last->meta_data()->hasData(kKeyTime));
     last->release();
-}
-
-// As a player does: one thread makes buffers, another releases them, both with stocks of their own that end
-// with them.
-TEST(MediaBuffer, BuffersGoFromThreadToThread) {
-    constexpr int64_t kRounds = 2000, kAtOnce = 100;
-    for (int64_t round = 0; round < kRounds; round += 500) {
-        std::vector<MediaBuffer*> made(kAtOnce);
-        std::thread([&] {
-            for (int64_t i = 0; i < kRounds; ++i) {
-                MediaBuffer*& place = made[i % kAtOnce];
-                if (place != nullptr) place->release();
-                place = new MediaBuffer(16);
-                ASSERT_FALSE(place->meta_data()->setInt64(kKeyTime, round + i));
-            }
-        }).join();
-        std::thread([&] {
-            for (int64_t i = 0; i < kAtOnce; ++i) {
-                int64_t time = -1;
-                ASSERT_TRUE(made[i]->meta_data()->findInt64(kKeyTime, &time));
-                ASSERT_EQ(time, round + kRounds - kAtOnce + i);
-                made[i]->release();
-            }
-        }).join();
-    }
 }
 
 TEST(ReadOptions, SeekIsAnsweredInEveryCase) {

@@ -50,38 +50,6 @@ TEST(MetaData, GivesBackWhatWasStored) {
     EXPECT_EQ(std::vector<int32_t>({left, top, right, bottom}), std::vector<int32_t>({-1, 2, -3, 4}));
 }
 
-TEST(MetaData, SettersTellWhetherTheyReplaced) {
-    sp<MetaData> meta = new MetaData;
-    EXPECT_FALSE(meta->setInt32('key1', 1));
-    EXPECT_TRUE(meta->setInt32('key1', 2));
-    EXPECT_FALSE(meta->setInt64('key2', 2));
-    EXPECT_TRUE(meta->setCString('key1', "replaces the type too, and needs a block of its own"));
-    int32_t value = 77;
-    EXPECT_FALSE(meta->findInt32('key1', &value));
-    EXPECT_FALSE(meta->findInt32('none', &value));
-    EXPECT_EQ(value, 77) << "untouched without an answer";
-    EXPECT_TRUE(meta->remove('key1'));
-    EXPECT_FALSE(meta->remove('key1'));
-    EXPECT_FALSE(meta->hasData('key1'));
-    EXPECT_TRUE(meta->hasData('key2'));
-}
-
-TEST(MetaData, StoresDataOfAnySize) {
-    sp<MetaData> meta = new MetaData;
-    // Around the largest value that is kept in place.
-    for (size_t size : {0u, 1u, 4u, 8u, 15u, 16u, 17u, 1000u}) {
-        const std::string bytes(size, 'x');
-        meta->setData('data', 0, bytes.data(), size);
-        uint32_t type = 1;
-        EXPECT_EQ(BytesAt(*meta, 'data', &type), bytes);
-        EXPECT_EQ(type, 0u);
-    }
-    meta->setData('null', 'avcc', nullptr, 0);
-    uint32_t type = 0;
-    EXPECT_EQ(BytesAt(*meta, 'null', &type), "");
-    EXPECT_EQ(type, static_cast<uint32_t>(kTypeAVCC));
-}
-
 TEST(MetaData, AgreesWithAMapOverManyChanges) {
     std::mt19937 random(1);
     sp<MetaData> meta = new MetaData;
@@ -104,18 +72,6 @@ TEST(MetaData, AgreesWithAMapOverManyChanges) {
             const auto found = expected.find(check);
             ASSERT_EQ(BytesAt(*meta, check, &type), found == expected.end() ? "(missing)" : found->second);
         }
-    }
-}
-
-TEST(MetaData, CopiesAreIndependent) {
-    sp<MetaData> meta = new MetaData;
-    for (uint32_t key = 0; key < 10; ++key) meta->setCString(key, "a text that does not fit in place");
-    sp<MetaData> copy = new MetaData(*meta);
-    meta->clear();
-    const char* text = nullptr;
-    for (uint32_t key = 0; key < 10; ++key) {
-        ASSERT_TRUE(copy->findCString(key, &text));
-        EXPECT_STREQ(text, "a text that does not fit in place");
     }
 }
 

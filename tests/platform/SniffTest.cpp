@@ -75,26 +75,6 @@ TEST(Sniff, SurestSnifferWins) {
     std::fill(std::begin(gAnswers), std::end(gAnswers), Answer());
 }
 
-TEST(DataSource, BigEndianNumbersComeWholeOrNotAtAll) {
-    sp<DataSource> source = new host::MemorySource(std::vector<uint8_t>{0x81, 2, 3, 4, 5, 6, 7, 8, 9});
-    uint16_t u16 = 0;
-    uint32_t u24 = 0, u32 = 0;
-    uint64_t u64 = 0;
-    EXPECT_TRUE(source->getUInt16(0, &u16));
-    EXPECT_TRUE(source->getUInt24(0, &u24));
-    EXPECT_TRUE(source->getUInt32(0, &u32));
-    EXPECT_TRUE(source->getUInt64(1, &u64));
-    EXPECT_EQ(u16, 0x8102u);
-    EXPECT_EQ(u24, 0x810203u);
-    EXPECT_EQ(u32, 0x81020304u);
-    EXPECT_EQ(u64, 0x0203040506070809u);
-    EXPECT_FALSE(source->getUInt16(8, &u16));
-    EXPECT_FALSE(source->getUInt24(7, &u24));
-    EXPECT_FALSE(source->getUInt32(-1, &u32));
-    EXPECT_FALSE(source->getUInt64(2, &u64));
-    EXPECT_EQ(u16 + u24 + u32 + u64, 0u);
-}
-
 // What a source that overrides nothing says.
 class BareSource : public DataSource {
   public:

@@ -160,59 +160,6 @@ TEST_F(Sources, ReachPastFourGigabytes) {
     }
 }
 
-TEST_F(Sources, FlagsAreTheTestsToSet) {
-    sp<host::MemorySource> source = new host::MemorySource("x", 1);
-    source->setFlags(DataSource::kIsCachingDataSource | DataSource::kIsHTTPBasedSource);
-    EXPECT_EQ(source->flags(), 12u);
-}
-
-TEST_F(Sources, FileSourceWindow) {
-    const std::string path = FileWith("digits", "0123456789");
-    struct Case {
-        const char* why;
-        int64_t windowOffset, windowLength;
-        off64_t offset;
-        size_t size;
-        ssize_t count;
-        const char* bytes;
-    };
-    const Case cases[] = {
-        {"inside", 3, 4, 1, 2, 2, "45"},
-        {"shortened at the window's end", 3, 4, 2, 8, 2, "56"},
-        {"by one byte too", 3, 4, 2, 3, 2, "56"},
-        {"behind the window", 3, 4, 4, 1, 0, ""},
-        {"before the window", 3, 4, -2, 3, 3, "123"},
-        {"before the file", 3, 4, -4, 3, UNKNOWN_ERROR, ""},
-        {"window longer than the file", 8, 100, 0, 50, 2, "89"},
-        {"in the window, behind the file", 8, 100, 5, 50, 0, ""},
-    };
-    testing_support::LogCapture quiet;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.why);
-        sp<DataSource> source = new FileSource(open(path.c_str(), O_RDONLY), c.windowOffset, c.windowLength);
-        off64_t size = 0;
-        EXPECT_EQ(source->getSize(&size), OK);
-        EXPECT_EQ(size, c.windowLength);
-        char bytes[64] = {};
-        EXPECT_EQ(source->readAt(c.offset, bytes, c.size), c.count);
-        EXPECT_STREQ(bytes, c.bytes);
-    }
-    EXPECT_DEATH(new FileSource(0, -1, 5), "CHECK");
-    EXPECT_DEATH(new FileSource(0, 1, -5), "CHECK");
-}
-
-TEST_F(Sources, FileSourceWithoutAFileAnswersNoInit) {
-    testing_support::LogCapture log;
-    sp<DataSource> source = new FileSource((mFolder + "/missing").c_str());
-    ASSERT_EQ(log.WithTag("FileSource").size(), 1u);
-    EXPECT_EQ(log.WithTag("FileSource")[0].priority, ANDROID_LOG_ERROR);
-    char byte;
-    off64_t size;
-    EXPECT_EQ(source->initCheck(), NO_INIT);
-    EXPECT_EQ(source->readAt(0, &byte, 1), NO_INIT);
-    EXPECT_EQ(source->getSize(&size), NO_INIT);
-}
-
 TEST_F(Sources, ThreadsReadAtTheirOwnPlaces) {
     std::string content(1 << 16, '\0');
     for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i >> 8);

@@ -1,33 +1,24 @@
 // Sound small files, cut at every byte and changed in every byte.
-#include <media/stagefright/MediaExtractor.h>
-#include <media/stagefright/foundation/AMessage.h>
 
 #include <algorithm>
 
+#include "matroska/MatroskaFixture.h"
 #include "properties/Measure.h"
-#include "properties/Samples.h"
 #include "properties/Sanitizers.h"
-#include "matroska/PluginExports.h"
-#include "support/FaultySource.h"
-#include "support/Listing.h"
+#include "support/Oddities.h"
 
 namespace testing_support {
 namespace {
 
-using android::MediaExtractor;
-using android::sp;
-
 // The units of each track that is offered.
 std::vector<std::vector<Unit>> UnitsOf(const Bytes& bytes) {
     const SilentLog silence;
-    const sp<android::DataSource> source = new FaultySource(bytes);
-    const sp<MediaExtractor> extractor = android::createInstance(source, nullptr);
+    const sp<MediaExtractor> extractor = Open(bytes);
     std::vector<std::vector<Unit>> units;
     for (size_t i = 0; i < extractor->countTracks(); ++i) {
-        const sp<android::MediaSource> track = extractor->getTrack(i);
-        track->start(nullptr);
+        const sp<MediaSource> track = Started(extractor, i);
         units.push_back(ReadAll(track));
-        track->stop();
+        track->stop();  // takes queued subtitles along: how they merge depends on what follows
     }
     return units;
 }
@@ -43,14 +34,13 @@ bool IsPrefix(const std::vector<Unit>& part, const std::vector<Unit>& whole) {
 }
 
 TEST(Damage, UnitsOfACutFileAreAPrefix) {
-    for (const Sample& sample : Samples()) {
+    for (const Oddity& sample : Oddities(kDamaged)) {
         SCOPED_TRACE(sample.name);
-        if (sample.holdsAddresses) continue;
-        const auto whole = UnitsOf(sample.file.bytes);
+        if (sample.Has(kHoldsAddresses)) continue;
+        const auto whole = UnitsOf(sample.bytes);
         size_t delivered = 0;
-        for (size_t size = 0; size <= sample.file.bytes.size(); ++size) {
-            const auto part =
-                UnitsOf({sample.file.bytes.begin(), sample.file.bytes.begin() + static_cast<long>(size)});
+        for (size_t size = 0; size <= sample.bytes.size(); ++size) {
+            const auto part = UnitsOf({sample.bytes.begin(), sample.bytes.begin() + static_cast<long>(size)});
             ASSERT_LE(part.size(), whole.size()) << "cut at " << size;
             size_t units = 0;
             for (size_t i = 0; i < part.size(); ++i) {
@@ -67,11 +57,11 @@ TEST(Damage, EveryByteChanged) {
     // Every bit of the first byte of a size or an ID matters; elsewhere a few changes stand for all.
     const std::vector<uint8_t> changes =
         IS_SANITIZED ? std::vector<uint8_t>{0xFF, 0x10} : std::vector<uint8_t>{0xFF, 0x80, 0x40, 0x10, 0x01};
-    for (const Sample& sample : Samples()) {
+    for (const Oddity& sample : Oddities(kDamaged)) {
         OnSmallStack([&] {  // one thread for all of them
-            for (size_t at = 0; at < sample.file.bytes.size(); ++at) {
+            for (size_t at = 0; at < sample.bytes.size(); ++at) {
                 for (const uint8_t change : changes) {
-                    Bytes bytes = sample.file.bytes;
+                    Bytes bytes = sample.bytes;
                     bytes[at] ^= change;
                     ThrowHostile(bytes);
                     ASSERT_FALSE(testing::Test::HasFailure())

@@ -9,9 +9,8 @@
 #include <random>
 
 #include "properties/Readers.h"
-#include "SeedFiles.h"
 #include "properties/Shapes.h"
-#include "support/PeculiarFiles.h"
+#include "support/Oddities.h"
 
 namespace testing_support {
 namespace {
@@ -106,9 +105,8 @@ TEST(Differential, EveryShapeInEveryOrder) {
         EXPECT_GT(ExpectSameInEveryOrder(shape.name, shape.bytes), 100u) << shape.name;
 }
 
-TEST(Differential, PeculiarFilesAndSeeds) {
-    for (const PeculiarFile& file : PeculiarFiles()) ExpectSameInEveryOrder(file.name, file.document.bytes);
-    for (const fuzz::SeedFile& seed : fuzz::MakeSeedFiles()) ExpectSameInEveryOrder(seed.name, seed.bytes);
+TEST(Differential, EveryOddity) {
+    for (const Oddity& file : Oddities()) ExpectSameInEveryOrder(file.name, file.bytes);
 }
 
 // Their front is a script for another test.

@@ -23,6 +23,15 @@ using Content = std::vector<Stretch>;
 
 uint64_t SizeOf(const Content& content);
 
+// The bytes of a tree without an EBML header.
+inline Bytes Piece(const Elements& elements) {
+    return Write(elements).bytes;
+}
+// EBML header and a Segment that lasts to the end of the source and begins with `children`.
+inline Bytes OpenSegment(const Elements& children) {
+    return Write({EbmlHeader(), Segment(children).UnknownSize()}).bytes;
+}
+
 class HostileSource : public android::DataSource {
   public:
     explicit HostileSource(Content content);

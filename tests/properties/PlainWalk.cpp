@@ -8,11 +8,7 @@ namespace testing_support {
 namespace reader = MatroskaExtReader;
 using android::sp;
 
-namespace {
-
-constexpr uint64_t kAudioType = 2;
-
-}  // namespace
+namespace {}  // namespace
 
 std::ostream& operator<<(std::ostream& out, const Delivery& delivery) {
     if (delivery.isRefused) return out << "refused";

@@ -4,7 +4,6 @@
 #include <cstddef>
 
 #include "properties/Measure.h"
-#include "properties/Samples.h"
 
 namespace testing_support {
 

@@ -1,7 +1,5 @@
 #include "properties/Shapes.h"
 
-#include <zlib.h>
-
 #include <iterator>
 #include <random>
 
@@ -11,7 +9,6 @@ namespace testing_support {
 
 namespace {
 
-constexpr uint64_t kVideoType = 1, kAudioType = 2, kSubtitleType = 17;
 constexpr int64_t kClusterMs = 1000;
 const char kStripped[] = "head";
 
@@ -23,7 +20,8 @@ struct Plan {
     bool isLive = false;           // Clusters of unknown size
     bool hasOddTimecodes = false;  // missing, or behind the blocks
     bool hasEmptyClusters = false;
-    bool hasFiller = false;  // Void, other elements and garbage between the blocks
+    bool hasOddCues = false;  // several elements, in any order, with several places and other tracks' ones
+    bool hasFiller = false;   // Void, other elements and garbage between the blocks
 };
 
 const Plan kPlans[] = {
@@ -39,17 +37,11 @@ const Plan kPlans[] = {
     {"more Clusters than are remembered", 150, 4, 3, false, true},
     {"empty Clusters among others", 40, 3, 2, false, false, false, false, false, true},
     {"many tracks", 30, 200, 24, false, true},
-    {"filler and garbage", 8, 20, 3, true, true, false, false, false, false, true},
-    {"everything at once", 80, 40, 6, true, true, true, true, true, true, true},
+    {"filler and garbage", 8, 20, 3, true, true, false, false, false, false, false, true},
+    {"Cues in any order, number and shape", 12, 6, 3, false, true, false, false, false, true, true},
+    {"Cues in any order, few key frames", 40, 2, 4, false, true, false, false, true, true, true},
+    {"everything at once", 80, 40, 6, true, true, true, true, true, true, true, true},
 };
-
-Bytes Deflated(const Bytes& plain) {
-    uLongf size = compressBound(plain.size());
-    Bytes packed(size);
-    compress(packed.data(), &size, plain.data(), plain.size());
-    packed.resize(size);
-    return packed;
-}
 
 class Builder {
   public:
@@ -71,7 +63,12 @@ class Builder {
             if (i % 2 == 0 && !LacksTimecode(i)) points.push_back(CuePoint(i * kClusterMs, 1, LabelOf(i)));
         }
         Elements children = {Info(static_cast<double>(mPlan.clusters) * kClusterMs),
-                             Master(id::kTracks, tracks), Master(id::kCues, points)};
+                             Master(id::kTracks, tracks)};
+        if (mPlan.hasOddCues) {
+            for (size_t left = 1 + Below(3); left > 0; --left) children.push_back(OddCues());
+        } else {
+            children.push_back(Master(id::kCues, points));
+        }
         children.insert(children.end(), clusters.begin(), clusters.end());
         shape.bytes = Write({EbmlHeader(), Segment(children)}).bytes;
         return shape;
@@ -81,6 +78,20 @@ class Builder {
     uint32_t Below(uint32_t limit) { return mRandom() % limit; }
     static std::string LabelOf(size_t cluster) { return "cluster " + std::to_string(cluster); }
     bool LacksTimecode(size_t cluster) const { return mPlan.hasOddTimecodes && cluster % 3 == 1; }
+
+    Element OddCues() {
+        Elements points;
+        for (uint32_t left = 1 + Below(9); left > 0; --left) {
+            Elements parts = {Uint(id::kCueTime, Below(static_cast<uint32_t>(mPlan.clusters * kClusterMs)))};
+            for (uint32_t more = Below(4); more > 0; --more) {
+                const std::string label = LabelOf(Below(static_cast<uint32_t>(mPlan.clusters)));
+                parts.push_back(Master(id::kCueTrackPositions, {Uint(id::kCueTrack, Below(4) == 0 ? 2 : 1),
+                                                                PositionOf(id::kCueClusterPosition, label)}));
+            }
+            points.push_back(Master(id::kCuePoint, parts));
+        }
+        return Master(id::kCues, points);
+    }
 
     // The later ones need two bytes.
     static uint32_t NumberOf(uint32_t index) { return index < 8 ? index + 1 : 100 + index * 3; }
@@ -149,7 +160,7 @@ class Builder {
         for (size_t i = 0; i < count; ++i) {
             const bool isEven = lacing == Lacing::kFixed;
             Bytes frame = Pattern(isEven ? common : Below(300), static_cast<uint8_t>(Below(256)));
-            if (mPlan.hasEncodings && trackIndex == 2 && !isEven) frame = Deflated(frame);
+            if (mPlan.hasEncodings && trackIndex == 2 && !isEven) frame = Zlib(frame);
             frames.push_back(std::move(frame));
         }
         return frames;

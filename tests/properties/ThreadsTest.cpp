@@ -13,7 +13,6 @@
 #include <thread>
 
 #include "properties/Measure.h"
-#include "properties/Samples.h"
 #include "properties/Sanitizers.h"
 #include "matroska/PluginExports.h"
 #include "support/FaultySource.h"

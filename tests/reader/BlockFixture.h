@@ -10,8 +10,6 @@
 
 namespace testing_support {
 
-constexpr uint64_t kVideoTrack = 1, kAudioTrack = 2;
-
 struct OneBlock : InitialisedFile {
     OneBlock(const Element& track, const Element& block, Faults faults = {})
         : InitialisedFile(File(track, block), faults), group(new reader::BlockGroup) {
@@ -53,11 +51,8 @@ struct OneBlock : InitialisedFile {
     reader::Result parsed = 0;
 };
 
-inline Element PlainTrack(Elements others = {}) {
-    return Track(1, kVideoTrack, "V_MPEG2", std::move(others));
-}
 inline Element EncodedTrack(Elements encodings) {
-    return PlainTrack({Master(id::kContentEncodings, std::move(encodings))});
+    return Mpeg2Track(1, {Master(id::kContentEncodings, std::move(encodings))});
 }
 
 }  // namespace testing_support

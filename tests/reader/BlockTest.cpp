@@ -26,7 +26,7 @@ TEST(Block, Header) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        OneBlock one(PlainTrack(), Bin(id::kSimpleBlock, Hex(row.block)));
+        OneBlock one(Mpeg2Track(), Bin(id::kSimpleBlock, Hex(row.block)));
         EXPECT_EQ(row.track, one.Block().TrackNumber.Get());
         EXPECT_EQ(row.timecode, one.Block().TimeCode.Get());
         EXPECT_TRUE(one.Block().TimeCode.IsSet());
@@ -41,7 +41,7 @@ TEST(Block, ShorterThanItsHeaderItHasNoData) {
         SCOPED_TRACE(bytes);
         for (bool last : {false, true}) {
             OneBlock one(
-                PlainTrack(),
+                Mpeg2Track(),
                 last ? Bin(id::kSimpleBlock, Hex(bytes))
                      : Raw(Write({Bin(id::kSimpleBlock, Hex(bytes)), Bin(id::kVoid, Bytes(30))}).bytes));
             EXPECT_EQ(0u, one.Block().DataSize);
@@ -68,9 +68,9 @@ Sizes SizesOf(const std::vector<Bytes>& frames) {
 // or one frame a read.
 void ExpectEveryPath(Lacing lacing, const std::vector<Bytes>& frames) {
     const Element block = SimpleBlock(1, 0, kKeyFrame, lacing, frames);
-    OneBlock plain(PlainTrack(), block);
+    OneBlock plain(Mpeg2Track(), block);
     EXPECT_EQ(SizesOf(frames), plain.Sizes());
-    OneBlock whole(PlainTrack(), block);
+    OneBlock whole(Mpeg2Track(), block);
     EXPECT_EQ(whole.Block().DataSize, whole.Block().GetSize(whole.node.get(), whole.entry));
     EXPECT_EQ(ToHex(Concat(frames)), whole.Deliver());
 
@@ -79,7 +79,7 @@ void ExpectEveryPath(Lacing lacing, const std::vector<Bytes>& frames) {
     OneBlock stripped(EncodedTrack({Encoding(0, 0, 3, Hex("CAFE"))}), block);
     EXPECT_EQ(prefixed, stripped.Deliver());
 
-    OneBlock vorbis(Track(1, kAudioTrack, "A_VORBIS"), block);
+    OneBlock vorbis(Track(1, kAudioType, "A_VORBIS"), block);
     for (const Bytes& frame : frames) {
         EXPECT_EQ(frame.size(), vorbis.Block().GetSize(vorbis.node.get(), vorbis.entry));
         EXPECT_EQ(ToHex(frame), vorbis.Deliver());
@@ -133,9 +133,9 @@ TEST(Lacing, OddCounts) {
     for (const LacingRow& row : rows) {
         SCOPED_TRACE(row.name);
         const Element block = SimpleBlock(1, 0, row.flags, Hex(row.payload));
-        OneBlock sizes(PlainTrack(), block);
+        OneBlock sizes(Mpeg2Track(), block);
         EXPECT_EQ(row.sizes, sizes.Sizes());
-        OneBlock whole(PlainTrack(), block);
+        OneBlock whole(Mpeg2Track(), block);
         EXPECT_EQ(row.delivered, whole.Deliver());
     }
 }
@@ -144,11 +144,11 @@ TEST(Lacing, OddCounts) {
 TEST(Lacing, EbmlCountZeroReads255Differences) {
     const Bytes payload = Concat({Hex("00 80"), Bytes(255, 0xBF), Hex("AABB")});
     const Element block = SimpleBlock(1, 0, 0x06, payload);
-    OneBlock sizes(PlainTrack(), block);
+    OneBlock sizes(Mpeg2Track(), block);
     Sizes expected(256, 0);
     expected.push_back(2);
     EXPECT_EQ(expected, sizes.Sizes());
-    OneBlock whole(PlainTrack(), block);
+    OneBlock whole(Mpeg2Track(), block);
     EXPECT_EQ("aabb", whole.Deliver());
     OneBlock stripped(EncodedTrack({Encoding(0, 0, 3, Hex("11"))}), block);
     std::string prefixed;
@@ -182,11 +182,11 @@ TEST(Lacing, SizesThatDoNotFitAreRefused) {
         const Element block = SimpleBlock(1, 0, row.flags, Hex(row.payload));
         OneBlock stripped(EncodedTrack({Encoding(0, 0, 3, Hex("11"))}), block);
         EXPECT_EQ("refused", stripped.Deliver());
-        OneBlock vorbis(Track(1, kAudioTrack, "A_VORBIS"), block);
+        OneBlock vorbis(Track(1, kAudioType, "A_VORBIS"), block);
         EXPECT_EQ("refused", vorbis.Deliver());
         OneBlock zlib(EncodedTrack({Encoding(0, 0, 0)}), block);
         EXPECT_EQ("refused", zlib.Deliver());
-        OneBlock plain(PlainTrack(), block);
+        OneBlock plain(Mpeg2Track(), block);
         EXPECT_EQ("refused", plain.Deliver());
     }
 }
@@ -197,17 +197,17 @@ TEST(Block, InAGroupTheLacingEndsWithTheBlockItself) {
         const Element group =
             Master(id::kBlockGroup, {Bin(id::kBlock, BlockBytes(1, 0, 0, lacing, frames)),
                                      Uint(id::kBlockDuration, 7), Bin(id::kVoid, Bytes(40))});
-        OneBlock sizes(PlainTrack(), group);
+        OneBlock sizes(Mpeg2Track(), group);
         EXPECT_EQ((Sizes{3, 4, 5}), sizes.Sizes());
-        OneBlock whole(PlainTrack(), group);
+        OneBlock whole(Mpeg2Track(), group);
         EXPECT_EQ(ToHex(Concat(frames)), whole.Deliver());
-        OneBlock vorbis(Track(1, kAudioTrack, "A_VORBIS"), group);
+        OneBlock vorbis(Track(1, kAudioType, "A_VORBIS"), group);
         for (const Bytes& frame : frames) EXPECT_EQ(ToHex(frame), vorbis.Deliver());
     }
 }
 
 TEST(Block, GroupsKeepTheLastReferenceAndTheirDuration) {
-    OneBlock one(PlainTrack(), BlockGroup(1, 0, Hex("01"),
+    OneBlock one(Mpeg2Track(), BlockGroup(1, 0, Hex("01"),
                                           {Int(id::kReferenceBlock, -40, 1), Int(id::kReferenceBlock, 300, 2),
                                            Uint(id::kBlockDuration, 25), Uint(id::kReferencePriority, 3),
                                            Master(id::kTimeSlice, {Uint(id::kLaceNumber, 4)})}));
@@ -218,7 +218,7 @@ TEST(Block, GroupsKeepTheLastReferenceAndTheirDuration) {
     ASSERT_EQ(1u, one.group->TimeSlices.size());
     EXPECT_EQ(4u, one.group->TimeSlices[0]->LaceNumber.Get());
 
-    OneBlock key(PlainTrack(), BlockGroup(1, 0, Hex("01")));
+    OneBlock key(Mpeg2Track(), BlockGroup(1, 0, Hex("01")));
     EXPECT_TRUE(key.group->IsKeyFrame());
     EXPECT_FALSE(key.group->BlockDuration.IsSet());
 }
@@ -231,7 +231,7 @@ TEST(Block, SizesPastTheClusterAreReadWholeAndPastTheSourceRefused) {
         Faults faults;
         if (!known) faults.sizeStatus = android::UNKNOWN_ERROR;
         const Document file =
-            Write({EbmlHeader(), Segment({Info(1), Master(id::kTracks, {PlainTrack()}), Cluster(0, {longer}),
+            Write({EbmlHeader(), Segment({Info(1), Master(id::kTracks, {Mpeg2Track()}), Cluster(0, {longer}),
                                           Bin(id::kVoid, Hex("0102030405"))})});
         InitialisedFile open(file, faults);
         const auto node = open.SegmentNode()->Child(id::kCluster, true)->GetFirstBlock();
@@ -243,18 +243,18 @@ TEST(Block, SizesPastTheClusterAreReadWholeAndPastTheSourceRefused) {
         EXPECT_EQ(reader::kOk, block.Read(node.get(), open.file.FindTrack(1), out.data(), length, 0));
         EXPECT_EQ(ToHex(Concat({frame, Hex("EC85010203")})), ToHex(out));
 
-        OneBlock cut(PlainTrack(), longer, faults);
+        OneBlock cut(Mpeg2Track(), longer, faults);
         EXPECT_EQ(0u, cut.Block().GetSize(cut.node.get(), cut.entry));
         EXPECT_EQ("refused", cut.Deliver());
-        OneBlock huge(PlainTrack(), SimpleBlock(1, 0, 0, frame).DeclaredSize((1ull << 40) + 4), faults);
+        OneBlock huge(Mpeg2Track(), SimpleBlock(1, 0, 0, frame).DeclaredSize((1ull << 40) + 4), faults);
         EXPECT_EQ("refused", huge.Deliver());
     }
 }
 
 TEST(Block, NothingIsWrittenPastTheRoomGiven) {
     const std::vector<Bytes> frames = Frames({20, 30});
-    for (const Element& track : {PlainTrack(), EncodedTrack({Encoding(0, 0, 3, Hex("1122"))}),
-                                 Track(1, kAudioTrack, "A_VORBIS"), Track(1, kAudioTrack, "A_REAL/COOK")}) {
+    for (const Element& track : {Mpeg2Track(), EncodedTrack({Encoding(0, 0, 3, Hex("1122"))}),
+                                 Track(1, kAudioType, "A_VORBIS"), Track(1, kAudioType, "A_REAL/COOK")}) {
         for (uint32_t room : {0u, 1u, 19u}) {
             OneBlock one(track, SimpleBlock(1, 0, 0, Lacing::kXiph, frames));
             one.Block().GetSize(one.node.get(), one.entry);
@@ -264,7 +264,7 @@ TEST(Block, NothingIsWrittenPastTheRoomGiven) {
 }
 
 TEST(Block, AnUnknownTrackIsReadPlainly) {
-    OneBlock one(PlainTrack(), SimpleBlock(9, 0, 0, Hex("010203")));
+    OneBlock one(Mpeg2Track(), SimpleBlock(9, 0, 0, Hex("010203")));
     EXPECT_EQ(nullptr, one.entry);
     EXPECT_EQ("010203", one.Deliver());
 }
@@ -279,7 +279,7 @@ TEST(Block, OnTheStrippingPathReadNeedsTheSizesFirst) {
 
 TEST(RealMedia, AudioFramesGetARecordHeader) {
     const std::vector<Bytes> frames = {Hex("AABBCC"), Hex("DDEE")};
-    OneBlock one(Track(1, kAudioTrack, "A_REAL/COOK"), SimpleBlock(1, -2, 0, Lacing::kXiph, frames));
+    OneBlock one(Track(1, kAudioType, "A_REAL/COOK"), SimpleBlock(1, -2, 0, Lacing::kXiph, frames));
     ASSERT_EQ(16u * 2 + 5, one.Block().GetSize(one.node.get(), one.entry));
     Bytes out(37);
     long length = 37;
@@ -303,7 +303,7 @@ TEST(RealMedia, AudioFramesGetARecordHeader) {
 
 // Deliberate: room for a header is asked for, none is written.
 TEST(RealMedia, VideoFramesGetNone) {
-    OneBlock one(Track(1, kVideoTrack, "V_REAL/RV40"),
+    OneBlock one(Track(1, kVideoType, "V_REAL/RV40"),
                  SimpleBlock(1, 0, 0, Lacing::kXiph, {Hex("AABBCC"), Hex("DD")}));
     EXPECT_EQ(2 * 27u + 4, one.Block().GetSize(one.node.get(), one.entry));
     EXPECT_EQ("aabbccdd", one.Deliver());

@@ -8,14 +8,6 @@
 namespace testing_support {
 namespace {
 
-Bytes Compress(const Bytes& bytes, int level = 9) {
-    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
-    Bytes out(size);
-    EXPECT_EQ(Z_OK, compress2(out.data(), &size, bytes.data(), static_cast<uLong>(bytes.size()), level));
-    out.resize(size);
-    return out;
-}
-
 Element Scoped(uint64_t order, uint64_t scope, uint64_t algorithm, const Bytes& settings) {
     return Master(id::kContentEncoding,
                   {Uint(id::kContentEncodingOrder, order), Uint(id::kContentEncodingScope, scope),
@@ -30,7 +22,7 @@ std::string Delivered(const Elements& encodings, const Bytes& stored) {
 
 TEST(Encodings, EveryOrderOfUndoing) {
     const Bytes frame = Hex("0102030405");
-    const Bytes packed = Compress(frame);
+    const Bytes packed = Zlib(frame);
     const Bytes strip = Hex("AABB");
     const struct {
         const char* name;
@@ -53,7 +45,7 @@ TEST(Encodings, EveryOrderOfUndoing) {
          {Encoding(0, 0, 3, strip), Encoding(1, 0, 0)},
          packed,
          Concat({strip, frame})},
-        {"zlib twice", {Encoding(0, 0, 0), Encoding(1, 0, 0)}, Compress(packed), frame},
+        {"zlib twice", {Encoding(0, 0, 0), Encoding(1, 0, 0)}, Zlib(packed), frame},
         {"empty stripping ends the walk too", {Encoding(0, 0, 0), Encoding(1, 0, 3)}, packed, packed},
         {"stripped twice, without zlib: ascending order",
          {Encoding(1, 0, 3, Hex("22")), Encoding(0, 0, 3, Hex("11"))},
@@ -80,7 +72,7 @@ TEST(Encodings, EveryOrderOfUndoing) {
 TEST(Encodings, EveryLacedFrameIsInflatedByItself) {
     const Bytes first = Bytes(500, 7), second = Pattern(50, 1);
     OneBlock one(EncodedTrack({Encoding(0, 0, 0)}),
-                 SimpleBlock(1, 0, 0, Lacing::kXiph, {Compress(first), Hex("BAD0"), Compress(second)}));
+                 SimpleBlock(1, 0, 0, Lacing::kXiph, {Zlib(first), Hex("BAD0"), Zlib(second)}));
     EXPECT_EQ(ToHex(Concat({first, Hex("BAD0"), second})), one.Deliver());
 }
 
@@ -131,7 +123,7 @@ std::vector<Bytes> Contents(size_t size) {
 TEST(Zlib, StreamsOfEverySizeWholeAndDamaged) {
     for (size_t size : {0u, 1u, 999u, 1000u, 1001u, 1999u, 2000u, 2001u, 5000u, 70000u}) {
         for (const Bytes& content : Contents(size)) {
-            const Bytes whole = Compress(content);
+            const Bytes whole = Zlib(content);
             ASSERT_EQ(ToHex(content), Delivered({Encoding(0, 0, 0)}, whole)) << size;
             for (size_t cut : {1u, 3u, 4u, 5u, 6u, 8u, 100u}) {
                 if (cut > whole.size()) continue;
@@ -153,8 +145,8 @@ TEST(Zlib, StreamsOfEverySizeWholeAndDamaged) {
 }
 
 TEST(Zlib, FramesThatInflateBeyondTheLimitStayAsStored) {
-    const Bytes below = Compress(Bytes(reader::limit::kInflatedFrameBytes, 0));
-    const Bytes above = Compress(Bytes(reader::limit::kInflatedFrameBytes + 1, 0));
+    const Bytes below = Zlib(Bytes(reader::limit::kInflatedFrameBytes, 0));
+    const Bytes above = Zlib(Bytes(reader::limit::kInflatedFrameBytes + 1, 0));
     OneBlock fits(EncodedTrack({Encoding(0, 0, 0)}), SimpleBlock(1, 0, 0, below));
     EXPECT_EQ(reader::limit::kInflatedFrameBytes, fits.Block().GetSize(fits.node.get(), fits.entry));
     EXPECT_EQ(ToHex(above), Delivered({Encoding(0, 0, 0)}, above));
@@ -162,7 +154,7 @@ TEST(Zlib, FramesThatInflateBeyondTheLimitStayAsStored) {
 
 // A few bytes that claim to hold very many are not looked into for the sake of a codec's configuration.
 TEST(Zlib, WhileAFileIsBeingOpenedSmallBlocksHoldLess) {
-    const Bytes content(5u << 20, 0), stored = Compress(content);
+    const Bytes content(5u << 20, 0), stored = Zlib(content);
     ASSERT_LT(reader::limit::RestoredBytesWhileOpening(stored.size() + 4), content.size());
     OneBlock one(EncodedTrack({Encoding(0, 0, 0)}), SimpleBlock(1, 0, 0, stored));
     {

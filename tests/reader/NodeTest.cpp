@@ -49,41 +49,6 @@ TEST(Node, WalksChildrenInFileOrderWhateverTheWidthOfTheirSizes) {
     }
 }
 
-TEST(Node, ChildFindsAnIdOnlyByScanning) {
-    OpenFile open(Write({Master(id::kInfo, {Uint(id::kTimecodeScale, 1), Str(id::kTitle, "t")})}).bytes);
-    const sp<CMatroskaNode> info = open.Root()->Child(0, false);
-    EXPECT_EQ(nullptr, info->Child(id::kTitle, false).get());
-    EXPECT_EQ(id::kTitle, info->Child(id::kTitle, true)->Id());
-    EXPECT_EQ(id::kTimecodeScale, info->Child(id::kTimecodeScale, false)->Id());
-    EXPECT_EQ(nullptr, info->Child(id::kDuration, true).get());
-}
-
-TEST(Node, EmptyElementsHaveNoChild) {
-    OpenFile open(Write({Master(id::kInfo, {}), Str(id::kTitle, "outside")}).bytes);
-    EXPECT_EQ(nullptr, open.Root()->Child(0, false)->Child(0, false).get());
-}
-
-TEST(Node, CopiesMoveIndependently) {
-    OpenFile open(Write({Master(id::kInfo, {Uint(id::kTimecodeScale, 1), Str(id::kTitle, "t")})}).bytes);
-    const sp<CMatroskaNode> first = open.Root()->Child(0, false)->Child(0, false);
-    const sp<CMatroskaNode> copy = first->Copy();
-    ASSERT_TRUE(copy->Next(false));
-    EXPECT_EQ(id::kTitle, copy->Id());
-    EXPECT_EQ(id::kTimecodeScale, first->Id());
-    EXPECT_FALSE(copy->Next(false));
-}
-
-TEST(Node, NextOfTheSameIdSkipsOthers) {
-    const Document file = Write(
-        {Segment({Master(id::kCues, {Bin(id::kVoid, Bytes(3))}), Bin(id::kVoid, Bytes(3)), Cluster(0, {}),
-                  Master(id::kCues, {Bin(id::kVoid, Bytes(3))}).Label("second"), Cluster(1, {})})});
-    OpenFile open(file.bytes);
-    const sp<CMatroskaNode> cues = open.SegmentNode()->Child(id::kCues, true);
-    ASSERT_TRUE(cues->Next(true));
-    EXPECT_EQ(file.HeaderOf("second"), cues->HeaderStart());
-    EXPECT_FALSE(cues->Next(true));
-}
-
 TEST(Node, AnElementOfUnknownSizeEndsWithTheFile) {
     const Document file = Write(
         {Segment({Master(id::kInfo, {Uint(id::kTimecodeScale, 1)}).UnknownSize(1), Bin(id::kVoid, Bytes(3))})
@@ -266,17 +231,6 @@ TEST(OpenCluster, AKnownSizeIsWalkedAsItSays) {
     ASSERT_TRUE(block->NextBlock());
     EXPECT_EQ(file.HeaderOf("behind"), block->HeaderStart());
     EXPECT_FALSE(cluster->Next(false));
-}
-
-TEST(Blocks, FirstBlockSkipsOtherChildren) {
-    OpenFile open(Write({Segment({Cluster(0, {Uint(id::kClusterPrevSize, 1), Bin(id::kVoid, Bytes(1)),
-                                              BlockGroup(1, 0, Hex("01"))}),
-                                  Cluster(1, {Bin(id::kVoid, Bytes(1))})})})
-                      .bytes);
-    const sp<CMatroskaNode> cluster = open.SegmentNode()->Child(id::kCluster, true);
-    EXPECT_EQ(id::kBlockGroup, cluster->GetFirstBlock()->Id());
-    ASSERT_TRUE(cluster->Next(true));
-    EXPECT_EQ(nullptr, cluster->GetFirstBlock().get());
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 namespace testing_support {
 namespace {
 
-constexpr uint64_t kVideoType = 1, kAudioType = 2, kSubtitleType = 17;
-
 uint32_t Tag(const char* text) {
     return static_cast<uint32_t>(static_cast<uint8_t>(text[0]) | static_cast<uint8_t>(text[1]) << 8 |
                                  static_cast<uint8_t>(text[2]) << 16) |

@@ -131,14 +131,6 @@ TEST(Values, ACutElementFailsAndIsNotSet) {
     EXPECT_EQ(kFailure, binary.Parse(cutBinary.node.get()));
 }
 
-TEST(Values, AnsiKeepsZeroBytesInside) {
-    OneElement one = Payload("6100 62");
-    reader::CANSI text;
-    EXPECT_EQ(kOk, text.Parse(one.node.get()));
-    EXPECT_EQ(3u, text.size());
-    EXPECT_EQ(0, std::memcmp("a\0b", text.c_str(), 4));
-}
-
 TEST(Values, Utf8IsOneZeroByteLongerThanItsElement) {
     OneElement one = Payload("616263");
     reader::CUTF8 text;

@@ -1,6 +1,8 @@
 // The block and track helpers of EbmlWriter.h.
 #include "support/EbmlWriter.h"
 
+#include <algorithm>
+
 namespace testing_support {
 
 namespace {
@@ -92,6 +94,37 @@ Element Audio(double samplingFrequency, uint64_t channels, Elements others) {
     others.insert(others.begin(),
                   {Flt(id::kSamplingFrequency, samplingFrequency), Uint(id::kChannels, channels)});
     return Master(id::kAudio, std::move(others));
+}
+
+Element Mpeg2Track(uint64_t number, Elements others) {
+    others.insert(others.begin(), Video(64, 48));
+    return Track(number, kVideoType, "V_MPEG2", std::move(others));
+}
+
+Element Mp3Track(uint64_t number, Elements others) {
+    others.insert(others.begin(), Audio(44100, 2));
+    return Track(number, kAudioType, "A_MPEG/L3", std::move(others));
+}
+
+Element TextTrack(uint64_t number, const std::string& codecId) {
+    return Track(number, kSubtitleType, codecId);
+}
+
+Element Private(const Bytes& bytes) {
+    return Bin(id::kCodecPrivate, bytes);
+}
+
+Bytes BitmapHeader(const std::string& compression) {
+    Bytes header(40);
+    header[0] = 40;
+    std::copy(compression.begin(), compression.end(), header.begin() + 16);
+    return header;
+}
+
+Document OneTrack(const Elements& blocks, Elements trackParts) {
+    return Write(
+        {EbmlHeader(), Segment({Info(1000), Master(id::kTracks, {Mpeg2Track(1, std::move(trackParts))}),
+                                Cluster(0, blocks)})});
 }
 
 Element SeekHead(const std::vector<std::pair<uint32_t, std::string>>& idAndLabel) {

@@ -124,9 +124,20 @@ Element Info(double duration, uint64_t timecodeScale = 1000000);
 Element Track(uint64_t number, uint64_t type, const std::string& codecId, Elements others = {});
 Element Video(uint64_t width, uint64_t height);
 Element Audio(double samplingFrequency, uint64_t channels, Elements others = {});
+constexpr uint64_t kVideoType = 1, kAudioType = 2, kSubtitleType = 17;
+Element Mpeg2Track(uint64_t number = 1, Elements others = {});
+Element Mp3Track(uint64_t number = 2, Elements others = {});
+Element TextTrack(uint64_t number, const std::string& codecId = "S_TEXT/UTF8");
+Element Private(const Bytes& bytes);
+// A bitmap header of 40 bytes with this compression code.
+Bytes BitmapHeader(const std::string& compression);
 Element SeekHead(const std::vector<std::pair<uint32_t, std::string>>& idAndLabel);
 Element CuePoint(uint64_t time, uint64_t track, const std::string& clusterLabel);
 // One ContentEncoding; `settings` only where not empty.
 Element Encoding(uint64_t order, uint64_t type, uint64_t algorithm, const Bytes& settings = {});
+// EBML header, Info, one MPEG-2 track (`trackParts` in it), one Cluster with these blocks.
+Document OneTrack(const Elements& blocks, Elements trackParts = {});
+
+Bytes Zlib(const Bytes& plain, int level = 9);  // one zlib stream
 
 }  // namespace testing_support

@@ -6,6 +6,8 @@ include $(CLEAR_VARS)
 
 LOCAL_MODULE := libmatroska_ext
 LOCAL_MODULE_TAGS := optional
+# The media process is a 32-bit one, on 64-bit products too.
+LOCAL_MULTILIB := 32
 
 LOCAL_SRC_FILES := \
     extractor/utils/MimeTypes.cpp \

@@ -224,7 +224,10 @@ const size_t ElementWalk::kMostTracks = MatroskaExtReader::limit::kTrackEntries;
 
 ElementWalk::ElementWalk(const sp<android::DataSource>& source, Knows knows)
     : mState(std::make_unique<State>(source)) {
-    if (knows == Knows::kDocument) (void)mState->file.Init();  // what it finds is what there is
+    if (knows == Knows::kDocument) {
+        (void)mState->file.Init();  // what it finds is what there is
+        mState->context.scale = mState->file.TimecodeScale();
+    }
     mState->begin();
 }
 

@@ -48,8 +48,8 @@ class ElementWalk {
     // So many entries of tracks a document has at most.
     static const size_t kMostTracks;
 
-    // What is known when the walk begins: nothing, or the document as opening reads it, which readBlock()
-    // needs.
+    // What is known when the walk begins: nothing, or the document as opening reads it, with the unit of time
+    // and the tracks that readBlock() needs.
     enum class Knows { kNothing, kDocument };
 
     explicit ElementWalk(const android::sp<android::DataSource>& source, Knows knows = Knows::kNothing);

@@ -71,10 +71,10 @@ void collect(const Session& session, Progress& progress, ReportPage& page) {
     const android::sp<android::MatroskaExtExtractor> extractor = session.reader().extractor();
     page.info = session.info();
     readTimelines(session, progress, page);
-    page.layout = readLayout(*extractor);
+    page.layout = readLayout(session.newBytes());
     if (page.checked.size == 0 && !page.layout.regions.empty())  // the source does not tell
         page.checked.size = page.layout.regions.back().end;
-    readContents(*extractor, page);
+    readContents(session, page);
     readSeeks(session, page);
     readLosses(*extractor, page);
 }

@@ -24,11 +24,11 @@ TrackTimeline readTimeline(const Session& session, const TrackInfo& track, size_
                            const std::function<void(uint64_t position)>& reached);
 
 // The elements of the Segment one after the other, Clusters with their blocks counted; payloads are not read.
-FileLayout readLayout(android::MatroskaExtExtractor& extractor);
+FileLayout readLayout(const android::sp<android::DataSource>& source);
 
 // What the document holds beside tracks: titles, cue points by track, index entries, chapters, attachments.
 // The timelines have to be there.
-void readContents(android::MatroskaExtExtractor& extractor, ReportPage& page);
+void readContents(const Session& session, ReportPage& page);
 
 // What the reader has lost up to now.
 void readLosses(android::MatroskaExtExtractor& extractor, ReportPage& page);

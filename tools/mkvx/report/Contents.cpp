@@ -35,55 +35,12 @@ void readCues(const CMatroskaFile& file, ReportPage& page) {
     }
 }
 
-class ChapterList {
-  public:
-    explicit ChapterList(ReportPage& page) : mPage(page) {}
-
-    // Bounded by the reader's limit on nesting.
-    void add(const CNode<ChapterAtom>& atoms, uint64_t edition, unsigned depth) {
-        for (const auto& atom : atoms) {
-            ++mPage.chapterCount;
-            if (mPage.chapters.size() < ReportPage::kMostRows)
-                mPage.chapters.push_back(rowOf(*atom, edition, depth));
-            add(atom->Atoms, edition, depth + 1);
-        }
-    }
-
-  private:
-    static ChapterRow rowOf(const ChapterAtom& atom, uint64_t edition, unsigned depth) {
-        ChapterRow row;
-        row.depth = depth;
-        row.edition = edition;
-        if (!atom.Displays.isEmpty()) {
-            row.title = textOf(atom.Displays[0]->ChapString);
-            row.language = textOf(atom.Displays[0]->ChapLanguage);
-        }
-        row.startNs = atom.ChapterTimeStart.Get();
-        row.endNs = atom.ChapterTimeEnd.Get();
-        row.hasEnd = atom.ChapterTimeEnd.IsSet();
-        row.isHidden = atom.ChapterFlagHidden.Get() != 0;
-        row.isEnabled = atom.ChapterFlagEnabled.Get() != 0;
-        return row;
-    }
-
-    ReportPage& mPage;
-};
-
-void readChapters(const CMatroskaFile& file, ReportPage& page) {
-    uint64_t edition = 0;
-    ChapterList list(page);
-    for (const auto& chapters : file.Segment.Chapters)
-        for (const auto& entry : chapters->Editions) list.add(entry->Atoms, edition++, 0);
-}
-
-void readAttachments(const CMatroskaFile& file, ReportPage& page) {
-    for (const auto& attachment : file.Segment.Attachments)
-        for (const auto& held : attachment->Files) {
-            ++page.attachmentCount;
-            if (page.attachments.size() == ReportPage::kMostRows) continue;
-            page.attachments.push_back({textOf(held->FileName), textOf(held->FileMimeType),
-                                        textOf(held->FileDescription), held->DataPosition, held->DataSize});
-        }
+void readDocument(const android::sp<android::DataSource>& source, ReportPage& page) {
+    Document document(source);
+    page.chapters = document.chapters();
+    if (!page.chapters.isReached) page.chapters.editions.clear();
+    page.attachments = document.attachments();
+    if (!page.attachments.isReached) page.attachments.files.clear();
 }
 
 const char* describe(LossKind kind) {
@@ -110,7 +67,8 @@ const char* describe(LossKind kind) {
 
 }  // namespace
 
-void readContents(android::MatroskaExtExtractor& extractor, ReportPage& page) {
+void readContents(const Session& session, ReportPage& page) {
+    android::MatroskaExtExtractor& extractor = *session.reader().extractor();
     const CMatroskaFile& file = *extractor.File();
     page.docType = textOf(file.Header.DocType);
     page.title = textOf(file.Segment.Info.Title);
@@ -123,8 +81,7 @@ void readContents(android::MatroskaExtExtractor& extractor, ReportPage& page) {
         page.indexEntries.add({entry.timeUs, AddWrapping(entry.position, file.Segment.DataStart)});
     page.index.entries.clear();
     readCues(file, page);
-    readChapters(file, page);
-    readAttachments(file, page);
+    readDocument(session.newBytes(), page);
 }
 
 // Every walk over the same damage notes it anew: each is told once. What was skipped between elements the

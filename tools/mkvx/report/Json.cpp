@@ -197,33 +197,52 @@ Json seekJson(const SeekProbe& seek) {
     return object;
 }
 
-Json chapterJson(const ChapterRow& row) {
+Json chapterJson(const Chapter& chapter, size_t edition, size_t depth) {
+    const ChapterTitle title = chapter.titles.empty() ? ChapterTitle() : chapter.titles.front();
     Json object;
-    object["edition"] = row.edition;
-    object["depth"] = row.depth;
-    object["title"] = shortText(row.title);
-    object["language"] = shortText(row.language);
-    object["start_us"] = number(row.startNs / 1000);
-    if (row.hasEnd) object["end_us"] = number(row.endNs / 1000);
-    if (row.isHidden) object["hidden"] = true;
-    if (!row.isEnabled) object["disabled"] = true;
+    object["edition"] = edition;
+    object["depth"] = depth;
+    object["title"] = shortText(title.text);
+    object["language"] = shortText(title.language);
+    object["start_us"] = number(chapter.startUs);
+    set(object, "end_us", chapter.endUs);
+    if (chapter.isHidden) object["hidden"] = true;
+    if (!chapter.isEnabled) object["disabled"] = true;
     return object;
+}
+
+// Chapters in one list, each behind the one that it is part of. Returns how many there are; the list holds
+// the first of them.
+uint64_t addChapters(const std::vector<Chapter>& chapters, size_t edition, size_t depth, Json& list) {
+    uint64_t count = chapters.size();
+    for (const Chapter& chapter : chapters) {
+        if (list.size() < ReportPage::kMostRows) list.push_back(chapterJson(chapter, edition, depth));
+        count += addChapters(chapter.nested, edition, depth + 1, list);
+    }
+    return count;
+}
+
+Json attachmentJson(const Attachment& file) {
+    return {{"name", shortText(file.name)},
+            {"mime", shortText(file.mime)},
+            {"description", shortText(file.description)},
+            {"position", number(file.offset)},
+            {"size", number(file.size)}};
 }
 
 void addLists(Json& object, const ReportPage& page) {
     object["seeks"] = object["chapters"] = object["attachments"] = object["losses"] = Json::array();
     for (const SeekProbe& seek : page.seeks) object["seeks"].push_back(seekJson(seek));
-    for (const ChapterRow& row : page.chapters) object["chapters"].push_back(chapterJson(row));
-    for (const AttachmentRow& row : page.attachments)
-        object["attachments"].push_back({{"name", shortText(row.name)},
-                                         {"mime", shortText(row.mime)},
-                                         {"description", shortText(row.description)},
-                                         {"position", number(row.position)},
-                                         {"size", number(row.size)}});
+    uint64_t chapters = 0;
+    for (size_t i = 0; i < page.chapters.editions.size(); ++i)
+        chapters += addChapters(page.chapters.editions[i], i, 0, object["chapters"]);
+    for (const Attachment& file : page.attachments.files)
+        if (object["attachments"].size() < ReportPage::kMostRows)
+            object["attachments"].push_back(attachmentJson(file));
     for (const LossRow& row : page.losses)
         object["losses"].push_back({row.what, number(row.position), number(row.size)});
-    object["chapter_count"] = page.chapterCount;
-    object["attachment_count"] = page.attachmentCount;
+    object["chapter_count"] = chapters;
+    object["attachment_count"] = page.attachments.files.size();
     object["losses_cut"] = page.isLossListFull;
 }
 

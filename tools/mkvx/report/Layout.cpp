@@ -1,74 +1,69 @@
 #include <algorithm>
 
 #include "base/Log.h"
-#include "matroska/MatroskaExtExtractor.h"
+#include "device/ElementTable.h"
+#include "device/ElementWalk.h"
 #include "report/Collect.h"
 
 namespace mkvx {
 namespace {
 
-using MatroskaExtReader::BlockRun;
-using MatroskaExtReader::CMatroskaFile;
-using MatroskaExtReader::CMatroskaNode;
-namespace id = MatroskaExtReader::id;
-
-std::string nameOf(uint32_t elementId) {
-    const MatroskaExtReader::ElementInfo* info = MatroskaExtReader::FindElementInfo(elementId);
-    return info != nullptr ? info->name : "unknown element";
-}
-
-class LayoutWalk {
+class LayoutMap {
   public:
-    LayoutWalk(CMatroskaFile& file, FileLayout& layout) : mFile(file), mLayout(layout) {}
+    LayoutMap(const android::sp<android::DataSource>& source, FileLayout& layout)
+        : mWalk(source, ElementWalk::Knows::kDocument), mLayout(layout) {}
 
-    // Each step of a walk moves forward, so the file bounds both loops.
     void run() {
-        const android::sp<CMatroskaNode> root = new CMatroskaNode(&mFile);
-        const android::sp<CMatroskaNode> segment = mFile.SegmentNode();
-        for (android::sp<CMatroskaNode> node = root->Child(0, true); node != nullptr;) {
-            if (segment != nullptr && node->HeaderStart() == segment->HeaderStart())
-                takeSegment(*segment);
-            else
-                add(nameOf(node->Id()), node->HeaderStart(), node->End());
-            if (!node->Next(false)) break;
-        }
-        if (mFile.HasKnownLength()) add("not reached", mEnd, mFile.Length());
+        while (const std::optional<WalkItem> item = mWalk.next())  // bounded by the walk
+            if (const auto* element = std::get_if<Element>(&item->what)) take(item->depth, *element);
+        endCluster();
+        if (mWalk.length()) add("not reached", mEnd, *mWalk.length());
     }
 
   private:
-    void takeSegment(const CMatroskaNode& segment) {
-        if (mFile.HasKnownLength() && !segment.HasUnknownSize() && segment.PayloadEnd() > mFile.Length())
-            mLayout.missing = segment.PayloadEnd() - mFile.Length();
-        add("Segment header", segment.HeaderStart(), segment.DataStart());
-        const android::sp<CMatroskaNode> child = segment.Child(0, true);
-        if (child == nullptr) return;
-        do {
-            if (child->Id() == id::kCluster) takeCluster(child);
-            add(nameOf(child->Id()), child->HeaderStart(), child->End());
-        } while (child->Next(false));
+    void take(unsigned depth, const Element& element) {
+        if (depth < 2) endCluster();
+        if (depth == 0 && element.id == id::kSegment && !mHasSegment) return beginSegment(element);
+        if (depth == 1 && element.id == id::kCluster) return beginCluster(element);
+        mWalk.skipChildren();
+        if (depth < 2)
+            add(elementKind(element.id), element.offset, element.end);
+        else
+            takeOfCluster(element);
     }
 
-    void takeCluster(const android::sp<CMatroskaNode>& cluster) {
-        ClusterMark mark;
-        android::sp<BlockRun> run = mFile.Blocks.First(cluster.get());
-        size_t index = 0;
-        while (run->Reach(index)) {  // bounded: every block moves forward
-            ++mark.blocks;
-            if (++index < BlockRun::kBlocks) continue;
-            run = mFile.Blocks.After(*run);
-            index = 0;
-        }
-        if (cluster->HasUnknownSize() && !run->IsFull()) cluster->KnowOpenEnd(run->WalkEnd());
-        mark.timeUs = int64_t(mFile.ToMicroseconds(run->ClusterTimecode()));
-        mark.position = cluster->HeaderStart();
-        mark.size = cluster->End() - std::min(cluster->HeaderStart(), cluster->End());
-        mLayout.clusters.add(mark);
+    void beginSegment(const Element& segment) {
+        mHasSegment = true;
+        if (mWalk.length() && !segment.hasUnknownSize && segment.payloadEnd > *mWalk.length())
+            mLayout.missing = segment.payloadEnd - *mWalk.length();
+        add("Segment header", segment.offset, segment.dataOffset);
+    }
+
+    void beginCluster(const Element& cluster) {
+        mCluster = ClusterMark();
+        mCluster->position = cluster.offset;
+        mCluster->size = cluster.end - std::min(cluster.offset, cluster.end);
+        mHasTime = false;
+        add(elementKind(cluster.id), cluster.offset, cluster.end);
+    }
+
+    void takeOfCluster(const Element& element) {
+        if (element.id == id::kSimpleBlock || element.id == id::kBlockGroup) ++mCluster->blocks;
+        if (element.id != id::kClusterTimecode || mHasTime) return;
+        mHasTime = true;
+        const auto* time = std::get_if<uint64_t>(&element.value);
+        if (time != nullptr) mCluster->timeUs = unitsToUs(*time, mWalk.context().scale).value_or(INT64_MAX);
+    }
+
+    void endCluster() {
+        if (mCluster) mLayout.clusters.add(*mCluster);
+        mCluster.reset();
     }
 
     // What lies between the element before and this one was skipped: nothing readable is there.
     void add(const std::string& name, uint64_t begin, uint64_t end) {
         if (begin > mEnd) append("damaged", mEnd, begin);
-        end = mFile.HasKnownLength() ? std::min(end, mFile.Length()) : end;
+        end = mWalk.length() ? std::min(end, *mWalk.length()) : end;
         append(name, std::max(begin, mEnd), end);
     }
 
@@ -87,17 +82,20 @@ class LayoutWalk {
         }
     }
 
-    CMatroskaFile& mFile;
+    ElementWalk mWalk;
     FileLayout& mLayout;
+    bool mHasSegment = false;
+    std::optional<ClusterMark> mCluster;  // that the walk is in
+    bool mHasTime = false;                // its Timestamp was met; a second one counts for nothing
     uint64_t mEnd = 0;
 };
 
 }  // namespace
 
-FileLayout readLayout(android::MatroskaExtExtractor& extractor) {
+FileLayout readLayout(const android::sp<android::DataSource>& source) {
     MuteLog mute;
     FileLayout layout;
-    LayoutWalk(*extractor.File(), layout).run();
+    LayoutMap(source, layout).run();
     return layout;
 }
 

@@ -1,18 +1,20 @@
-// What the report page shows of one file, as plain values: the verdicts (CheckModel.h), and what they look
-// like over time and over the file. Filled by ReportCollect.cpp and its parts, turned into the page's data by
-// ReportJson.cpp.
+// What the report page shows of one file, as plain values: the verdicts (check/Model.h), and what they look
+// like over time and over the file. Filled by Collect.cpp and its parts, turned into the page's data by
+// Json.cpp.
 //
 // Times are microseconds, positions and sizes bytes from the file's start. Every list is bounded, and knows
 // how much there was. Texts are raw bytes of the file.
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "check/Model.h"
+#include "device/Document.h"
 #include "device/Model.h"
 #include "report/RateBuckets.h"
 #include "report/Thinned.h"
@@ -78,20 +80,6 @@ struct SeekProbe {
     Landing landing;
 };
 
-struct ChapterRow {
-    unsigned depth = 0;  // 0: an edition's own atoms
-    uint64_t edition = 0;
-    std::string title;
-    std::string language;
-    uint64_t startNs = 0, endNs = 0;
-    bool hasEnd = false, isHidden = false, isEnabled = true;
-};
-
-struct AttachmentRow {
-    std::string name, mime, description;
-    uint64_t position = 0, size = 0;
-};
-
 struct LossRow {
     std::string what;  // our sentence
     uint64_t position = 0, size = 0;
@@ -113,10 +101,8 @@ struct ReportPage {
     Thinned<IndexEntry> indexEntries;  // positions here are of the file, not of the Segment's data
     std::vector<IndexGap> coarse;
     std::vector<SeekProbe> seeks;
-    std::vector<ChapterRow> chapters;
-    uint64_t chapterCount = 0;
-    std::vector<AttachmentRow> attachments;
-    uint64_t attachmentCount = 0;
+    Chapters chapters;        // those that the plug-in reaches, like the next
+    Attachments attachments;  // both in full: the reader bounds how many it keeps
     std::vector<LossRow> losses;
     bool isLossListFull = false;  // there may be more
 };

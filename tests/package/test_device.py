@@ -25,9 +25,10 @@ def test_every_source_is_in_the_list():
     assert on_disk == host
 
 
-def test_the_device_build_keeps_the_export_list():
+def test_the_device_build_keeps_its_flags():
     makefile = (ROOT / "Android.mk").read_text()
-    for flag in ("-Bsymbolic", "extractor/exports.map", "-fvisibility=hidden", "-fno-rtti", "-fno-exceptions"):
+    for flag in ("-Bsymbolic", "extractor/exports.map", "-fvisibility=hidden", "-fno-rtti", "-fno-exceptions",
+                 "-std=gnu++11", "LOCAL_MULTILIB := 32"):
         assert flag in makefile, flag
 
 

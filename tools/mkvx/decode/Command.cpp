@@ -1,23 +1,20 @@
 // mkvx decode FILE: plays the part of the device's decoders, with nothing but what the plug-in hands out.
 #include <fmt/format.h>
+#include <media/stagefright/MetaData.h>
 #include <algorithm>
 #include <limits>
-
-extern "C" {
-#include <libavutil/frame.h>
-}
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
-#include "decode/Engine.h"
-#include "decode/Output.h"
+#include "decode/DecoderProcess.h"
 #include "decode/Report.h"
 #include "device/Session.h"
 #include "device/TrackReader.h"
 #include "device/UnitProgress.h"
+#include "matroska/MetaDataKeys.h"
 
 namespace mkvx {
 namespace {
@@ -31,66 +28,96 @@ struct Options {
     ProgressStyle progress = ProgressStyle::kLine;
 };
 
-// One track from its first unit on.
+// Values below 1 say nothing to a decoder.
+int32_t numberOf(android::MetaData& format, uint32_t key) {
+    int32_t value = 0;
+    return format.findInt32(key, &value) && value > 0 ? value : 0;
+}
+
+Bytes dataOf(android::MetaData& format, uint32_t key) {
+    uint32_t type = 0;
+    const void* data = nullptr;
+    size_t size = 0;
+    if (!format.findData(key, &type, &data, &size) || size == 0) return {};
+    const auto* bytes = static_cast<const uint8_t*>(data);
+    return Bytes(bytes, bytes + size);
+}
+
+TrackSetup setupFrom(android::MetaData& format) {
+    TrackSetup setup;
+    const char* mime = "";
+    format.findCString(android::kKeyMIMEType, &mime);
+    setup.mime = mime;
+    setup.width = numberOf(format, android::kKeyWidth);
+    setup.height = numberOf(format, android::kKeyHeight);
+    setup.sampleRate = numberOf(format, android::kKeySampleRate);
+    setup.channels = numberOf(format, android::kKeyChannelCount);
+    setup.bitsPerSample = numberOf(format, android::kKeyBitsPerSample);
+    setup.esds = dataOf(format, android::kKeyESDS);
+    setup.avcc = dataOf(format, android::kKeyAVCC);
+    setup.hvcc = dataOf(format, android::kKeyHVCC);
+    setup.mpeg4Headers = dataOf(format, android::kKeyMpeg4Headers);
+    setup.vorbisInfo = dataOf(format, android::kKeyVorbisInfo);
+    setup.vorbisBooks = dataOf(format, android::kKeyVorbisBooks);
+    return setup;
+}
+
+// One track from its first unit on, at most `mostFrames` frames.
 class TrackDecoding {
   public:
-    // `extra` may be null; it takes the frames too and is not owned.
-    TrackDecoding(const TrackInfo& track, size_t limit, FrameSink* extra, UnitProgress& progress)
-        : mLimit(limit), mExtra(extra), mProgress(progress) {
+    TrackDecoding(const TrackInfo& track, const android::sp<android::MediaSource>& source, TrackSetup setup,
+                  UnitProgress& progress)
+        : mMostFrames(setup.mostFrames), mSource(source), mProgress(progress), mDecoder(setup) {
         mProgress.beginPass(track.durationUs.value_or(0));
         mResult.index = track.index;
         mResult.kind = track.kind;
         mResult.mime = track.mime;
     }
 
-    DecodedTrack run(const android::sp<android::MediaSource>& source) {
-        try {
-            Decoder decoder(decoderSetup(*source->getFormat()),
-                            [this](const AVFrame& frame) { take(frame); });
-            mResult.decoder = decoder.name();
-            decode(source, decoder);
-            mResult.errors = decoder.errors();
-            mResult.problem = decoder.firstError();
-            if (!wasInterrupted()) mResult.sha1 = mHash.hex();  // else it is the hash of some of the frames
-            if (wasInterrupted() && mResult.problem.empty()) mResult.problem = "interrupted";
-        } catch (const DecodeProblem& problem) {
-            mResult.problem = problem.what();
-        }
+    DecodedTrack run() {
+        if (!state().isOver) feedAll();
+        mResult.decoder = state().decoder;
+        mResult.frames = state().frames;
+        mResult.samples = state().samples;
+        mResult.problem = state().problem;
+        if (state().isOver) return mResult;
+        mResult.errors = state().errors;
+        if (!wasInterrupted()) mResult.sha1 = state().sha1;  // else it is the hash of some of the frames
+        if (wasInterrupted() && mResult.problem.empty()) mResult.problem = "interrupted";
         return mResult;
     }
 
+    bool hasOutput() const { return state().hasOutput; }
+    void closeOutput() { mDecoder.closeOutput(); }
+
   private:
-    bool full() const { return mResult.frames >= mLimit; }
+    const TrackState& state() const { return mDecoder.state(); }
 
-    void decode(const android::sp<android::MediaSource>& source, Decoder& decoder) {
-        TrackReader reader(source);
-        while (!full()) {
-            const BufferPtr buffer = reader.next();
-            if (!buffer) return decoder.finish();
-            const android::sp<android::MetaData> meta = buffer->meta_data();
-            int64_t timeUs = 0;
-            int32_t sync = 0;
-            meta->findInt64(android::kKeyTime, &timeUs);
-            meta->findInt32(android::kKeyIsSyncFrame, &sync);
-            const auto* data = static_cast<const uint8_t*>(buffer->data()) + buffer->range_offset();
-            decoder.feed(data, buffer->range_length(), timeUs, sync != 0);
-            ++mResult.units;
-            mProgress.reach(timeUs, buffer->range_length());
-        }
+    void feedAll() {
+        TrackReader reader(mSource);
+        BufferPtr buffer;
+        while (!state().isOver && state().frames < mMostFrames && (buffer = reader.next())) feed(*buffer);
+        if (!state().isOver) mDecoder.end(buffer == nullptr);
     }
 
-    void take(const AVFrame& frame) {
-        if (full()) return;
-        ++mResult.frames;
-        mResult.samples += uint64_t(frame.nb_samples);
-        mHash.take(frame);
-        if (mExtra != nullptr) mExtra->take(frame);
+    void feed(android::MediaBuffer& buffer) {
+        const android::sp<android::MetaData> meta = buffer.meta_data();
+        UnitHead unit;
+        int32_t sync = 0;
+        meta->findInt64(android::kKeyTime, &unit.timeUs);
+        meta->findInt32(android::kKeyIsSyncFrame, &sync);
+        unit.isSync = sync != 0;
+        const auto* data = static_cast<const uint8_t*>(buffer.data()) + buffer.range_offset();
+        mDecoder.feed(unit, data, buffer.range_length());
+        if (state().isOver) return;
+        ++mResult.units;
+        mProgress.reach(unit.timeUs, buffer.range_length());
     }
 
-    size_t mLimit;
-    FrameSink* mExtra;
+    uint64_t mMostFrames;
+    android::sp<android::MediaSource> mSource;
     UnitProgress& mProgress;
-    FrameHash mHash;
+    DecoderProcess mDecoder;
     DecodedTrack mResult;
 };
 
@@ -116,9 +143,13 @@ const TrackInfo& outputTrack(const Options& options, const std::vector<TrackInfo
     return *chosen;
 }
 
-std::unique_ptr<FrameSink> makeOutput(const TrackInfo& track, const std::string& path) {
-    if (track.kind == TrackKind::kAudio) return makeSoundFile(path);
-    return makePictureFile(path, track.thumbnailUs.value_or(std::numeric_limits<int64_t>::min()));
+void nameOutput(const TrackInfo& track, const std::string& path, TrackSetup& setup) {
+    if (track.kind == TrackKind::kAudio) {
+        setup.soundPath = path;
+        return;
+    }
+    setup.picturePath = path;
+    setup.pictureTimeUs = track.thumbnailUs.value_or(std::numeric_limits<int64_t>::min());
 }
 
 std::string interruptedAt(const std::vector<DecodedTrack>& results) {
@@ -141,24 +172,28 @@ int run(const Globals& globals, const Options& options) {
     const std::vector<TrackInfo>& tracks = session.info().tracks;
     checkTrack(options, session.info());
     const TrackInfo* toOutput = options.output.empty() ? nullptr : &outputTrack(options, tracks);
-    const std::unique_ptr<FrameSink> output = toOutput ? makeOutput(*toOutput, options.output) : nullptr;
     const auto isWanted = [&](const TrackInfo& track) {
         return track.kind != TrackKind::kSubtitle && (!options.track || *options.track == track.index);
     };
     UnitProgress progress(options.file, options.progress,
                           size_t(std::count_if(tracks.begin(), tracks.end(), isWanted)));
     std::vector<DecodedTrack> results;
+    std::unique_ptr<TrackDecoding> output;  // its file is completed when the results are told
     untilInterrupted([&] {
         for (const TrackInfo& track : tracks) {
             if (!isWanted(track) || wasInterrupted()) continue;
-            FrameSink* const sink = &track == toOutput ? output.get() : nullptr;
-            TrackDecoding decoding(track, options.frames, sink, progress);
-            results.push_back(decoding.run(session.newSource(track.index)));
+            const android::sp<android::MediaSource> source = session.newSource(track.index);
+            TrackSetup setup = setupFrom(*source->getFormat());
+            setup.mostFrames = options.frames;
+            if (&track == toOutput) nameOutput(track, options.output, setup);
+            auto decoding = std::make_unique<TrackDecoding>(track, source, std::move(setup), progress);
+            results.push_back(decoding->run());
+            if (&track == toOutput) output = std::move(decoding);
         }
     });
     progress.hide();
     renderDecoded(results, options.format, stdout);
-    if (output && (!wasInterrupted() || output->hasFrames())) output->finish();
+    if (output && (!wasInterrupted() || output->hasOutput())) output->closeOutput();
     throwIfInterrupted(options.file, interruptedAt(results));
     return kExitDone;
 }

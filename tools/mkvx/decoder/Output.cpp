@@ -1,6 +1,7 @@
-#include "decode/Output.h"
+#include "decoder/Output.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -13,11 +14,10 @@ extern "C" {
 #include <cstring>
 #include <limits>
 
-#include "base/Digest.h"
 #include "base/Failure.h"
 #include "base/OutputFile.h"
 #include "base/Text.h"
-#include "decode/Engine.h"
+#include "decoder/Engine.h"
 
 namespace mkvx {
 namespace {
@@ -226,7 +226,7 @@ void FrameHash::take(const AVFrame& frame) {
 std::string FrameHash::hex() {
     uint8_t digest[20];
     av_sha_final(mSha.get(), digest);
-    return toHex(digest, sizeof(digest));
+    return fmt::format("{:02x}", fmt::join(digest, ""));
 }
 
 std::unique_ptr<FrameSink> makePictureFile(const std::string& path, int64_t timeUs) {

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "decode/Setup.h"
+#include "decoder/Setup.h"
 
 struct AVCodecContext;
 struct AVCodecParserContext;

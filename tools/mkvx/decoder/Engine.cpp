@@ -1,4 +1,4 @@
-#include "decode/Engine.h"
+#include "decoder/Engine.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "device/CodecRecords.h"
+#include "decode/Protocol.h"
 
 struct AVFrame;
 struct AVSHA;

@@ -1,15 +1,13 @@
-#include "decode/Setup.h"
+#include "decoder/Setup.h"
 
 #include <fmt/format.h>
 #include <string>
 
 #include "base/Text.h"
-#include "matroska/MetaDataKeys.h"
+#include "device/CodecRecords.h"
 
 namespace mkvx {
 namespace {
-
-using android::MetaData;
 
 constexpr uint32_t fourCc(const char (&text)[5]) {
     return uint32_t(uint8_t(text[0])) | uint32_t(uint8_t(text[1])) << 8 | uint32_t(uint8_t(text[2])) << 16 |
@@ -68,22 +66,8 @@ uint32_t upperCase(uint32_t tag) {
     return upper;
 }
 
-Bytes dataOf(MetaData& format, uint32_t key) {
-    uint32_t type = 0;
-    const void* data = nullptr;
-    size_t size = 0;
-    if (!format.findData(key, &type, &data, &size) || size == 0) return {};
-    const auto* bytes = static_cast<const uint8_t*>(data);
-    return Bytes(bytes, bytes + size);
-}
-
-int numberOf(MetaData& format, uint32_t key) {
-    int32_t value = 0;
-    return format.findInt32(key, &value) && value > 0 ? value : 0;
-}
-
-Bytes specificInfoOf(MetaData& format) {
-    const Bytes esds = dataOf(format, android::kKeyESDS);
+Bytes specificInfoOf(const TrackSetup& format) {
+    const Bytes& esds = format.esds;
     const Bytes info = specificInfo(esds);
     if (info.empty() && !esds.empty()) throw DecodeProblem("the ESDS record's sizes do not fit it");
     return info;
@@ -116,27 +100,27 @@ bool useBitmapHeader(const Bytes& info, DecoderSetup& setup) {
     return true;
 }
 
-void configureFromBytes(MetaData& format, DecoderSetup& setup) {
+void configureFromBytes(const TrackSetup& format, DecoderSetup& setup) {
     const Bytes info = specificInfoOf(format);
     if (!useBitmapHeader(info, setup)) setup.config = info;
 }
 
-void configureMpeg4(MetaData& format, DecoderSetup& setup) {
+void configureMpeg4(const TrackSetup& format, DecoderSetup& setup) {
     configureFromBytes(format, setup);
-    if (setup.config.empty()) setup.config = dataOf(format, android::kKeyMpeg4Headers);
+    if (setup.config.empty()) setup.config = format.mpeg4Headers;
 }
 
-void configureFromHeader(MetaData& format, DecoderSetup& setup) {
+void configureFromHeader(const TrackSetup& format, DecoderSetup& setup) {
     if (!useBitmapHeader(specificInfoOf(format), setup))
         throw DecodeProblem("no bitmap header in the configuration names the codec");
 }
 
-void configureAvc(MetaData& format, DecoderSetup& setup) {
-    setup.config = avccParameterSets(dataOf(format, android::kKeyAVCC));
+void configureAvc(const TrackSetup& format, DecoderSetup& setup) {
+    setup.config = avccParameterSets(format.avcc);
 }
 
-void configureHevc(MetaData& format, DecoderSetup& setup) {
-    setup.config = hvccParameterSets(dataOf(format, android::kKeyHVCC));
+void configureHevc(const TrackSetup& format, DecoderSetup& setup) {
+    setup.config = hvccParameterSets(format.hvcc);
 }
 
 void useWaveFormat(const WaveFormat& wave, DecoderSetup& setup) {
@@ -149,7 +133,7 @@ void useWaveFormat(const WaveFormat& wave, DecoderSetup& setup) {
 
 // For codecs with a MIME type of their own: the configuration may be a wave format of the same codec or the
 // codec's own.
-void configureAudio(MetaData& format, DecoderSetup& setup) {
+void configureAudio(const TrackSetup& format, DecoderSetup& setup) {
     const Bytes info = specificInfoOf(format);
     const auto wave = waveFormat(info);
     if (wave && codecOfTag(kAudioTags, wave->tag) == setup.codec)
@@ -158,7 +142,7 @@ void configureAudio(MetaData& format, DecoderSetup& setup) {
         setup.config = info;
 }
 
-void configureFromWaveFormat(MetaData& format, DecoderSetup& setup) {
+void configureFromWaveFormat(const TrackSetup& format, DecoderSetup& setup) {
     const auto wave = waveFormat(specificInfoOf(format));
     if (!wave) throw DecodeProblem("no wave format in the configuration names the codec");
     setup.codec = codecOfTag(kAudioTags, wave->tag);
@@ -168,11 +152,11 @@ void configureFromWaveFormat(MetaData& format, DecoderSetup& setup) {
 }
 
 // The decoder takes every layer.
-void configureMpegAudio(MetaData&, DecoderSetup&) {}
+void configureMpegAudio(const TrackSetup&, DecoderSetup&) {}
 
-void configureVorbis(MetaData& format, DecoderSetup& setup) {
-    const Bytes identification = dataOf(format, android::kKeyVorbisInfo);
-    const Bytes setupHeader = dataOf(format, android::kKeyVorbisBooks);
+void configureVorbis(const TrackSetup& format, DecoderSetup& setup) {
+    const Bytes& identification = format.vorbisInfo;
+    const Bytes& setupHeader = format.vorbisBooks;
     if (identification.empty() || setupHeader.empty()) throw DecodeProblem("the Vorbis headers are missing");
     setup.config = vorbisHeaders(identification, setupHeader);
 }
@@ -194,21 +178,21 @@ const PcmRow& pcmOf(int bits) {
     throw DecodeProblem(fmt::format("no PCM decoder for samples of {} bits", bits));
 }
 
-void configureRaw(MetaData& format, DecoderSetup& setup) {
+void configureRaw(const TrackSetup& format, DecoderSetup& setup) {
     const auto wave = waveFormat(specificInfoOf(format));
     setup.bitsPerSample = wave && wave->tag == kWavePcm ? wave->bitsPerSample : 16;
     setup.codec = pcmOf(setup.bitsPerSample).littleEndian;
 }
 
-void configureLpcm(MetaData& format, DecoderSetup& setup) {
-    setup.bitsPerSample = numberOf(format, android::kKeyBitsPerSample);
+void configureLpcm(const TrackSetup& format, DecoderSetup& setup) {
+    setup.bitsPerSample = format.bitsPerSample;
     setup.codec = pcmOf(setup.bitsPerSample).bigEndian;
 }
 
 struct MimeRow {
     const char* mime;
     AVCodecID codec;  // NONE: the configuration names it
-    void (*configure)(MetaData& format, DecoderSetup& setup);
+    void (*configure)(const TrackSetup& format, DecoderSetup& setup);
 };
 
 const MimeRow kMimeTypes[] = {
@@ -245,16 +229,14 @@ const MimeRow& rowOf(const std::string& mime) {
 
 }  // namespace
 
-DecoderSetup decoderSetup(MetaData& format) {
-    const char* mime = "";
-    format.findCString(android::kKeyMIMEType, &mime);
-    const MimeRow& row = rowOf(mime);
+DecoderSetup decoderSetup(const TrackSetup& format) {
+    const MimeRow& row = rowOf(format.mime);
     DecoderSetup setup;
     setup.codec = row.codec;
-    setup.width = numberOf(format, android::kKeyWidth);
-    setup.height = numberOf(format, android::kKeyHeight);
-    setup.sampleRate = numberOf(format, android::kKeySampleRate);
-    setup.channels = numberOf(format, android::kKeyChannelCount);
+    setup.width = format.width;
+    setup.height = format.height;
+    setup.sampleRate = format.sampleRate;
+    setup.channels = format.channels;
     row.configure(format, setup);
     return setup;
 }

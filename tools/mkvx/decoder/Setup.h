@@ -1,14 +1,13 @@
 // Which decoder a track needs and what it is told before the first unit: the part of the device's decoders
-// that reads a track's MetaData. Nothing but the MIME type and the configuration keys is looked at; the file
-// and its CodecID are out of sight here as they are there.
+// that reads a track's MetaData, or what of it came along. Nothing but the MIME type and the configuration
+// keys is looked at; the file and its CodecID are out of sight here as they are there.
 //
 // Deliberate: "audio/raw" is little-endian PCM of 16 bits unless a wave format says otherwise, since no key
 // holds its sample size; "audio/lpcm" is big-endian integer PCM of 'bpSa' bits.
 #pragma once
-#include <media/stagefright/MetaData.h>
 #include <stdexcept>
 
-#include "device/CodecRecords.h"
+#include "decode/Protocol.h"
 
 extern "C" {
 #include <libavcodec/codec_id.h>
@@ -33,7 +32,7 @@ struct DecoderSetup {
     int64_t bitRate = 0;
 };
 
-// Throws DecodeProblem when the MetaData leads to no decoder.
-DecoderSetup decoderSetup(android::MetaData& format);
+// Throws DecodeProblem when the track leads to no decoder.
+DecoderSetup decoderSetup(const TrackSetup& format);
 
 }  // namespace mkvx

@@ -184,5 +184,29 @@ TEST(SeekIndex, LookUpsCountAsABinarySearchDoes) {
     }
 }
 
+// As soon as Cues are parsed, whatever source they came from: no point at or before the target is passed
+// over, in any order and however the times wrap, and an ordered list is cut at the target.
+TEST(SeekIndex, LookUpsOfCuesPassOverNoPointThatAWalkTakes) {
+    std::mt19937_64 random(3);
+    size_t cut = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const uint64_t scales[] = {0, 1, 1000000, uint64_t{1} << 40, random()};
+        OpenFile open(Bytes{});
+        open.Model().Info.TimecodeScale.Set(scales[round % 5]);
+        std::vector<uint64_t> times(1 + random() % 6);
+        for (uint64_t& time : times) time = random() >> random() % 64;
+        if (round % 3 != 0) std::sort(times.begin(), times.end());
+        const reader::AutoPtr<reader::Cue> cue = new reader::Cue;
+        for (const uint64_t time : times) cue->AddPoint(time, 1, 0);
+        const uint64_t near = open.file.ToMicroseconds(times[random() % times.size()]);
+        const uint64_t target = near + (random() % 3 - 1);
+        const size_t count = open.file.CountCuePointsUpTo(*cue, target);
+        for (size_t i = count; i < times.size(); ++i)
+            ASSERT_GT(open.file.ToMicroseconds(times[i]), target) << "round " << round;
+        if (count < times.size()) ++cut;
+    }
+    EXPECT_GT(cut, 1000u);
+}
+
 }  // namespace
 }  // namespace testing_support

@@ -34,7 +34,7 @@ Result Cue::ParsePoint(CMatroskaNode* node) {
     });
     if (Failed(result)) return result;
     point.PositionCount = static_cast<uint32_t>(Positions.size()) - point.FirstPosition;
-    Points.push_back(point);
+    Append(point);
     return kOk;
 }
 
@@ -98,6 +98,11 @@ Result Cue::ParseReference(CMatroskaNode* node) {
     return result;
 }
 
+void Cue::Append(const CuePoint& point) {
+    mIsOrdered = mIsOrdered && (Points.empty() || Points.back().CueTime <= point.CueTime);
+    Points.push_back(point);
+}
+
 void Cue::AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition) {
     CuePoint point;
     point.CueTime = time;
@@ -106,7 +111,7 @@ void Cue::AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition) {
     CueTrackPosition position;
     position.CueTrack = track;
     position.CueClusterPosition = clusterPosition;
-    Points.push_back(point);
+    Append(point);
     Positions.push_back(position);
 }
 

@@ -281,17 +281,16 @@ class Cue : public android::RefBase {
     std::vector<CueReference> References;
     bool IsSynthesised = false;  // made by a scan of the Clusters
 
-    // Whether the points' times, in the wrapping microseconds of CMatroskaFile::ToMicroseconds, never
-    // descend. Building the sync index finds out; not so before.
+    // The points' times, in timecode units, never descend.
     bool IsOrdered() const { return mIsOrdered; }
-    void NoteOrder(bool isOrdered) { mIsOrdered = isOrdered; }
 
   private:
+    void Append(const CuePoint& point);
     Result ParsePoint(CMatroskaNode* node);
     Result ParsePosition(CMatroskaNode* node);
     Result ParseReference(CMatroskaNode* node);
 
-    bool mIsOrdered = false;
+    bool mIsOrdered = true;
 };
 
 // ---- Chapters

@@ -112,7 +112,7 @@ class CMatroskaFile {
     android::status_t BuildIndexForSync();
     const std::vector<IndexItem>& Index() const { return mIndex; }
     // How many of the Cue's first points a look-up for `timeUs` has to go through, backwards: in an ordered
-    // list those at or before it, else all of them.
+    // list without wrapping times those at or before it, else all of them.
     size_t CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const;
 
     // ---- parts ----

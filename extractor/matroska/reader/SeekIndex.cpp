@@ -55,18 +55,13 @@ android::status_t CMatroskaFile::BuildIndexForSync() {
     mIndex.clear();
     for (const AutoPtr<Cue>& cue : Segment.Cues) {
         mIndex.reserve(mIndex.size() + cue->Points.size());
-        bool isOrdered = true;
-        uint64_t later = UINT64_MAX;
         for (size_t i = cue->Points.size(); i-- > 0;) {
             const CuePoint& point = cue->Points[i];
-            const uint64_t time = ToMicroseconds(point.CueTime);
-            isOrdered = isOrdered && time <= later;
-            later = time;
             if (point.PositionCount == 0) continue;  // names no place
+            const uint64_t time = ToMicroseconds(point.CueTime);
             const uint64_t position = cue->PositionsOf(point)[0].CueClusterPosition;
             mIndex.push_back(IndexItem{static_cast<int64_t>(time), position});
         }
-        cue->NoteOrder(isOrdered);
     }
     // Cues in their usual order arrive here backwards.
     if (IsDescending(mIndex)) {
@@ -77,18 +72,15 @@ android::status_t CMatroskaFile::BuildIndexForSync() {
     return android::OK;
 }
 
+// What is searched is the order that parsing noted, of the times as they stand in the file; it is also that
+// of the microseconds only where none of them wraps.
 size_t CMatroskaFile::CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const {
     const std::vector<CuePoint>& points = cue.Points;
-    if (points.empty() || !cue.IsOrdered()) return points.size();
-    // Where nothing wraps, the last timecode that is not behind `timeUs` is known, and no point needs a
-    // division.
     const uint64_t scale = TimecodeScale();
-    const bool mayWrap =
-        scale == 0 || points.back().CueTime > UINT64_MAX / scale || timeUs >= UINT64_MAX / 1000;
-    if (mayWrap)
-        return CountUpTo(timeUs, points.size(), [&](size_t i) { return ToMicroseconds(points[i].CueTime); });
-    return CountUpTo((timeUs * 1000 + 999) / scale, points.size(),
-                     [&](size_t i) { return points[i].CueTime; });
+    if (points.empty() || scale == 0 || !cue.IsOrdered()) return points.size();
+    if (points.back().CueTime > UINT64_MAX / scale || timeUs >= UINT64_MAX / 1000) return points.size();
+    const uint64_t lastUnits = (timeUs * 1000 + 999) / scale;  // that are not behind `timeUs`
+    return CountUpTo(lastUnits, points.size(), [&](size_t i) { return points[i].CueTime; });
 }
 
 }  // namespace MatroskaExtReader

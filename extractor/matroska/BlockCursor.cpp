@@ -9,14 +9,23 @@ using MatroskaExtReader::CMatroskaNode;
 bool BlockCursor::MoveToFirst(CMatroskaFile* file, CMatroskaNode* cluster) {
     mRun = file->Blocks.First(cluster);
     mIndex = 0;
-    if (mRun->Reach(0)) return true;
+    const bool hasBlock = mRun->Reach(0);
+    mMetFailure = mRun->IsDoubtful();  // a run that was found is sound
+    if (hasBlock) return true;
     if (cluster->HasUnknownSize()) cluster->KnowOpenEnd(mRun->WalkEnd());
     Clear();
     return false;
 }
 
 bool BlockCursor::MoveToNext(CMatroskaFile* file, CMatroskaNode* cluster) {
-    if (mRun->Reach(mIndex + 1)) {
+    if (mIndex + 1 < mRun->SoundBlocks()) {
+        ++mIndex;
+        return true;
+    }
+    if (mRun->IsDoubtful() && !mMetFailure && !Renew(file, cluster)) return false;
+    const bool hasNext = mRun->Reach(mIndex + 1);
+    mMetFailure = mRun->IsDoubtful();
+    if (hasNext) {
         ++mIndex;
         return true;
     }
@@ -26,11 +35,22 @@ bool BlockCursor::MoveToNext(CMatroskaFile* file, CMatroskaNode* cluster) {
         if (last->Reach(0)) {
             mRun = last;
             mIndex = 0;
+            mMetFailure = mRun->IsDoubtful();
             return true;
         }
     }
     if (cluster->HasUnknownSize()) cluster->KnowOpenEnd(last->WalkEnd());
     return false;
+}
+
+// Stands on the same block of a run that is walked anew, since another iterator met a failure in this one.
+// False when the block cannot be found again: then this one has met a failure too.
+bool BlockCursor::Renew(CMatroskaFile* file, CMatroskaNode* cluster) {
+    const uint64_t position = Head().header.dataPosition;
+    const sp<BlockRun> run = file->Blocks.Renewed(*mRun, cluster);
+    if (!run->Reach(mIndex) || run->At(mIndex).header.dataPosition != position) return false;
+    mRun = run;
+    return true;
 }
 
 }  // namespace android

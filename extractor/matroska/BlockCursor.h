@@ -27,8 +27,11 @@ class BlockCursor {
     uint64_t ClusterTimecode() const { return mRun->ClusterTimecode(); }
 
   private:
+    bool Renew(MatroskaExtReader::CMatroskaFile* file, MatroskaExtReader::CMatroskaNode* cluster);
+
     sp<MatroskaExtReader::BlockRun> mRun;
     size_t mIndex = 0;
+    bool mMetFailure = false;  // the one that makes mRun doubtful: what was found behind it has to do
 };
 
 }  // namespace android

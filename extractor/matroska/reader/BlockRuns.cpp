@@ -38,6 +38,7 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
     mIsFirst = isFirst;
     mHasEnded = false;
     mIsDoubtful = false;
+    mSoundBlocks = 0;
     mIsOnNewBlock = false;
     mHasTimecode = false;
     mClusterTimecode = 0;
@@ -48,7 +49,12 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
 void BlockRun::BeginCluster(CMatroskaNode* cluster) {
     const uint64_t failures = cluster->File()->FailedReads();
     FindFirstBlock(cluster);
-    mIsDoubtful = cluster->File()->FailedReads() != failures;
+    if (cluster->File()->FailedReads() != failures) Doubt(0);
+}
+
+void BlockRun::Doubt(size_t soundBlocks) {
+    if (!mIsDoubtful) mSoundBlocks = soundBlocks;
+    mIsDoubtful = true;
 }
 
 void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
@@ -72,10 +78,22 @@ void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
     }
 }
 
+// What follows a doubtful run is doubtful: its Timecode may be what could not be read.
 void BlockRun::Continue(const BlockRun& before) {
+    if (before.mIsDoubtful) Doubt(0);
     mHasTimecode = before.mHasTimecode;
     mClusterTimecode = before.mClusterTimecode;
     mTail = before.mTail->Copy();
+}
+
+void BlockRun::StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster) {
+    mHasTimecode = doubtful.mHasTimecode;
+    mClusterTimecode = doubtful.mClusterTimecode;
+    cluster->File()->SeekTo(mKey);
+    mTail = new CMatroskaNode(cluster);
+    if (mTail->IsValid()) return;
+    Doubt(0);
+    Finish();
 }
 
 void BlockRun::TakeTimecode(CMatroskaNode* node) {
@@ -87,10 +105,13 @@ void BlockRun::TakeTimecode(CMatroskaNode* node) {
 
 bool BlockRun::Walk(size_t index) {
     const CMatroskaFile* file = mTail->File();
-    const uint64_t failures = file->FailedReads();
-    while (mHeads.size() <= index && !mHasEnded && !IsFull() && TakeNextBlock()) {  // bounded by kBlocks
+    bool hasMore = true;
+    while (hasMore && mHeads.size() <= index && !mHasEnded && !IsFull()) {  // bounded by kBlocks
+        const size_t soundBlocks = mHeads.size();
+        const uint64_t failures = file->FailedReads();
+        hasMore = TakeNextBlock();
+        if (file->FailedReads() != failures) Doubt(soundBlocks);
     }
-    if (file->FailedReads() != failures) mIsDoubtful = true;
     return index < mHeads.size();
 }
 
@@ -138,6 +159,14 @@ sp<BlockRun> BlockRunCache::After(const BlockRun& before) {
     bool isNew;
     const sp<BlockRun>& run = Slot(before.mTail->HeaderStart(), false, &isNew);
     if (isNew) run->Continue(before);
+    return run;
+}
+
+sp<BlockRun> BlockRunCache::Renewed(const BlockRun& doubtful, CMatroskaNode* cluster) {
+    bool isNew;
+    const sp<BlockRun>& run = Slot(doubtful.mKey, doubtful.mIsFirst, &isNew);
+    if (isNew && doubtful.mIsFirst) run->BeginCluster(cluster);
+    if (isNew && !doubtful.mIsFirst) run->StandAgain(doubtful, cluster);
     return run;
 }
 

@@ -5,6 +5,10 @@
 // So a file whose tracks are read side by side pays for each header once, not once a track, and what is kept
 // is bounded: kRuns runs of kBlocks heads of 48 bytes, plus one run an iterator. A run that fell out of the
 // cache is walked again.
+//
+// A failed read makes a run doubtful: the source may yet deliver what it refused. Whoever met the failure
+// goes on with what was found, anybody else takes the run anew (see Renewed) before going beyond its sound
+// blocks.
 #pragma once
 
 #include <utils/RefBase.h>
@@ -46,10 +50,14 @@ class BlockRun : public android::RefBase {
     const BlockHead& At(size_t index) const { return mHeads[index]; }
     // The last block before the next one of `track`, from `index` on, as far as the blocks are known already.
     size_t LastBefore(size_t index, uint64_t track) const {
-        while (index + 1 < mHeads.size() && mHeads[index + 1].header.trackNumber != track) ++index;
+        const size_t sound = SoundBlocks();
+        while (index + 1 < sound && mHeads[index + 1].header.trackNumber != track) ++index;
         return index;
     }
     bool IsFull() const { return mHeads.size() == kBlocks; }
+    bool IsDoubtful() const { return mIsDoubtful; }
+    // How many of the known blocks were found before a read failed.
+    size_t SoundBlocks() const { return mIsDoubtful ? mSoundBlocks : mHeads.size(); }
 
     // The Cluster has a Timecode child, and its value in timecode units. Known once block 0 was reached.
     bool HasTimecode() const { return mHasTimecode; }
@@ -65,6 +73,8 @@ class BlockRun : public android::RefBase {
     void BeginCluster(CMatroskaNode* cluster);
     void FindFirstBlock(CMatroskaNode* cluster);
     void Continue(const BlockRun& before);
+    void StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster);
+    void Doubt(size_t soundBlocks);
     void TakeTimecode(CMatroskaNode* node);
     bool Walk(size_t index);
     bool TakeNextBlock();
@@ -75,7 +85,8 @@ class BlockRun : public android::RefBase {
     uint64_t mKey = 0;      // header start of the Cluster, or of the last block of the run before
     bool mIsFirst = false;
     bool mHasEnded = false;
-    bool mIsDoubtful = false;  // a read failed on the way: not to be found again, the source may yet deliver
+    bool mIsDoubtful = false;
+    size_t mSoundBlocks = 0;
     bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
     bool mHasTimecode = false;
     uint64_t mClusterTimecode = 0;
@@ -95,6 +106,8 @@ class BlockRunCache {
     android::sp<BlockRun> First(CMatroskaNode* cluster);
     // The run behind `run`, which must be full.
     android::sp<BlockRun> After(const BlockRun& run);
+    // The same stretch of `cluster` as the doubtful `run`, walked anew.
+    android::sp<BlockRun> Renewed(const BlockRun& run, CMatroskaNode* cluster);
     // Forgets every run; iterators keep theirs.
     void Clear();
 

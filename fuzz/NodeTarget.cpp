@@ -68,7 +68,9 @@ class Walker {
         Require(node.IsValid(), "a walk stands on elements only");
         // What a damaged Segment is searched for may lie behind it; such an element has nothing inside.
         const bool isFound = parent.Id() == reader::id::kSegment && node.HeaderStart() >= parent.End();
-        Require(node.HeaderStart() >= parent.DataStart() && (isFound || node.HeaderStart() < parent.End()),
+        // The first child's header is read wherever the parent's own parent ends.
+        Require(node.HeaderStart() >= parent.DataStart() &&
+                    (isFound || before == nullptr || node.HeaderStart() < parent.End()),
                 "a child begins within its parent");
         Require(before == nullptr || node.HeaderStart() > before->HeaderStart(), "a walk moves forward");
         Require(node.DataStart() > node.HeaderStart() + 1 && node.DataStart() <= node.HeaderStart() + 12,

@@ -55,7 +55,8 @@ void MatroskaExtIterator::reset() {
 // --------------------------------------------------------------------------------------------------
 
 bool MatroskaExtIterator::advance() {
-    const bool wantsOthers = CollectsSubtitles();
+    // With a block pending already each step counts, whoever has walked here before.
+    const bool wantsOthers = CollectsSubtitles() || !mPendingBlocks.empty();
     while (StepToNextBlock(wantsOthers)) {  // bounded: every step moves forward in the file
         TakeBlock();
         if (!mPendingBlocks.empty()) return true;
@@ -91,13 +92,13 @@ bool MatroskaExtIterator::EnterCluster() {
 // queues what belongs to a subtitle track; anything else is passed over.
 void MatroskaExtIterator::TakeBlock() {
     const BlockHead& head = mBlock.Head();
-    const uint64_t number = head.header.trackNumber;
-    if (number == mTrackNumber) {
+    if (head.header.trackNumber == mTrackNumber) {
         AppendPending(head);
         return;
     }
-    if (!CollectsSubtitles() || number > UINT32_MAX) return;
-    const TrackEntry* track = mFile->FindTrack(static_cast<uint32_t>(number));
+    if (!CollectsSubtitles()) return;
+    // Deliberate: a foreign number is cut to 32 bits.
+    const TrackEntry* track = mFile->FindTrack(static_cast<uint32_t>(head.header.trackNumber));
     if (track == nullptr || track->SubtitleType == kSubtitleNone) return;
     BlockGroup group;
     head.Fill(group);
@@ -149,7 +150,8 @@ status_t MatroskaExtIterator::read(MediaBuffer** out, const MediaSource::ReadOpt
         if (options->getSeekTo(&seekTimeUs, &mode)) ServeSeek(seekTimeUs);
         lateByUs = options->getLateBy();
     }
-    if (!HasPending() || !SkipWhenLate(lateByUs)) return ERROR_END_OF_STREAM;
+    if (!HasPending()) return ERROR_END_OF_STREAM;
+    SkipWhenLate(lateByUs);
     return ReadPending(out);
 }
 
@@ -162,8 +164,8 @@ void MatroskaExtIterator::ServeSeek(long long timeUs) {
 }
 
 // Moves the index cursor along, and when the consumer is late jumps to the sync point there. At most one jump
-// a read. False when the jump ran off the end of the file.
-bool MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
+// a read.
+void MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
     const std::vector<IndexItem>& index = mFile->Index();
     while (mIndexCursor < index.size()) {  // bounded: a second round has no lateness
         const long long timeUs = BlockTimeUs(*mPendingBlocks.front());
@@ -174,12 +176,41 @@ bool MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
                             "something wrong? iLate = %lld, timeUs = %lld, curIndexTime = %lld", lateByUs,
                             timeUs, static_cast<long long>(entry.Time));
         if (AddTimes(AddTimes(lateByUs, timeUs), kSyncPointSlackUs) < entry.Time) break;
-        seekToPosition(static_cast<long long>(entry.Position), entry.Time);
+        JumpTo(entry);
         lateByUs = 0;
         ++mIndexCursor;
-        if (!HasPending()) return false;
     }
-    return true;
+}
+
+// Stays where it is when no block of this track follows there.
+void MatroskaExtIterator::JumpTo(const IndexItem& entry) {
+    const Place before = CurrentPlace();
+    std::vector<std::unique_ptr<BlockGroup>> pending;
+    pending.swap(mPendingBlocks);
+    seekToPosition(static_cast<long long>(entry.Position), entry.Time);
+    if (!mPendingBlocks.empty() || (OwnBlockFollows() && advance())) return;
+    StandAt(before);
+    mPendingBlocks.swap(pending);
+}
+
+// Looks ahead before anything is queued on the way.
+bool MatroskaExtIterator::OwnBlockFollows() {
+    const Place here = CurrentPlace();
+    bool isFound = false;
+    while (!isFound && StepToNextBlock(false)) isFound = mBlock.Head().header.trackNumber == mTrackNumber;
+    StandAt(here);
+    return isFound;
+}
+
+MatroskaExtIterator::Place MatroskaExtIterator::CurrentPlace() const {
+    return Place{mCluster != nullptr ? mCluster->Copy() : nullptr, mBlock, mClusterInfo->Timecode, mEOS};
+}
+
+void MatroskaExtIterator::StandAt(const Place& place) {
+    mCluster = place.cluster;
+    mBlock = place.block;
+    mClusterInfo->Timecode = place.timecode;
+    mEOS = place.isAtEnd;
 }
 
 status_t MatroskaExtIterator::ReadPending(MediaBuffer** out) {
@@ -187,7 +218,7 @@ status_t MatroskaExtIterator::ReadPending(MediaBuffer** out) {
     mLastPosition = group.Block.DataPosition;
     MediaBuffer* buffer = ReadBlock(group, mTrack);
     const bool isVorbis = mTrack != nullptr && mTrack->IsVorbis;
-    if (!isVorbis || buffer == nullptr || group.Block.DecodedFrames.empty()) PopPending();
+    if (!isVorbis || group.Block.DecodedFrames.empty()) PopPending();
     if (buffer == nullptr) return ERROR_END_OF_STREAM;
     *out = buffer;
     return OK;
@@ -200,6 +231,7 @@ MediaBuffer* MatroskaExtIterator::ReadBlock(BlockGroup& group, const TrackEntry*
     if (buffer->data() == nullptr &&
         size != 0) {  // the allocation was refused, which the buffer does not say
         mFile->Losses.Add(LossKind::kRefusedAllocation, group.Block.DataPosition, size);
+        group.Block.DropFrame();
         buffer->release();
         return nullptr;
     }

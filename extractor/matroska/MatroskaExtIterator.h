@@ -74,6 +74,13 @@ class MatroskaExtIterator {
   private:
     typedef MatroskaExtReader::BlockGroup BlockGroup;
     enum class Examined { kFound, kGoOn, kAbandon };
+    // Where the walk stands, without what is pending.
+    struct Place {
+        sp<MatroskaExtReader::CMatroskaNode> cluster;
+        BlockCursor block;
+        MatroskaExtReader::CUInt timecode;
+        bool isAtEnd;
+    };
 
     // block walk
     // To the next block, whose it may be; unless others are wanted, past those that are known not to be this
@@ -85,13 +92,17 @@ class MatroskaExtIterator {
     void PopPending();
     void ClearPending();
     bool HasPending();
+    Place CurrentPlace() const;
+    void StandAt(const Place& place);
     long long BlockTimeUs(const BlockGroup& group) const;
     long long EndTimeUs(const BlockGroup& group) const;
     MatroskaExtReader::CMatroskaNode* AnyNode() const { return mFile->SegmentNode(); }
 
     // reading
     void ServeSeek(long long timeUs);
-    bool SkipWhenLate(long long lateByUs);
+    void SkipWhenLate(long long lateByUs);
+    void JumpTo(const MatroskaExtReader::IndexItem& entry);
+    bool OwnBlockFollows();
     status_t ReadPending(MediaBuffer** out);
     // The frame of `group` in a new buffer with its metadata and range set; null when it cannot be read.
     MediaBuffer* ReadBlock(BlockGroup& group, const MatroskaExtReader::TrackEntry* track);

@@ -53,6 +53,12 @@ bool LanguageOf(const TrackEntry& entry, std::string* language) {
     return true;
 }
 
+// The low 32 bits; a rate that they make negative is none.
+int32_t BitRateOf(uint64_t bitsPerSecond) {
+    const int32_t rate = static_cast<int32_t>(bitsPerSecond);
+    return rate < 0 ? 0 : rate;
+}
+
 // Deliberate: each track of a file gets the whole file's average, where its own rate is not known.
 void EstimateBitRate(const CMatroskaFile& file, MetaData* meta) {
     int32_t rate = 0;
@@ -61,7 +67,7 @@ void EstimateBitRate(const CMatroskaFile& file, MetaData* meta) {
     const uint64_t duration = file.Segment.GetDuration();
     const uint64_t length = file.HasKnownLength() ? file.Length() : 0;
     const uint64_t estimate = duration == 0 ? 0 : MultiplyWrappingDivide(length, 8000000000u, duration);
-    meta->setInt32(kKeyBitRate, static_cast<int32_t>(estimate));
+    meta->setInt32(kKeyBitRate, BitRateOf(estimate));
 }
 
 // Sets 'flag' and 'cdid' when the platform's optional library knows a decoder for the tag.
@@ -241,7 +247,7 @@ DiscoveredTrack DiscoverTrack(CMatroskaFile* file, const TrackEntry& entry) {
     __android_log_print(ANDROID_LOG_DEBUG, LOG_TAG, "addTracks(mime): %s", mime);
     track.mMeta = new MetaData;
     track.mMeta->setCString(kKeyMIMEType, mime);
-    track.mMeta->setInt32(kKeyBitRate, static_cast<int32_t>(entry.AvgBytesPerSec * 8));
+    track.mMeta->setInt32(kKeyBitRate, BitRateOf(uint64_t{entry.AvgBytesPerSec} * 8));
     track.mDrop = DescribeByType(file, entry, mime, &track);
     if (track.mDrop != DropReason::kNone) {
         track.mMeta.clear();

@@ -174,6 +174,24 @@ TEST(Late, Thresholds) {
     }
 }
 
+// The index names a Cluster behind which no block of the track is late enough: the unit at hand comes, then
+// all that follow, and an event on the way is queued once.
+TEST(Late, AnEntryThatLeadsNowhereLeavesThePlace) {
+    const Element frame = SimpleBlock(1, 0, kKeyFrame, {0xA0});
+    const Document file =
+        Write({EbmlHeader(), Segment({Info(3000), Master(id::kTracks, {Mpeg2Track(1), TextTrack(2)}),
+                                      Master(id::kCues, {CuePoint(0, 1, "a"), CuePoint(1000, 1, "b")}),
+                                      Cluster(900, {frame, SimpleBlock(1, 10, 0, {0xA1})}).Label("a"),
+                                      Cluster(950, {BlockGroup(2, 0, Text("once")), frame}).Label("b")})});
+    const sp<MediaExtractor> extractor = Open(file);
+    const sp<MediaSource> source = Started(extractor, 0), subtitles = Started(extractor, 1);
+    MediaSource::ReadOptions options;
+    options.setLateBy(1000000);
+    EXPECT_EQ("900000/1:a0", ReadOne(source, &options));
+    EXPECT_EQ("910000/0:a1 950000/1:a0 -1011", Units(source));
+    EXPECT_EQ(1u, ReadAll(subtitles).size());
+}
+
 // A source that fails once may deliver the next time: what was not seen then is not taken for the Cluster's
 // end.
 TEST(Walk, AFailedReadIsForgottenBySeekingBack) {

@@ -51,6 +51,16 @@ TEST(Subtitles, AppearAsTheMasterTrackPassesThem) {
     EXPECT_EQ("115000-125000 1 three|", Drain(open.sources[1]));
 }
 
+// Deliberate: only the low 32 bits of a foreign TrackNumber count. A reference that is too long for a number
+// still makes a frame no key frame.
+TEST(Subtitles, OddNumbersOfABlockAreCut) {
+    const uint64_t foreign = (uint64_t{1} << 32) + 2;
+    Opened open({Mpeg2Track(1), TextTrack(2)},
+                {BlockGroup(foreign, 0, Text("cut"), {Bin(id::kReferenceBlock, Bytes(9, 1))}), Picture(10)});
+    open.Read(0);
+    EXPECT_EQ("100000-100000 0 cut|", Drain(open.sources[1]));
+}
+
 TEST(Subtitles, EventsWithFieldsAreMerged) {
     const std::string first(kHello), second(kWorld);
     const struct {

@@ -16,14 +16,21 @@ Element BlockOf(const Frame& frame) {
     return SimpleBlock(1, frame.timeMs, frame.key ? kKeyFrame : uint8_t{0}, Bytes(frame.size, 0xAB));
 }
 
-int64_t Find(const std::vector<Frame>& frames, uint32_t trackNumber = 1) {
+int64_t Find(const std::vector<Frame>& frames, uint32_t trackNumber = 1, int foreignBetween = 0) {
     Elements blocks;
-    for (const Frame& frame : frames) blocks.push_back(BlockOf(frame));
+    for (const Frame& frame : frames) {
+        blocks.push_back(BlockOf(frame));
+        for (int i = 0; i < foreignBetween; ++i) blocks.push_back(SimpleBlock(2, 0, kKeyFrame, {0}));
+    }
     const Document file = Movie({Mpeg2Track(1)}, {Cluster(0, blocks)});
     MatroskaExtReader::CMatroskaFile opened{sp<android::DataSource>(new FaultySource(file.bytes))};
     EXPECT_EQ(MatroskaExtReader::kOk, opened.Init());
     android::MatroskaExtIterator iterator(&opened, 0, 0, trackNumber, nullptr);
-    return iterator.findThumbnailTimeUs();
+    const int64_t found = iterator.findThumbnailTimeUs();
+    android::MatroskaExtIterator walker(&opened, 0, 0, 99, nullptr);
+    EXPECT_FALSE(walker.advance());
+    EXPECT_EQ(found, iterator.findThumbnailTimeUs());  // whoever has walked over the blocks since
+    return found;
 }
 
 // `count` key frames 10 ms apart of which the one at `biggest` is the largest.
@@ -47,6 +54,8 @@ TEST(Thumbnail, IsTheLargestOfTheFirstKeyFrames) {
 TEST(Thumbnail, TheSearchEndsAfterSixKeyFramesInARow) {
     EXPECT_EQ(50000, Find(KeyFrames(12, 5)));
     EXPECT_EQ(0, Find(KeyFrames(12, 6)));
+    EXPECT_EQ(20000, Find(KeyFrames(12, 2), 1, 3));  // a step over another track's block is one as well
+    EXPECT_EQ(0, Find(KeyFrames(12, 3), 1, 3));
 }
 
 }  // namespace

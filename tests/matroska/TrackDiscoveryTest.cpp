@@ -278,6 +278,19 @@ TEST(Discovery, BitRateEstimate) {
     }
 }
 
+TEST(Discovery, NegativeRatesAreNone) {
+    Bytes wave(18);
+    wave[0] = 0x55;
+    wave[11] = 0x10;  // 2^28 bytes a second
+    const sp<MediaExtractor> extractor = Open(
+        Movie({Track(1, kAudioType, "A_MS/ACM", {Audio(-44100, 2), Private(wave)})}, {Cluster(0, {})}, 0));
+    for (const uint32_t key : {android::kKeySampleRate, android::kKeyBitRate}) {
+        int32_t rate = -1;
+        EXPECT_TRUE(extractor->getTrackMetaData(0, 0)->findInt32(key, &rate));
+        EXPECT_EQ(0, rate);
+    }
+}
+
 TEST(Discovery, OrderIsTheOrderOfTheEntries) {
     const sp<MediaExtractor> extractor = Open(Write(
         {EbmlHeader(),

@@ -141,6 +141,53 @@ TEST(Differential, DamagedFiles) {
     }
 }
 
+// One read fails, whichever it is: the source that asked has what it had delivered before, and all others
+// lose nothing.
+TEST(Differential, AFailedReadCostsTheSourceThatMetItAlone) {
+    constexpr size_t kMostReads = 4000, kRounds = 150;
+    size_t met = 0;
+    for (const Shape& shape : AllShapes()) {
+        const std::vector<uint32_t> tracks = TracksOf(shape.bytes);
+        const std::vector<Deliveries> plain = PlainListings(shape.bytes, tracks);
+        Readers whole(shape.bytes, tracks);
+        const uint64_t first = whole.Source().Reads();
+        std::mt19937 random(1);
+        SideBySide(whole, random);
+        const uint64_t reads = whole.Source().Reads() - first;
+        if (reads > kMostReads) continue;
+        const uint64_t step = reads / kRounds + 1;
+        for (uint64_t call = first; call < first + reads; call += step) {
+            Faults faults;
+            faults.errorAtCall = call;
+            Readers readers(shape.bytes, tracks, faults);
+            size_t hit = tracks.size(), before = 0;
+            for (bool more = true; more;) {
+                more = false;
+                for (size_t i = 0; i < tracks.size(); ++i) {
+                    const bool isDue = readers.Source().Reads() <= call;
+                    const size_t delivered = readers.Of(i).size();
+                    more = readers.Read(i) || more;
+                    if (!isDue || readers.Source().Reads() <= call) continue;
+                    hit = i;
+                    before = delivered;
+                    ++met;
+                }
+            }
+            for (size_t i = 0; i < tracks.size(); ++i) {
+                Deliveries expected = plain[i], delivered = readers.Of(i);
+                if (i == hit) {
+                    expected.resize(std::min(before, expected.size()));
+                    delivered.resize(std::min(before, delivered.size()));
+                }
+                ASSERT_EQ(Difference(expected, delivered), "")
+                    << shape.name << ", track " << tracks[i] << ", call " << call << ", met by "
+                    << (hit < tracks.size() ? tracks[hit] : 0);
+            }
+        }
+    }
+    EXPECT_GT(met, 500u);
+}
+
 // Iterators that seek about while the others go on reading.
 TEST(Differential, Seeks) {
     constexpr int kSeeks = 60;

@@ -25,8 +25,8 @@ Unit UnitOf(MediaBuffer* buffer) {
 
 }  // namespace
 
-Readers::Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks)
-    : mSource(new FaultySource(bytes)), mFile(mSource), mTracks(tracks) {
+Readers::Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks, Faults faults)
+    : mSource(new FaultySource(bytes, faults)), mFile(mSource), mTracks(tracks) {
     OpenWithIndex(&mFile);
     for (uint32_t number : tracks) {
         mIterators.emplace_back(&mFile, 0, 0, number, nullptr);

@@ -21,7 +21,7 @@ std::vector<Deliveries> PlainListings(const Bytes& bytes, const std::vector<uint
 
 class Readers {
   public:
-    Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks);
+    Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks, Faults faults = {});
 
     // One more delivery into the track's listing; false at its end.
     bool Read(size_t track, const android::MediaSource::ReadOptions* options = nullptr);

@@ -235,21 +235,29 @@ TEST(Lifetime, TheSameTrackTwiceGivesTheSameUnits) {
     }
 }
 
-// No memory for a unit: that unit is lost, with a reason, and the next one comes.
+// No memory for a unit: that unit is lost, with a reason, and the next one comes, of the same block too.
 TEST(Allocation, ARefusedUnitIsLostAlone) {
-    const Document file = OneTrack({SimpleBlock(1, 0, kKeyFrame, Bytes(10)),
-                                    SimpleBlock(1, 40, 0, Bytes(5000)), SimpleBlock(1, 80, 0, Bytes(20))});
-    const sp<MediaExtractor> extractor = Open(file.bytes);
-    const sp<MediaSource> source = Started(extractor, 0);
-    const android::host::ScopedAllocationLimit limit(1000);
-    Unit unit;
-    EXPECT_EQ(android::OK, ReadUnit(source, &unit));
-    EXPECT_EQ(android::ERROR_END_OF_STREAM, ReadUnit(source, &unit));
-    EXPECT_EQ(android::OK, ReadUnit(source, &unit));
-    EXPECT_EQ(20u, unit.bytes.size());
-    const auto& losses = static_cast<android::MatroskaExtExtractor*>(extractor.get())->File()->Losses.List();
-    ASSERT_EQ(1u, losses.size());
-    EXPECT_EQ(MatroskaExtReader::LossKind::kRefusedAllocation, losses[0].kind);
+    const std::vector<Bytes> frames = {Bytes(10), Bytes(5000), Bytes(20)};
+    const Document files[] = {
+        OneTrack({SimpleBlock(1, 0, kKeyFrame, frames[0]), SimpleBlock(1, 40, 0, frames[1]),
+                  SimpleBlock(1, 80, 0, frames[2])}),
+        Write({EbmlHeader(), Segment({Master(id::kTracks, {Track(1, kAudioType, "A_VORBIS",
+                                                                 {Private(Hex("020101 01 03 05"))})}),
+                                      Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Lacing::kXiph, frames)})})})};
+    for (const Document& file : files) {
+        const sp<MediaExtractor> extractor = Open(file.bytes);
+        const sp<MediaSource> source = Started(extractor, 0);
+        const android::host::ScopedAllocationLimit limit(1000);
+        Unit unit;
+        EXPECT_EQ(android::OK, ReadUnit(source, &unit));
+        EXPECT_EQ(android::ERROR_END_OF_STREAM, ReadUnit(source, &unit));
+        EXPECT_EQ(android::OK, ReadUnit(source, &unit));
+        EXPECT_EQ(20u, unit.bytes.size());
+        const auto& losses =
+            static_cast<android::MatroskaExtExtractor*>(extractor.get())->File()->Losses.List();
+        ASSERT_EQ(1u, losses.size());
+        EXPECT_EQ(MatroskaExtReader::LossKind::kRefusedAllocation, losses[0].kind);
+    }
 }
 
 // No memory for anything, of every sample: reads fail, and nothing is touched that is not there.

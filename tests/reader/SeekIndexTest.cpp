@@ -162,6 +162,18 @@ TEST(SeekIndex, TheVisitReadsNoPayload) {
     EXPECT_FALSE(open.source->Touched(file.DataOf("payload") + 8, file.EndOf("payload")));
 }
 
+// A Segment that says it ends inside the last Cluster's header: that Cluster's first child is read all the
+// same.
+TEST(SeekIndex, TheLastClusterCountsWhereItsSegmentEndsTooSoon) {
+    Elements children = Head();
+    children.push_back(Cluster(10, {}));
+    children.push_back(Cluster(20, {}).Label("last"));
+    const Document whole = Write({EbmlHeader(), Segment(children).SizeWidth(8).Label("segment")});
+    const uint64_t cut = whole.HeaderOf("last") + 2 - whole.DataOf("segment");
+    RebuiltFile rebuilt(Write({EbmlHeader(), Segment(children).SizeWidth(8).DeclaredSize(cut)}));
+    EXPECT_EQ(20.0, rebuilt.Model().Info.Duration.Get());
+}
+
 // Against a plain binary search, over keys spread evenly, in clumps, all equal, and at both ends of the type.
 TEST(SeekIndex, LookUpsCountAsABinarySearchDoes) {
     std::mt19937_64 random(7);

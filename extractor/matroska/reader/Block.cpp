@@ -104,7 +104,13 @@ Result BlockGroup::Parse(CMatroskaNode* node) {
         {id::kBlock, [](BlockGroup& group, CMatroskaNode* child) { return group.Block.Parse(child); }},
         {id::kBlockDuration, &BlockGroup::BlockDuration},
         {id::kReferencePriority, &BlockGroup::ReferencePriority},
-        {id::kReferenceBlock, &BlockGroup::ReferenceBlock},
+        {id::kReferenceBlock,
+         [](BlockGroup& group, CMatroskaNode* child) -> Result {
+             const Result result = group.ReferenceBlock.Parse(child);
+             // One that is too long for a number still says that the frame refers to another.
+             if (child->Size() > sizeof(int64_t)) group.ReferenceBlock.Set(0);
+             return result;
+         }},
         {id::kReferenceVirtual, &BlockGroup::ReferenceVirtual},
         {id::kCodecState,
          [](BlockGroup& group, CMatroskaNode* child) -> Result {
@@ -295,7 +301,7 @@ Result SimpleBlock::ReadDecoded(CMatroskaNode* node, const TrackEntry& track, ui
     len = 0;
     if (DecodedFrames.empty() && Failed(ParseData(node, &track, false))) return kFailure;
     if (track.IsVorbis) {
-        if (DecodedFrames.empty()) return kFailure;  // a lace without frames
+        if (DecodedFrames.empty()) return kOk;  // a lace without frames
         const AutoPtr<CBinary> frame = DecodedFrames.front();
         DecodedFrames.erase(DecodedFrames.begin());
         if (!room.Put(frame->data(), frame->size())) return kFailure;
@@ -347,14 +353,8 @@ Result SimpleBlock::ReadPlain(CMatroskaNode* node, uint8_t* out, long& len) {
     file->SeekTo(DataPosition);
     if (Lacing() != kLacingNone) {
         FileBytes bytes = {file};
-        uint64_t frames = 0, frameSize = 0;
-        const LacingResult lacing = DecodeLacing(Lacing(), DataPosition + DataSize, bytes, [&](uint64_t s) {
-            ++frames;
-            frameSize = s;
-        });
-        if (!lacing.isWhole) return Refuse(node, LossKind::kBadLacing);
-        size =
-            Lacing() == kLacingFixed ? frames * frameSize : DataPosition + DataSize - lacing.framesPosition;
+        if (!PassLacing(Lacing(), DataPosition + DataSize, bytes, &size))
+            return Refuse(node, LossKind::kBadLacing);
     }
     if (size > room) return kFailure;
     const Result result = file->Read(out, static_cast<uint32_t>(size));

@@ -31,12 +31,9 @@ constexpr uint64_t SaturatingUint64(double value) {
 constexpr uint32_t SaturatingUint32(double value) {
     return !(value > 0.0) ? 0 : value >= 4294967296.0 ? UINT32_MAX : static_cast<uint32_t>(value);
 }
-// Floating point to signed: truncated towards zero, NaN gives 0, both ends saturate.
+// Floating point to signed: the same, below the signed maximum.
 constexpr int32_t SaturatingInt32(double value) {
-    return value != value           ? 0
-           : value >= 2147483647.0  ? INT32_MAX
-           : value <= -2147483648.0 ? INT32_MIN
-                                    : static_cast<int32_t>(value);
+    return !(value > 0.0) ? 0 : value >= 2147483647.0 ? INT32_MAX : static_cast<int32_t>(value);
 }
 
 }  // namespace MatroskaExtReader

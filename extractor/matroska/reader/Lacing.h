@@ -92,6 +92,26 @@ bool TakeEbml(uint8_t laceCount, Bytes& bytes, uint64_t* sum, Add add) {
     return true;
 }
 
+// A byte that begins no size is passed over.
+template <typename Bytes>
+bool PassSize(Bytes& bytes) {
+    uint8_t raw[8];
+    if (!bytes.Take(raw, 1)) return false;
+    const unsigned length = SizeLength(raw[0]);
+    return length <= 1 || bytes.Take(raw + 1, length - 1);
+}
+
+template <typename Bytes>
+bool PassSizes(uint32_t lacing, uint8_t laceCount, uint64_t end, Bytes& bytes) {
+    uint64_t size;
+    const unsigned differences = WrappingDifferenceCount(laceCount);
+    unsigned left = lacing == kLacingXiph ? laceCount : lacing == kLacingEbml ? 1 + differences : 0;
+    for (; left != 0; --left) {
+        if (!(lacing == kLacingXiph ? TakeXiphSize(bytes, end, &size) : PassSize(bytes))) return false;
+    }
+    return true;
+}
+
 }  // namespace lacing
 
 // `end` is where the block's own element ends. `lacing` must not be kLacingNone.
@@ -113,6 +133,21 @@ LacingResult DecodeLacing(uint32_t lacing, uint64_t end, Bytes& bytes, Add add) 
     add(end - (result.framesPosition + sum));  // the last size is never stored
     result.isWhole = result.framesPosition <= end && sum <= end - result.framesPosition;
     return result;
+}
+
+// For frames that are delivered as one: how many bytes of them stand behind the lacing header, where `bytes`
+// stands afterwards. Their sizes are passed over and may be impossible. False when the header cannot be read
+// or passes the end of the block.
+template <typename Bytes>
+bool PassLacing(uint32_t lacing, uint64_t end, Bytes& bytes, uint64_t* framesSize) {
+    uint8_t laceCount;
+    if (bytes.Position() >= end || !bytes.Take(&laceCount, 1)) return false;
+    if (!lacing::PassSizes(lacing, laceCount, end, bytes) || bytes.Position() > end) return false;
+    *framesSize = end - bytes.Position();
+    if (lacing != kLacingFixed) return true;
+    const uint8_t frames = lacing::WrappingFrameCount(laceCount);
+    *framesSize = frames == 0 ? 0 : *framesSize / frames * frames;
+    return true;
 }
 
 }  // namespace MatroskaExtReader

@@ -397,6 +397,11 @@ class SimpleBlock {
     // entry, the bytes written on return. `timeBase` goes into RealMedia record headers only.
     Result Read(CMatroskaNode* node, const TrackEntry* track, uint8_t* out, long& len, uint32_t timeBase);
 
+    // Gives up the frame that Read would take next from those that were read whole.
+    void DropFrame() {
+        if (!DecodedFrames.empty()) DecodedFrames.erase(DecodedFrames.begin());
+    }
+
     // The whole block lies within what the source can deliver and its size fits the interfaces.
     bool IsDeliverable(const CMatroskaFile& file) const;
     // GetSize or ParseData found that the block cannot be delivered.

@@ -124,11 +124,6 @@ uint64_t CMatroskaNode::FindOpenClusterEnd() const {
 void CMatroskaNode::BecomeFirstChildOf(const CMatroskaNode* parent) {
     BecomeChildOf(parent);
     mFile->SeekTo(parent->mDataStart);
-    if (parent->mDataStart >= mParent.mEnd) {
-        Forget();  // clipped to nothing: there is no header to read
-        mHeaderStart = mDataStart = parent->mDataStart;
-        return;
-    }
     if (Failed(Parse())) (void)Resync();
 }
 

@@ -69,10 +69,10 @@ TEST(Blocks, Lacing) {
     };
     for (const auto& row : rows) {
         const bool fits = row.notInflated > 0;
-        const std::string whole = "1 track, 2 units", refused = "1 track, 1 unit; bad lacing 1";
+        const std::string whole = "1 track, 2 units", refused = "1 track, 1 unit; bad_lacing 1";
         const std::string& restored = fits ? whole : refused;
-        const std::string inflated = restored + (fits ? "; bad compression " + std::to_string(row.notInflated)
-                                                      : ", bad compression 1");
+        const std::string inflated = restored + (fits ? "; bad_compression " + std::to_string(row.notInflated)
+                                                      : ", bad_compression 1");
         CheckRow(
             {row.name, Laces(row.lacing, row.payload), (row.notInflated != 0 ? whole : refused).c_str()});
         CheckRow({row.name, Laces(row.lacing, row.payload, {StrippedHeader(Hex("AA"))}), restored.c_str()});
@@ -94,10 +94,10 @@ TEST(Blocks, FramesThatClaimTheRestOfALargeFile) {
     Bytes unknown(255, 0xFF), whole;
     for (int i = 0; i < 255; ++i) whole = Concat({whole, i == 0 ? Vint(kRest - 4096) : Hex("BF")});
     const Row rows[] = {
-        {"unknown sizes, inflated", claims(unknown, Deflated()), "1 track, 0 units; bad lacing 1"},
-        {"each the rest, inflated", claims(whole, Deflated()), "1 track, 0 units; bad lacing 1"},
+        {"unknown sizes, inflated", claims(unknown, Deflated()), "1 track, 0 units; bad_lacing 1"},
+        {"each the rest, inflated", claims(whole, Deflated()), "1 track, 0 units; bad_lacing 1"},
         {"each the rest, with headers", claims(whole, StrippedHeader(Hex("AA"))),
-         "1 track, 0 units; bad lacing 1"},
+         "1 track, 0 units; bad_lacing 1"},
     };
     CheckRows(rows);
 }
@@ -109,7 +109,7 @@ TEST(Blocks, StrippedHeaders) {
     for (uint64_t i = 0; i < 100; ++i) hundred.push_back(Encoding(i, 0, 3, Hex("AA")));
     const Row rows[] = {
         {"16 MB, 255 frames", Laces(Lacing::kFixed, manyFrames, {StrippedHeader(Bytes(16 << 20))}),
-         "1 track, 1 unit; too large 1"},
+         "1 track, 1 unit; elements_too_large 1"},
         {"64 KB, 255 frames", Laces(Lacing::kFixed, manyFrames, {StrippedHeader(Bytes(64 << 10))}),
          "1 track, 2 units"},
         {"4 KB, 255 frames", Laces(Lacing::kFixed, manyFrames, {StrippedHeader(Bytes(4 << 10))}),
@@ -123,7 +123,7 @@ TEST(Blocks, StrippedHeaders) {
                            {Master(id::kContentCompression,
                                    {Uint(id::kContentCompAlgo, 3),
                                     Bin(id::kContentCompSettings, Hex("AA")).DeclaredSize(1ull << 32)})})})}),
-         "1 track, 2 units; beyond source 1"},
+         "1 track, 2 units; beyond_source 1"},
     };
     CheckRows(rows);
 }
@@ -133,7 +133,7 @@ TEST(Blocks, MoreEncodingsThanAreKept) {
     Elements thousand;
     for (uint64_t i = 0; i < 1100; ++i) thousand.push_back(Encoding(1100 - i, 0, 0));
     CheckRow({"eleven hundred", Laces(Lacing::kNone, Zlib(plain), {Encodings(thousand)}),
-              "1 track, 2 units; limit 76, bad compression 2"});
+              "1 track, 2 units; reader_limit 76, bad_compression 2"});
 }
 
 TEST(Blocks, ZlibBombs) {
@@ -152,9 +152,9 @@ TEST(Blocks, ZlibBombs) {
     }();
     const auto one = [](const Bytes& frame) { return Laces(Lacing::kNone, frame, {Deflated()}); };
     const Row rows[] = {
-        {"3 MB", one(bomb(3 << 20)), "1 track, 2 units; bad compression 1"},
-        {"5 MB from 5 KB", one(bomb(5 << 20)), "1 track, 2 units; bad compression 1"},
-        {"64 MB from 64 KB", one(sixtyFour), "1 track, 2 units; bad compression 1"},
+        {"3 MB", one(bomb(3 << 20)), "1 track, 2 units; bad_compression 1"},
+        {"5 MB from 5 KB", one(bomb(5 << 20)), "1 track, 2 units; bad_compression 1"},
+        {"64 MB from 64 KB", one(sixtyFour), "1 track, 2 units; bad_compression 1"},
         {"64 MB, five times",
          Laces(Lacing::kFixed,
                Concat({Hex("04"),
@@ -164,15 +164,15 @@ TEST(Blocks, ZlibBombs) {
                            return all;
                        }()}),
                {Deflated()}),
-         "1 track, 2 units; bad compression 2"},
-        {"truncated", one(truncated), "1 track, 2 units; bad compression 1"},
-        {"corrupt", one(corrupt), "1 track, 2 units; bad compression 2"},
-        {"no byte", one({}), "1 track, 2 units; bad compression 2"},
-        {"one byte", one(Hex("78")), "1 track, 2 units; bad compression 1"},
-        {"header only", one(Hex("789C")), "1 track, 2 units; bad compression 1"},
+         "1 track, 2 units; bad_compression 2"},
+        {"truncated", one(truncated), "1 track, 2 units; bad_compression 1"},
+        {"corrupt", one(corrupt), "1 track, 2 units; bad_compression 2"},
+        {"no byte", one({}), "1 track, 2 units; bad_compression 2"},
+        {"one byte", one(Hex("78")), "1 track, 2 units; bad_compression 1"},
+        {"header only", one(Hex("789C")), "1 track, 2 units; bad_compression 1"},
         {"wants a dictionary", one(Hex("78BB 00000001 0300 00000001")),
-         "1 track, 2 units; bad compression 2"},
-        {"a hundred kilobytes that say nothing", one(endless), "1 track, 2 units; bad compression 1"},
+         "1 track, 2 units; bad_compression 2"},
+        {"a hundred kilobytes that say nothing", one(endless), "1 track, 2 units; bad_compression 1"},
     };
     CheckRows(rows);
     // Tracks that look into their first frame inflate it while the file is opened.
@@ -186,10 +186,10 @@ TEST(Blocks, ZlibBombs) {
     };
     const Row opening[] = {
         {"64 MB in an inspected frame", inspect(inspected, SimpleBlock(1, 0, kKeyFrame, sixtyFour)),
-         "1 track, 1 unit; bad compression 1"},
+         "1 track, 1 unit; bad_compression 1"},
         {"255 headers in front of inspected frames",
          inspect(headers, SimpleBlock(1, 0, kKeyFrame | 4, Concat({Hex("FE"), Bytes(255, 7)}))),
-         "1 track, 1 unit; too large 1"},
+         "1 track, 1 unit; elements_too_large 1"},
     };
     CheckRows(opening);
 }

@@ -32,35 +32,13 @@ constexpr size_t kMostTracks = 8;    // that are read; all are counted
 
 constexpr size_t kStack = IS_SANITIZED ? 8 * budget::kStack : budget::kStack;
 
-const char* NameOf(LossKind kind) {
-    switch (kind) {
-        case LossKind::kResynchronised:
-            return "resynchronised";
-        case LossKind::kBeyondSource:
-            return "beyond source";
-        case LossKind::kTooLarge:
-            return "too large";
-        case LossKind::kLimit:
-            return "limit";
-        case LossKind::kTooDeep:
-            return "too deep";
-        case LossKind::kBadLacing:
-            return "bad lacing";
-        case LossKind::kBadCompression:
-            return "bad compression";
-        case LossKind::kRefusedAllocation:
-            return "refused allocation";
-    }
-    return "?";
-}
-
 std::string TextOf(const MatroskaExtReader::Losses& losses) {
     std::map<LossKind, size_t> counts;
     for (const auto& loss : losses.List()) ++counts[loss.kind];
     std::string text;
     for (const auto& count : counts) {
-        text += (text.empty() ? "" : ", ") + std::string(NameOf(count.first)) + " " +
-                std::to_string(count.second);
+        text += (text.empty() ? "" : ", ") + std::string(MatroskaExtReader::TextOf(count.first).identifier) +
+                " " + std::to_string(count.second);
     }
     return losses.Count() > losses.List().size() ? text + " and more" : text;
 }

@@ -31,12 +31,12 @@ struct Outcome {
     size_t tracks = 0;
     size_t units = 0;  // of all tracks, up to a limit that stands in Measure.cpp
     uint64_t largestUnit = 0;
-    std::string losses;  // "resynchronised 2, limit 1", of opening and the first pass over the units
+    std::string losses;  // "damaged 2, reader_limit 1", of opening and the first pass over the units
     Cost sniffing, opening, reading;
     unsigned visits =
         0;  // to the place that sniffing and opening looked at most often, in the first megabyte
 
-    // "1 track, 3 units; resynchronised 2"
+    // "1 track, 3 units; damaged 2"
     std::string Text() const;
 };
 

@@ -21,6 +21,45 @@ enum class LossKind {
     kRefusedAllocation,  // memory was refused
 };
 
+// How a kind of loss is told, here and by everybody who shows one.
+struct LossText {
+    LossKind kind;
+    const char* identifier;  // for programs; never changes
+    const char* sentence;    // of the element or block that it struck, "it"
+    const char* total;       // of many: "{}" stands for their number with the noun
+    const char* noun;        // one of them
+};
+
+constexpr LossText kLossTexts[] = {
+    {LossKind::kResynchronised, "damaged", "it is damaged", "{} skipped to the next that can be read", "run"},
+    {LossKind::kBeyondSource, "beyond_source", "it reaches past the end of the file",
+     "{} reaching past the end of the file", "element"},
+    {LossKind::kTooLarge, "elements_too_large", "it is larger than can be handled",
+     "{} too large for the interfaces, and left out", "element"},
+    {LossKind::kLimit, "reader_limit", "it is more than the reader keeps or asks for",
+     "{} met of what the reader keeps or asks for; what is beyond is left out", "limit"},
+    {LossKind::kTooDeep, "nested_too_deep", "it is nested deeper than the reader follows",
+     "{} nested deeper than the reader follows", "element"},
+    {LossKind::kBadLacing, "bad_lacing", "the sizes of its laces do not fit it", "{} whose laces do not fit",
+     "block"},
+    {LossKind::kBadCompression, "bad_compression", "it cannot be decompressed, and arrives as stored",
+     "{} that cannot be decompressed, and arrive as stored", "frame"},
+    {LossKind::kRefusedAllocation, "no_memory", "there was no memory for it",
+     "no memory for {} that the file holds", "thing"},
+};
+
+constexpr size_t kLossKinds = sizeof kLossTexts / sizeof kLossTexts[0];
+
+constexpr const LossText& TextOf(LossKind kind) {
+    return kLossTexts[static_cast<size_t>(kind)];
+}
+
+constexpr bool AreInOrder(size_t from) {
+    return from == kLossKinds || (static_cast<size_t>(kLossTexts[from].kind) == from && AreInOrder(from + 1));
+}
+static_assert(AreInOrder(0), "one row a kind, in the order of the kinds");
+static_assert(kLossKinds == static_cast<size_t>(LossKind::kRefusedAllocation) + 1, "a row for each kind");
+
 struct Loss {
     LossKind kind;
     uint64_t position;  // where in the file
@@ -43,7 +82,7 @@ class Losses {
   private:
     std::vector<Loss> mList;
     uint64_t mCount = 0;
-    uint64_t mCounts[static_cast<size_t>(LossKind::kRefusedAllocation) + 1] = {};
+    uint64_t mCounts[kLossKinds] = {};
 };
 
 }  // namespace MatroskaExtReader

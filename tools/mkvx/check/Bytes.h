@@ -7,19 +7,19 @@
 #include <optional>
 #include <vector>
 
-#include "matroska/reader/Losses.h"
+#include "device/Losses.h"
 
 namespace mkvx {
 
 // The blocks with one track number. Payload bytes are those behind the block's header.
 struct BlockTally {
     uint64_t blocks = 0;
-    uint64_t payload = 0;                      // of the blocks that can be read
-    uint64_t refused = 0;                      // blocks that cannot
-    std::optional<uint64_t> firstRefused;      // position of its element
-    MatroskaExtReader::LossKind refusedFor{};  // the first of them
-    uint64_t laced = 0, laces = 0;             // blocks of several frames, and the frames in them
-    uint64_t wrapped = 0;                      // blocks whose time does not fit and wraps
+    uint64_t payload = 0;                  // of the blocks that can be read
+    uint64_t refused = 0;                  // blocks that cannot
+    std::optional<uint64_t> firstRefused;  // position of its element
+    LossKind refusedFor{};                 // the first of them
+    uint64_t laced = 0, laces = 0;         // blocks of several frames, and the frames in them
+    uint64_t wrapped = 0;                  // blocks whose time does not fit and wraps
     std::optional<uint64_t> firstWrapped;
 };
 

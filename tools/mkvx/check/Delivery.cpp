@@ -2,44 +2,19 @@
 #include <fmt/format.h>
 #include <algorithm>
 
-#include "check/Evidence.h"
 #include "check/Findings.h"
 #include "check/Remedy.h"
-#include "matroska/reader/Vint.h"
+#include "device/ElementIds.h"
+#include "device/Losses.h"
 
 namespace mkvx {
 namespace {
 
-namespace id = MatroskaExtReader::id;
-using MatroskaExtReader::CMatroskaFile;
-using MatroskaExtReader::LossKind;
-
-const char* describeRefusal(LossKind kind) {
-    switch (kind) {
-        case LossKind::kBeyondSource:
-            return "it reaches past the end of the file";
-        case LossKind::kBadLacing:
-            return "the sizes of its laces do not fit it";
-        case LossKind::kTooLarge:
-            return "it is larger than a unit can be";
-        case LossKind::kRefusedAllocation:
-            return "there was no memory for it";
-        default:
-            return "it is damaged";
-    }
-}
-
+// As a number of one to eight bytes, of which each gives seven bits (RFC 8794, section 4).
 bool isAllOnes(uint64_t number) {
     for (unsigned length = 1; length <= 8; ++length)
-        if (number == MatroskaExtReader::UnknownSizeMarker(length)) return true;
+        if (number == (uint64_t{1} << (7 * length)) - 1) return true;
     return false;
-}
-
-const TrackVerdict* findMaster(const CMatroskaFile& file, const CheckedFile& checked) {
-    for (const TrackVerdict& track : checked.tracks)
-        if (track.isOffered() && track.kind != "subtitle" && track.number == file.MasterTrack())
-            return &track;
-    return nullptr;
 }
 
 std::vector<size_t> offeredPlaces(const std::vector<JudgedTrack>& tracks) {
@@ -51,8 +26,8 @@ std::vector<size_t> offeredPlaces(const std::vector<JudgedTrack>& tracks) {
 
 class Delivery {
   public:
-    Delivery(CMatroskaFile& file, const std::string& path, const JudgedTrack& track, const BlockTally& tally)
-        : mFile(file), mPath(path), mEntry(*track.entry), mVerdict(*track.verdict), mTally(tally) {}
+    Delivery(const FileHead& head, const std::string& path, const JudgedTrack& track, const BlockTally& tally)
+        : mHead(head), mPath(path), mEntry(track.entry), mVerdict(*track.verdict), mTally(tally) {}
 
     void judge() {
         mVerdict.blocks = mTally.blocks;
@@ -62,14 +37,14 @@ class Delivery {
             add("blocks_unreadable", Weight::kLoss,
                 fmt::format(
                     "{} of its {} blocks cannot be read ({}), and a player takes the first for the end",
-                    mTally.refused, mTally.blocks, describeRefusal(mTally.refusedFor)),
+                    mTally.refused, mTally.blocks, textOf(mTally.refusedFor).sentence),
                 mTally.firstRefused, remuxCommand(mPath));
         if (mTally.wrapped > 0)
             add("times_wrap", Weight::kLoss,
                 fmt::format("{} of its {} blocks have a time below zero or beyond 64 bits, which wraps",
                             mTally.wrapped, mTally.blocks),
                 mTally.firstWrapped, remuxCommand(mPath));
-        const bool isApart = mEntry.IsVorbis;
+        const bool isApart = mEntry.deliversLacesApart;
         if (mTally.laces > mTally.laced && !isApart)
             add("laced_units", Weight::kNote,
                 fmt::format("{} of its blocks hold {} frames together, and arrive as one unit each",
@@ -107,7 +82,7 @@ class Delivery {
     void add(const char* code, Weight weight, std::string sentence, std::optional<uint64_t> position,
              std::string remedy = {}) {
         std::optional<Evidence> evidence;
-        if (position) evidence = evidenceAt(mFile, *position);
+        if (position) evidence = mHead.evidenceAt(*position);
         mVerdict.findings.push_back(
             {code, weight, std::move(sentence), std::move(evidence), std::move(remedy)});
     }
@@ -125,21 +100,21 @@ class Delivery {
                 "its "
                 "blocks is found",
                 mVerdict.number);
-            finding.evidence = evidenceBelow(mFile, mVerdict.position, {id::kTrackNumber});
+            finding.evidence = mHead.evidenceBelow(mVerdict.position, {id::kTrackNumber});
             finding.remedy = remuxCommand(mPath);
         }
         mVerdict.findings.push_back(std::move(finding));
     }
 
-    CMatroskaFile& mFile;
+    const FileHead& mHead;
     const std::string& mPath;
-    const MatroskaExtReader::TrackEntry& mEntry;
+    const FileTrack& mEntry;
     TrackVerdict& mVerdict;
     const BlockTally& mTally;
     bool mIsCutShort = false;
 };
 
-void tellMisfit(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, const CheckedFile& checked,
+void tellMisfit(const FileHead& head, const std::vector<JudgedTrack>& tracks, const CheckedFile& checked,
                 TrackVerdict& verdict) {
     const uint64_t heard = *verdict.index + 1;
     const auto isHeard = [&](const TrackVerdict& other) {
@@ -153,31 +128,31 @@ void tellMisfit(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, con
                      "number {}, gets {}",
                      *verdict.index, verdict.number,
                      getsOthers ? fmt::format("those of track {}", heard) : std::string("none")),
-         evidenceBelow(file, verdict.position, {id::kTrackNumber}),
+         head.evidenceBelow(verdict.position, {id::kTrackNumber}),
          selectCommand(checked.path, offeredPlaces(tracks))});
 }
 
 }  // namespace
 
-void judgeSubtitles(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
-    const bool hasMaster = findMaster(file, checked) != nullptr;
+void judgeSubtitles(const Session& session, const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
+    const FileHead& head = session.reader().head();
     for (const JudgedTrack& track : tracks) {
         TrackVerdict& verdict = *track.verdict;
         if (!verdict.isOffered() || verdict.kind != "subtitle") continue;
-        if (!hasMaster)
+        if (session.masterTrack() == nullptr)
             verdict.findings.push_back(
                 {"no_master", Weight::kMute,
                  fmt::format(
                      "subtitle events arrive while the master track (number {}) is read, and that one has no "
                      "source",
-                     file.MasterTrack()),
-                 evidenceBelow(file, verdict.position, {id::kTrackNumber}), ""});
+                     head.masterTrack()),
+                 head.evidenceBelow(verdict.position, {id::kTrackNumber}), ""});
         else if (verdict.number != *verdict.index + 1)
-            tellMisfit(file, tracks, checked, verdict);
+            tellMisfit(head, tracks, checked, verdict);
     }
 }
 
-void judgeDelivery(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, const ByteAccount& account,
+void judgeDelivery(const FileHead& head, const std::vector<JudgedTrack>& tracks, const ByteAccount& account,
                    const EventTallies& events, CheckedFile& checked) {
     static const BlockTally kNone;
     std::map<uint64_t, bool> arrives;   // the blocks of a number
@@ -185,7 +160,7 @@ void judgeDelivery(CMatroskaFile& file, const std::vector<JudgedTrack>& tracks, 
     for (const JudgedTrack& track : tracks) {
         TrackVerdict& verdict = *track.verdict;
         const auto tally = account.blocks.find(verdict.number);
-        Delivery delivery(file, checked.path, track, tally == account.blocks.end() ? kNone : tally->second);
+        Delivery delivery(head, checked.path, track, tally == account.blocks.end() ? kNone : tally->second);
         if (verdict.kind == "subtitle" && verdict.isOffered()) {
             const auto heard = events.find(*verdict.index + 1);
             if (heard != events.end()) {

@@ -3,21 +3,15 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "check/Evidence.h"
 #include "check/Remedy.h"
 #include "check/Tracks.h"
-#include "matroska/CodecPrivate.h"
+#include "device/CodecRecords.h"
+#include "device/ElementIds.h"
 #include "utils/CodecTags.h"
 #include "utils/MimeTypes.h"
 
 namespace mkvx {
 namespace {
-
-namespace id = MatroskaExtReader::id;
-using android::DropReason;
-using MatroskaExtReader::ByteBuffer;
-using MatroskaExtReader::CMatroskaFile;
-using MatroskaExtReader::TrackEntry;
 
 // What people call the codecs that no device of this kind is offered, and what they are coded to instead.
 // Empty: no command does it.
@@ -87,42 +81,42 @@ std::string recode(const std::string& path, const JudgedTrack& track, const char
     return recodeCommand(path, track.verdict->kind[0], track.ordinal, encoder);
 }
 
-Finding explainUnmapped(CMatroskaFile& file, const std::string& path, const JudgedTrack& track) {
-    const TrackEntry& entry = *track.entry;
-    const bool isVideo = entry.TrackType.Get() == MatroskaExtReader::kTrackTypeVideo;
+Finding explainUnmapped(const FileHead& head, const std::string& path, const JudgedTrack& track) {
+    const FileTrack& entry = track.entry;
+    const bool isVideo = entry.type == kVideoType;
     Finding finding;
     finding.weight = Weight::kLoss;
     finding.remedy = recode(path, track, isVideo ? "libx264" : "aac");
-    const bool hasPrivateTag = entry.FourCCFrom == TrackEntry::TagOrigin::kCodecPrivate;
-    if (entry.MissesRecordOf != 0) {
+    const bool hasPrivateTag = entry.tagFrom == FileTrack::TagOrigin::kCodecPrivate;
+    if (entry.missesRecordOf != 0) {
         finding.code = "private_too_short";
         finding.sentence =
             fmt::format("its CodecPrivate has {} of the {} bytes that {} needs to say what it is",
-                        entry.CodecPrivate.size(), entry.MissesRecordOf, codecText(track));
-        finding.evidence = evidenceBelowOr(file, entry.Position, {id::kCodecPrivate});
+                        entry.codecPrivate.size(), entry.missesRecordOf, codecText(track));
+        finding.evidence = head.evidenceBelowOr(entry.position, {id::kCodecPrivate});
         return finding;
     }
-    finding.code = entry.FourCC == 0 ? "unknown_codec_id" : "unmapped_tag";
-    if (entry.FourCC == 0 && !hasPrivateTag)
+    finding.code = entry.tag == 0 ? "unknown_codec_id" : "unmapped_tag";
+    if (entry.tag == 0 && !hasPrivateTag)
         finding.sentence = fmt::format("the plug-in does not know the codec {}", codecText(track));
     else if (hasPrivateTag)
         finding.sentence = fmt::format("the tag {} in its {} header has no MIME type on the device",
-                                       tagText(entry.FourCC), isVideo ? "bitmap" : "wave");
+                                       tagText(entry.tag), isVideo ? "bitmap" : "wave");
     else
         finding.sentence = fmt::format("the codec {}, tag {}, has no MIME type on the device",
-                                       codecText(track), tagText(entry.FourCC));
+                                       codecText(track), tagText(entry.tag));
     finding.evidence =
-        evidenceBelowOr(file, entry.Position, {hasPrivateTag ? id::kCodecPrivate : id::kCodecId});
+        head.evidenceBelowOr(entry.position, {hasPrivateTag ? id::kCodecPrivate : id::kCodecId});
     return finding;
 }
 
-Finding explainSubtitle(CMatroskaFile& file, const std::string& path, const JudgedTrack& track) {
+Finding explainSubtitle(const FileHead& head, const std::string& path, const JudgedTrack& track) {
     Finding finding;
     finding.code = "subtitle_kind";
     finding.weight = Weight::kLoss;
     finding.sentence = fmt::format(
         "subtitles of the kind {} are not offered, only UTF-8 text, SSA and ASS are", codecText(track));
-    finding.evidence = evidenceBelowOr(file, track.entry->Position, {id::kCodecId});
+    finding.evidence = head.evidenceBelowOr(track.entry.position, {id::kCodecId});
     const std::string& codec = track.verdict->codecId;
     if (codec == "S_TEXT/WEBVTT")
         finding.remedy = webvttCommand(path, track.place);
@@ -135,7 +129,7 @@ Finding explainSubtitle(CMatroskaFile& file, const std::string& path, const Judg
 }
 
 // AAC without CodecPrivate, for which a configuration would have to be made.
-Finding explainAac(CMatroskaFile& file, const std::string& path, const JudgedTrack& track,
+Finding explainAac(const FileHead& head, const std::string& path, const JudgedTrack& track,
                    DropReason reason) {
     Finding finding;
     finding.weight = Weight::kLoss;
@@ -153,7 +147,7 @@ Finding explainAac(CMatroskaFile& file, const std::string& path, const JudgedTra
             finding.sentence = fmt::format(
                 "there is no CodecPrivate, and no configuration can be made for {} Hz, which AAC has no "
                 "index for",
-                track.entry->Audio.SamplingFrequency.Get());
+                track.entry.samplingFrequency);
             deciding = 0;
             break;
         default:
@@ -162,71 +156,72 @@ Finding explainAac(CMatroskaFile& file, const std::string& path, const JudgedTra
                 "there is no CodecPrivate, and no configuration can be made for the profile in {}", codec);
             break;
     }
-    finding.evidence =
-        deciding != 0 ? evidenceBelowOr(file, track.entry->Position, {deciding})
-                      : evidenceBelowOr(file, track.entry->Position, {id::kAudio, id::kSamplingFrequency});
+    finding.evidence = deciding != 0
+                           ? head.evidenceBelowOr(track.entry.position, {deciding})
+                           : head.evidenceBelowOr(track.entry.position, {id::kAudio, id::kSamplingFrequency});
     return finding;
+}
+
+bool isVorbis(const FileTrack& entry) {
+    const char* mime = android::GetMimeType(entry.tag);
+    return entry.type == kAudioType && mime != nullptr &&
+           std::string(mime) == android::MEDIA_MIMETYPE_AUDIO_VORBIS;
 }
 
 }  // namespace
 
-Finding explainDrop(CMatroskaFile& file, const std::string& path, const JudgedTrack& track,
+Finding explainDrop(const FileHead& head, const std::string& path, const JudgedTrack& track,
                     DropReason reason) {
     Finding finding;
     finding.weight = Weight::kLoss;
     switch (reason) {
         case DropReason::kSubtitleKind:
-            return explainSubtitle(file, path, track);
+            return explainSubtitle(head, path, track);
         case DropReason::kUnmappedCodec:
-            return explainUnmapped(file, path, track);
+            return explainUnmapped(head, path, track);
         case DropReason::kAacNoProfile:
         case DropReason::kAacFrequency:
         case DropReason::kAacProfile:
-            return explainAac(file, path, track, reason);
+            return explainAac(head, path, track, reason);
         case DropReason::kNoParameterSets:
             finding.code = "no_parameter_sets";
             finding.sentence =
                 "none of its first 50 blocks begins with the H.264 parameter sets that a configuration is "
                 "made from";
-            finding.evidence = evidenceBelowOr(file, track.entry->Position, {id::kCodecId});
+            finding.evidence = head.evidenceBelowOr(track.entry.position, {id::kCodecId});
             finding.remedy = copyCommand(path);
             return finding;
         case DropReason::kTrackType:
-        case DropReason::kNone:
             break;
     }
     finding.code = "track_type";
-    finding.sentence =
-        fmt::format("tracks of type {} are not offered, only video (1), audio (2) and subtitles (17)",
-                    track.entry->TrackType.Get());
-    finding.evidence = evidenceBelowOr(file, track.entry->Position, {id::kTrackType});
+    finding.sentence = fmt::format(
+        "tracks of type {} are not offered, only video (1), audio (2) and subtitles (17)", track.entry.type);
+    finding.evidence = head.evidenceBelowOr(track.entry.position, {id::kTrackType});
     return finding;
 }
 
-std::optional<Finding> explainVorbisStop(CMatroskaFile& file, const std::string& path,
+std::optional<Finding> explainVorbisStop(const FileHead& head, const std::string& path,
                                          const JudgedTrack& track) {
-    const TrackEntry& entry = *track.entry;
-    const ByteBuffer& config = entry.CodecPrivate;
-    const char* mime = android::GetMimeType(entry.FourCC);
-    const char* condition = nullptr;
-    if (entry.TrackType.Get() != MatroskaExtReader::kTrackTypeAudio || mime == nullptr ||
-        std::string(mime) != android::MEDIA_MIMETYPE_AUDIO_VORBIS ||
-        android::VorbisHeadersAccepted(config.data(), config.size(), &condition))
-        return std::nullopt;
+    const FileTrack& entry = track.entry;
+    if (!isVorbis(entry)) return std::nullopt;
+    const std::optional<VorbisRefusal> refusal = vorbisRefusal(entry.codecPrivate);
+    if (!refusal) return std::nullopt;
     Finding finding;
     finding.code = "vorbis_headers";
     finding.weight = Weight::kFatal;
-    if (config.empty())
+    if (entry.codecPrivate.empty())
         finding.sentence = "there is no CodecPrivate with the Vorbis headers, and the process ends over that";
-    else if (android::VorbisLacesAreLong(config.data(), config.size()))
+    else if (refusal->isHeaderLong)
         finding.sentence =
             "a Vorbis header of 255 bytes or more (often the comments) is sound, but the device's contract "
             "ends the "
             "process over it";
     else
-        finding.sentence = fmt::format(
-            "the Vorbis headers are damaged, and the process ends over that: {} does not hold", condition);
-    finding.evidence = evidenceBelowOr(file, entry.Position, {id::kCodecPrivate});
+        finding.sentence =
+            fmt::format("the Vorbis headers are damaged, and the process ends over that: {} does not hold",
+                        refusal->condition);
+    finding.evidence = head.evidenceBelowOr(entry.position, {id::kCodecPrivate});
     finding.remedy = recodeCommand(path, 'a', track.ordinal, "aac");
     return finding;
 }

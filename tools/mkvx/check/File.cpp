@@ -6,19 +6,14 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "check/Evidence.h"
 #include "check/Findings.h"
 #include "check/Remedy.h"
+#include "device/ElementIds.h"
 #include "device/Session.h"
-#include "matroska/MatroskaExtExtractor.h"
 #include "source/OpenSource.h"
 
 namespace mkvx {
 namespace {
-
-namespace id = MatroskaExtReader::id;
-using android::MatroskaExtExtractor;
-using MatroskaExtReader::CMatroskaFile;
 
 uint64_t sizeOf(const android::sp<android::DataSource>& source) {
     off64_t size = 0;
@@ -26,20 +21,18 @@ uint64_t sizeOf(const android::sp<android::DataSource>& source) {
 }
 
 // Both lists are in the order of the file's entries.
-void matchOffers(MatroskaExtExtractor& extractor, const std::vector<JudgedTrack>& tracks,
-                 const std::string& path) {
-    const std::vector<android::DroppedTrack>& dropped = extractor.DroppedTracks();
-    size_t next = 0, index = 0;
+void matchOffers(const OwnReader& reader, const std::vector<JudgedTrack>& tracks, const std::string& path) {
+    const std::vector<std::optional<DropReason>> drops = reader.drops();
+    size_t index = 0;
     for (const JudgedTrack& track : tracks) {
-        if (next < dropped.size() && dropped[next].mPosition == track.entry->Position)
-            track.verdict->dropped = explainDrop(*extractor.File(), path, track, dropped[next++].mReason);
+        if (const auto reason = drops.at(track.place))
+            track.verdict->dropped = explainDrop(reader.head(), path, track, *reason);
         else
             track.verdict->index = index++;
     }
 }
 
-void judgeDemands(CMatroskaFile& file, const Session& session, const std::string& path,
-                  const JudgedTrack& track) {
+void judgeDemands(const Session& session, const std::string& path, const JudgedTrack& track) {
     const auto format = session.newSource(*track.verdict->index)->getFormat();
     const auto refusal = android::host::FindFormatRefusal(format);
     if (!refusal) return;
@@ -49,87 +42,99 @@ void judgeDemands(CMatroskaFile& file, const Session& session, const std::string
     finding.sentence =
         fmt::format("{} when a player sets up the decoder: {}",
                     refusal->aborts ? "the process ends" : "the framework refuses the track", refusal->what);
-    finding.evidence = evidenceBelowOr(file, track.entry->Position, {id::kCodecPrivate});
+    finding.evidence = session.reader().head().evidenceBelowOr(track.entry.position, {id::kCodecPrivate});
     finding.remedy = copyCommand(path);
     track.verdict->findings.push_back(std::move(finding));
 }
 
-void describeOffers(const Session& session, CMatroskaFile& file, const std::vector<JudgedTrack>& tracks,
-                    CheckedFile& checked) {
+ConfigSummary summaryOf(const ConfigRecord& record) {
+    const size_t kept = std::min(record.bytes.size(), ConfigSummary::kMostBytes);
+    return {
+        record.key, record.bytes.size(), {record.bytes.begin(), record.bytes.begin() + std::ptrdiff_t(kept)}};
+}
+
+void describeOffers(const Session& session, const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
     for (const JudgedTrack& track : tracks) {
         TrackVerdict& verdict = *track.verdict;
         if (!verdict.isOffered()) continue;
         const TrackInfo& info = session.info().tracks[*verdict.index];
         verdict.mime = info.mime;
-        for (const ConfigRecord& record : info.config) {
-            const size_t kept = std::min(record.bytes.size(), ConfigSummary::kMostBytes);
-            verdict.config.push_back({record.key,
-                                      record.bytes.size(),
-                                      {record.bytes.begin(), record.bytes.begin() + std::ptrdiff_t(kept)}});
-        }
-        judgeDemands(file, session, checked.path, track);
-        judgeOffered(file, checked.path, track, info);
+        for (const ConfigRecord& record : info.config) verdict.config.push_back(summaryOf(record));
+        judgeDemands(session, checked.path, track);
+        judgeOffered(session.reader().head(), checked.path, track, info);
     }
+}
+
+// Returns the Clusters that were met.
+uint64_t examineUnits(const Session& session, const CheckDepth& depth, const std::vector<JudgedTrack>& tracks,
+                      CheckedFile& checked) {
+    const FileHead& head = session.reader().head();
+    const ByteAccount account = accountBytes(session.newBytes(), depth.onBytes);
+    const EventTallies events = readAllUnits(session, checked.path, tracks, depth.onBytes);
+    judgeStructure(head, account, checked);
+    judgeDelivery(head, tracks, account, events, checked);
+    return account.clusters;
 }
 
 void examineOpened(const Session& session, const CheckDepth& depth,
                    const std::function<void(const CheckedFile&)>& soFar, CheckedFile& checked) {
-    const android::sp<MatroskaExtExtractor> extractor = session.reader().extractor();
-    CMatroskaFile& file = *extractor->File();
+    const FileHead& head = session.reader().head();
     checked.containerMime = session.info().containerMime;
-    const std::vector<JudgedTrack> tracks = listTracks(file, checked);
-    matchOffers(*extractor, tracks, checked.path);
-    describeOffers(session, file, tracks, checked);
-    judgeDocument(file, checked);
-    judgeSubtitles(file, tracks, checked);
-    uint64_t clusters = 0;
-    if (depth.units) {
-        soFar(checked);
-        const ByteAccount account = accountBytes(session.newBytes(), depth.onBytes);
-        const EventTallies events = readAllUnits(session, checked.path, tracks, depth.onBytes);
-        clusters = account.clusters;
-        judgeStructure(file, account, checked);
-        judgeDelivery(file, tracks, account, events, checked);
-    }
-    judgeLosses(file, checked);
-    CMatroskaFile head(session.newBytes());
-    (void)head.Init();  // it came through for the extractor
-    judgeSeeking(*extractor, head, checked);
+    const std::vector<JudgedTrack> tracks = listTracks(head, checked);
+    matchOffers(session.reader(), tracks, checked.path);
+    describeOffers(session, tracks, checked);
+    judgeDocument(head, checked);
+    judgeSubtitles(session, tracks, checked);
+    if (depth.units) soFar(checked);
+    const uint64_t clusters = depth.units ? examineUnits(session, depth, tracks, checked) : 0;
+    judgeLosses(head, checked);
+    judgeSeeking(session, checked);
     checked.seeking->clusters = clusters;
 }
 
-// What discovery would have said of a track that it did not come to.
-Finding explainUnreached(CMatroskaFile& file, const std::string& path, const JudgedTrack& track) {
-    const android::DiscoveredTrack discovered = android::DiscoverTrack(&file, *track.entry);
-    if (discovered.mDrop != android::DropReason::kNone)
-        return explainDrop(file, path, track, discovered.mDrop);
-    const char* mime = "";
-    discovered.mMeta->findCString(android::kKeyMIMEType, &mime);
-    return {"process_ends", Weight::kLoss, fmt::format("the process ends before it is offered as {}", mime),
-            std::nullopt, ""};
+// What discovery would have said of the tracks that it did not come to.
+void explainUnreached(const FileHead& head, const std::string& path, const std::vector<JudgedTrack>& tracks) {
+    std::vector<size_t> places;
+    for (const JudgedTrack& track : tracks)
+        if (!track.verdict->dropped) places.push_back(track.place);
+    const std::vector<Discovery> discoveries = head.discover(places);
+    for (size_t i = 0; i < places.size(); ++i) {
+        const JudgedTrack& track = tracks[places[i]];
+        const std::string sentence =
+            fmt::format("the process ends before it is offered as {}", discoveries[i].mime);
+        track.verdict->dropped = discoveries[i].dropped
+                                     ? explainDrop(head, path, track, *discoveries[i].dropped)
+                                     : Finding{"process_ends", Weight::kLoss, sentence, std::nullopt, ""};
+    }
 }
 
 // Without an extractor: what the parsed head alone tells.
 void examineHead(const android::sp<android::DataSource>& source, CheckedFile& checked) {
-    CMatroskaFile file(source);
-    (void)file.Init();  // a failure is what is examined here
-    const std::vector<JudgedTrack> tracks = listTracks(file, checked);
+    const FileHead head(source);
+    const std::vector<JudgedTrack> tracks = listTracks(head, checked);
     for (const JudgedTrack& track : tracks)
-        track.verdict->dropped = explainVorbisStop(file, checked.path, track);
-    const CMatroskaFile::Opening opening(&file);
-    for (const JudgedTrack& track : tracks)
-        if (!track.verdict->dropped) track.verdict->dropped = explainUnreached(file, checked.path, track);
-    judgeDocument(file, checked);
-    judgeLosses(file, checked);
+        track.verdict->dropped = explainVorbisStop(head, checked.path, track);
+    explainUnreached(head, checked.path, tracks);
+    judgeDocument(head, checked);
+    judgeLosses(head, checked);
+}
+
+// A file that is no document has no head to ask.
+Evidence firstFourBytes(const android::sp<android::DataSource>& source, uint64_t fileSize) {
+    Evidence evidence;
+    evidence.size = 4;
+    evidence.bytes.resize(size_t(std::min(evidence.size, fileSize)));
+    const ssize_t got = source->readAt(0, evidence.bytes.data(), evidence.bytes.size());
+    if (got != ssize_t(evidence.bytes.size())) evidence.bytes.clear();
+    return evidence;
 }
 
 void tellNotClaimed(const android::sp<android::DataSource>& source, CheckedFile& checked) {
-    CMatroskaFile file(source);
     Finding finding;
     finding.code = "not_claimed";
     finding.weight = Weight::kMute;
     finding.sentence = checked.size == 0 ? "it is empty" : "it does not begin with 1A 45 DF A3";
-    if (checked.size > 0) finding.evidence = bytesAt(file, 0, 4);
+    if (checked.size > 0) finding.evidence = firstFourBytes(source, checked.size);
     checked.verdict = Verdict::kNoMatroska;
     checked.reason = finding.sentence;
     checked.findings.push_back(std::move(finding));

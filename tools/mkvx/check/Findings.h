@@ -6,30 +6,27 @@
 #include "check/Model.h"
 #include "check/Tracks.h"
 #include "check/Units.h"
-#include "matroska/MatroskaExtExtractor.h"
+#include "device/OwnReader.h"
 
 namespace mkvx {
 
 // A document that opening gave up on, or that has no track.
-void judgeDocument(MatroskaExtReader::CMatroskaFile& file, CheckedFile& checked);
+void judgeDocument(const FileHead& head, CheckedFile& checked);
 
-// Where seeks go: duration, index, and whether the cue points help. `head` is the same file without an index
-// of its own making.
-void judgeSeeking(android::MatroskaExtExtractor& extractor, const MatroskaExtReader::CMatroskaFile& head,
-                  CheckedFile& checked);
+// Where seeks go: duration, index, and whether the cue points help.
+void judgeSeeking(const Session& session, CheckedFile& checked);
 
 // What the reader noted as lost, but for what the two passes count better.
-void judgeLosses(const MatroskaExtReader::CMatroskaFile& file, CheckedFile& checked);
+void judgeLosses(const FileHead& head, CheckedFile& checked);
 
 // Damage, truncation, Segments and blocks that lead nowhere.
-void judgeStructure(MatroskaExtReader::CMatroskaFile& file, const ByteAccount& account, CheckedFile& checked);
+void judgeStructure(const FileHead& head, const ByteAccount& account, CheckedFile& checked);
 
 // Fills in what of each track arrives, and with it the shares of the file's bytes.
-void judgeDelivery(MatroskaExtReader::CMatroskaFile& file, const std::vector<JudgedTrack>& tracks,
-                   const ByteAccount& account, const EventTallies& events, CheckedFile& checked);
+void judgeDelivery(const FileHead& head, const std::vector<JudgedTrack>& tracks, const ByteAccount& account,
+                   const EventTallies& events, CheckedFile& checked);
 
 // Subtitle tracks whose events cannot arrive by what opening tells alone.
-void judgeSubtitles(MatroskaExtReader::CMatroskaFile& file, const std::vector<JudgedTrack>& tracks,
-                    CheckedFile& checked);
+void judgeSubtitles(const Session& session, const std::vector<JudgedTrack>& tracks, CheckedFile& checked);
 
 }  // namespace mkvx

@@ -1,5 +1,5 @@
 // The result model of an examination: what a device would do with one file, track by track, and why. Plain
-// values, filled by CheckFile.cpp and its parts, printed by CheckRender.cpp and CheckJson.cpp; copy freely.
+// values, filled by File.cpp and its parts, printed by Text.cpp and Json.cpp; copy freely.
 //
 // Offsets and sizes are bytes from the file's start, times microseconds. Texts that come from the file are
 // raw bytes: print them through printable(). Sentences are ours, without a full stop, and printable already.
@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "device/Evidence.h"
 
 namespace mkvx {
 
@@ -33,16 +35,6 @@ const char* describe(Verdict verdict);
 const char* toString(Verdict verdict);
 // 0 plays, 1 no Matroska or unreadable, 3 losses, 4 nothing plays, 5 stops, 6 undecided; 2 is wrong usage.
 int exitCodeOf(Verdict verdict);
-
-// The element that decided: where it stands and how it begins.
-struct Evidence {
-    static constexpr size_t kMostBytes = 32;
-
-    std::string element;         // its name; empty where the bytes are no element
-    uint64_t offset = 0;         // of the element's header
-    uint64_t size = 0;           // of its payload
-    std::vector<uint8_t> bytes;  // of its payload, the first kMostBytes at most
-};
 
 // How much a finding weighs.
 enum class Weight {

@@ -3,48 +3,26 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "check/Evidence.h"
 #include "check/Findings.h"
 #include "check/Remedy.h"
-#include "seek/Index.h"
+#include "device/ElementIds.h"
+#include "device/Losses.h"
 
 namespace mkvx {
 namespace {
-
-namespace id = MatroskaExtReader::id;
-using MatroskaExtReader::CMatroskaFile;
-using MatroskaExtReader::CMatroskaNode;
-using MatroskaExtReader::Loss;
-using MatroskaExtReader::LossKind;
-
-constexpr size_t kMostCuesTried = 65536;
 
 void add(CheckedFile& checked, const char* code, Weight weight, std::string sentence,
          std::optional<Evidence> evidence = {}, std::string remedy = {}) {
     checked.findings.push_back({code, weight, std::move(sentence), std::move(evidence), std::move(remedy)});
 }
 
-// Cue points of the master track that do not lead to a Cluster; `first` is the position that one names.
-uint64_t countWrongCues(CMatroskaFile& file, uint64_t* first) {
-    uint64_t wrong = 0;
-    size_t tried = 0;
-    const android::sp<CMatroskaNode> root = new CMatroskaNode(&file);
-    for (const auto& cue : file.Segment.Cues) {
-        for (const auto& position : cue->Positions) {
-            if (position.CueTrack != file.MasterTrack()) continue;
-            if (tried++ >= kMostCuesTried) return wrong;
-            const uint64_t at = file.Segment.DataStart + position.CueClusterPosition;
-            file.SeekTo(at);
-            const android::sp<CMatroskaNode> node = new CMatroskaNode(root.get());
-            if (node->IsValid() && node->Id() == id::kCluster) continue;
-            if (wrong++ == 0) *first = at;
-        }
-    }
-    return wrong;
+// What the file says, which a scan for an index puts the start of the last Cluster in place of.
+int64_t statedDurationUs(const Session& session) {
+    return FileHead(session.newBytes()).durationUs();
 }
 
-void judgeDuration(const IndexReport& report, const CMatroskaFile& head, CheckedFile& checked) {
-    const auto statedUs = int64_t(head.Segment.GetDuration() / 1000);
+void judgeDuration(const IndexReport& report, const Session& session, CheckedFile& checked) {
+    const int64_t statedUs = report.source == "scan" ? statedDurationUs(session) : 0;
     const std::string& path = checked.path;
     if (report.durationUs == 0 && report.source == "scan" && statedUs > 0)
         add(checked, "no_duration", Weight::kLoss,
@@ -65,69 +43,53 @@ void judgeDuration(const IndexReport& report, const CMatroskaFile& head, Checked
             {}, remuxCommand(path));
 }
 
-std::string describeLoss(LossKind kind, uint64_t count) {
-    switch (kind) {
-        case LossKind::kTooLarge:
-            return counted(count, "element") + " too large for the interfaces, and left out";
-        case LossKind::kLimit:
-            return counted(count, "limit") +
-                   " met of what the reader keeps or asks for; what is beyond is left out";
-        case LossKind::kTooDeep:
-            return counted(count, "element") + " nested deeper than the reader follows";
-        case LossKind::kBadCompression:
-            return counted(count, "frame") + " that cannot be decompressed, and arrive as stored";
-        default:
-            return "no memory for " + counted(count, "thing") + " that the file holds";
-    }
+std::string totalText(LossKind kind, uint64_t count) {
+    return fmt::format(fmt::runtime(textOf(kind).total), counted(count, textOf(kind).noun));
 }
 
-const char* codeOf(LossKind kind) {
-    switch (kind) {
-        case LossKind::kTooLarge:
-            return "elements_too_large";
-        case LossKind::kLimit:
-            return "reader_limit";
-        case LossKind::kTooDeep:
-            return "nested_too_deep";
-        case LossKind::kBadCompression:
-            return "bad_compression";
-        default:
-            return "no_memory";
-    }
+// Nothing when the reader's list was full before.
+std::optional<Evidence> firstPlaceOf(const FileHead& head, LossKind kind) {
+    const std::vector<Loss>& list = head.losses();
+    const auto found =
+        std::find_if(list.begin(), list.end(), [&](const Loss& loss) { return loss.kind == kind; });
+    if (found == list.end()) return std::nullopt;
+    Evidence evidence;
+    evidence.offset = found->position;
+    evidence.size = found->size;
+    return evidence;
 }
 
 }  // namespace
 
-void judgeDocument(CMatroskaFile& file, CheckedFile& checked) {
-    using MatroskaExtReader::HeaderVerdict;
-    const HeaderVerdict verdict = MatroskaExtReader::JudgeHeader(file.Header);
-    if (verdict == HeaderVerdict::kOtherDocType)
+void judgeDocument(const FileHead& head, CheckedFile& checked) {
+    using Header = DocumentFacts::Header;
+    const DocumentFacts document = head.document();
+    if (document.header == Header::kOtherDocType)
         add(checked, "other_doctype", Weight::kMute,
             fmt::format("the document type is \"{}\", and only matroska and webm are read",
-                        printable(file.Header.DocType.c_str())),
-            evidenceBelowOr(file, 0, {id::kDocType}));
-    else if (verdict == HeaderVerdict::kTooNew)
+                        printable(document.docType)),
+            head.evidenceBelowOr(0, {id::kDocType}));
+    else if (document.header == Header::kTooNew)
         add(checked, "doctype_too_new", Weight::kMute,
             fmt::format("it asks for a reader of version {}, and this one reads up to 2",
-                        file.Header.DocTypeReadVersion.Get()),
-            evidenceBelowOr(file, 0, {id::kDocTypeReadVersion}), remuxCommand(checked.path));
-    else if (file.SegmentNode() == nullptr)
+                        document.readVersion),
+            head.evidenceBelowOr(0, {id::kDocTypeReadVersion}), remuxCommand(checked.path));
+    else if (!document.segment)
         add(checked, "no_segment", Weight::kMute, "there is no Segment behind the header",
-            evidenceAt(file, 0));
-    else if (file.GetTrackCnt() == 0)
+            head.evidenceAt(0));
+    else if (head.trackCount() == 0)
         add(checked, "no_tracks", Weight::kMute, "no TrackEntry can be read in its Segment",
-            evidenceAt(file, file.SegmentNode()->HeaderStart()));
-    if (verdict == HeaderVerdict::kReadable && std::string(file.Header.DocType.c_str()) == "webm")
+            head.evidenceAt(*document.segment));
+    if (document.header == Header::kReadable && document.docType == "webm")
         add(checked, "webm_confidence", Weight::kNote,
             "it is claimed with confidence 0.5 only, so that the framework's own extractor may get it");
 }
 
-void judgeSeeking(android::MatroskaExtExtractor& extractor, const CMatroskaFile& head, CheckedFile& checked) {
-    CMatroskaFile& file = *extractor.File();
-    const IndexReport report = readIndex(extractor);
+void judgeSeeking(const Session& session, CheckedFile& checked) {
+    const IndexReport report = session.reader().index();
     checked.seeking = SeekFacts{report.source,    report.points, report.masterPoints, report.masterTrack, 0,
                                 report.durationUs};
-    judgeDuration(report, head, checked);
+    judgeDuration(report, session, checked);
     if (report.source == "scan")
         add(checked, "no_cues", Weight::kNote,
             fmt::format(
@@ -141,41 +103,33 @@ void judgeSeeking(android::MatroskaExtExtractor& extractor, const CMatroskaFile&
                 "every seek starts over: none of the {} cue points names the master track (number {})",
                 report.points, report.masterTrack),
             {}, remuxCommand(checked.path));
-    uint64_t first = 0;
-    const uint64_t wrong = report.source == "cues" ? countWrongCues(file, &first) : 0;
-    if (wrong > 0)
+    if (report.source != "cues") return;
+    const OwnReader::AstrayCues astray = session.reader().masterCuesAstray();
+    if (astray.count > 0)
         add(checked, "cues_astray", Weight::kLoss,
             fmt::format(
                 "{} positions of the Cues lead to no Cluster, and seeks go to an earlier one or start over",
-                wrong),
-            bytesAt(file, first, Evidence::kMostBytes), remuxCommand(checked.path));
+                astray.count),
+            session.reader().head().bytesAt(astray.first, Evidence::kMostBytes), remuxCommand(checked.path));
 }
 
-void judgeLosses(const CMatroskaFile& file, CheckedFile& checked) {
+void judgeLosses(const FileHead& head, CheckedFile& checked) {
     for (const LossKind kind : {LossKind::kTooLarge, LossKind::kLimit, LossKind::kTooDeep,
                                 LossKind::kBadCompression, LossKind::kRefusedAllocation}) {
-        const uint64_t count = file.Losses.Count(kind);
-        if (count == 0) continue;
-        std::optional<Evidence> evidence;
-        const auto& list = file.Losses.List();
-        const auto found =
-            std::find_if(list.begin(), list.end(), [&](const Loss& loss) { return loss.kind == kind; });
-        if (found != list.end()) {
-            evidence.emplace();
-            evidence->offset = found->position;
-            evidence->size = found->size;
-        }
-        add(checked, codeOf(kind), Weight::kLoss, describeLoss(kind, count), evidence);
+        const uint64_t count = head.lossCount(kind);
+        if (count > 0)
+            add(checked, textOf(kind).identifier, Weight::kLoss, totalText(kind, count),
+                firstPlaceOf(head, kind));
     }
 }
 
-void judgeStructure(CMatroskaFile& file, const ByteAccount& account, CheckedFile& checked) {
+void judgeStructure(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {
     if (account.damageCount > 0) {
         const Damage& first = account.damages.front();
         add(checked, "damaged", Weight::kLoss,
             fmt::format("{} in {} cannot be read as elements, and are skipped",
                         counted(account.damaged, "byte"), counted(account.damageCount, "place")),
-            bytesAt(file, first.position, first.size), remuxCommand(checked.path));
+            head.bytesAt(first.position, first.size), remuxCommand(checked.path));
     }
     if (account.missing)
         add(checked, "truncated", Weight::kLoss,
@@ -191,7 +145,7 @@ void judgeStructure(CMatroskaFile& file, const ByteAccount& account, CheckedFile
         add(checked, "no_clusters", Weight::kMute, "it holds no Cluster, so that no unit can arrive");
     uint64_t strays = 0, firstStray = 0;
     for (const auto& [number, tally] : account.blocks) {
-        if (number <= UINT32_MAX && file.FindTrack(uint32_t(number)) != nullptr) continue;
+        if (head.findTrack(number)) continue;
         if (strays == 0) firstStray = number;
         strays += tally.blocks;
     }

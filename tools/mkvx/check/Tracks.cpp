@@ -6,39 +6,43 @@
 
 #include "base/Text.h"
 #include "check/AacConfigurations.h"
-#include "check/Evidence.h"
 #include "check/Remedy.h"
 #include "device/CodecRecords.h"
+#include "device/ElementIds.h"
 #include "utils/MimeTypes.h"
 #include "utils/NalRewrite.h"
 
 namespace mkvx {
 namespace {
 
-namespace id = MatroskaExtReader::id;
-namespace encoding = MatroskaExtReader::encoding;
-using MatroskaExtReader::CMatroskaFile;
-using MatroskaExtReader::ContentEncoding;
-using MatroskaExtReader::TrackEntry;
-
 constexpr size_t kMostCodecId = 64;
 
 std::string kindOf(uint64_t type) {
-    if (type == MatroskaExtReader::kTrackTypeVideo) return "video";
-    if (type == MatroskaExtReader::kTrackTypeAudio) return "audio";
-    if (type == MatroskaExtReader::kTrackTypeSubtitle) return "subtitle";
+    if (type == kVideoType) return "video";
+    if (type == kAudioType) return "audio";
+    if (type == kSubtitleType) return "subtitle";
     return fmt::format("type {}", type);
+}
+
+TrackVerdict verdictOf(const FileTrack& entry) {
+    TrackVerdict verdict;
+    verdict.number = entry.number;
+    verdict.type = entry.type;
+    verdict.kind = kindOf(entry.type);
+    verdict.codecId = entry.codecId.substr(0, kMostCodecId);
+    verdict.position = entry.position;
+    return verdict;
 }
 
 // Adds findings to one track, with the evidence where it is found.
 class Judge {
   public:
-    Judge(CMatroskaFile& file, const std::string& path, const JudgedTrack& track, const TrackInfo& offer)
-        : mFile(file),
+    Judge(const FileHead& head, const std::string& path, const JudgedTrack& track, const TrackInfo& offer)
+        : mHead(head),
           mPath(path),
           mTrack(track),
           mOffer(offer),
-          mEntry(*track.entry),
+          mEntry(track.entry),
           mVerdict(*track.verdict) {}
 
     void judge() {
@@ -56,7 +60,7 @@ class Judge {
 
     void add(const char* code, Weight weight, std::string sentence, Path path, std::string remedy = {}) {
         mVerdict.findings.push_back({code, weight, std::move(sentence),
-                                     evidenceBelowOr(mFile, mEntry.Position, path), std::move(remedy)});
+                                     mHead.evidenceBelowOr(mEntry.position, path), std::move(remedy)});
     }
     bool isMime(const char* mime) const { return mVerdict.mime == mime; }
     const Bytes* record(const char* key) const {
@@ -72,7 +76,7 @@ class Judge {
             add("bad_number", Weight::kMute,
                 fmt::format("its TrackNumber is {}, which no block can name", number), {id::kTrackNumber},
                 remuxCommand(mPath));
-        else if (mFile.FindTrack(uint32_t(number)) != &mEntry)
+        else if (!mEntry.isFound)
             add("duplicate_number", Weight::kLoss,
                 fmt::format(
                     "another track has the TrackNumber {} too: both deliver the same blocks, read as the "
@@ -83,28 +87,27 @@ class Judge {
 
     void judgeEncodings() {
         bool isBlocked = false;  // by a restored header, behind which nothing is undone
-        for (size_t i = mEntry.Encodings.size(); i-- > 0;) {
-            const ContentEncoding& encoding = *mEntry.Encodings[i];
-            if ((encoding.ContentEncodingScope.Get() & encoding::kScopePrivate) != 0 &&
-                !mEntry.CodecPrivate.empty())
+        for (size_t i = mEntry.encodings.size(); i-- > 0;) {
+            const FrameEncoding& encoding = mEntry.encodings[i];
+            if (encoding.coversPrivate && !mEntry.codecPrivate.empty())
                 add("private_encoded", Weight::kMute,
                     "its CodecPrivate is stored encoded, and the decoder gets it so", {id::kCodecPrivate},
                     copyCommand(mPath));
-            if ((encoding.ContentEncodingScope.Get() & encoding::kScopeFrames) == 0) continue;
+            if (!encoding.coversFrames) continue;
             judgeEncoding(encoding, isBlocked);
-            isBlocked = isBlocked || encoding.IsHeaderStripping();
+            isBlocked = isBlocked || encoding.isHeaderStripping;
         }
     }
 
-    void judgeEncoding(const ContentEncoding& encoding, bool isBlocked) {
-        if (encoding.ContentEncodingType.Get() == encoding::kTypeEncryption)
+    void judgeEncoding(const FrameEncoding& encoding, bool isBlocked) {
+        if (encoding.isEncryption)
             add("encrypted", Weight::kMute, "its frames are encrypted, and arrive so",
                 {id::kContentEncodings, id::kContentEncoding, id::kContentEncryption});
-        else if (!encoding.IsSupported())
+        else if (!encoding.isUndone)
             add("encoding_unsupported", Weight::kMute,
                 fmt::format(
                     "its frames are compressed by algorithm {}, which is not undone: they arrive as stored",
-                    encoding.Compression.ContentCompAlgo.Get()),
+                    encoding.algorithm),
                 {id::kContentEncodings, id::kContentEncoding, id::kContentCompression, id::kContentCompAlgo},
                 copyCommand(mPath));
         else if (isBlocked)
@@ -114,13 +117,13 @@ class Judge {
     }
 
     void judgeRecord() {
-        if (mEntry.MissesRecordOf != 0)
+        if (mEntry.missesRecordOf != 0)
             add("record_too_short", Weight::kMute,
                 fmt::format(
                     "its CodecPrivate has {} bytes, too few for a record of {}, so that it is offered as {}",
-                    mEntry.CodecPrivate.size(), printable(mVerdict.codecId), mVerdict.mime),
+                    mEntry.codecPrivate.size(), printable(mVerdict.codecId), mVerdict.mime),
                 {id::kCodecPrivate}, copyCommand(mPath));
-        if (mEntry.FourCCFrom != TrackEntry::TagOrigin::kCodecId) return;
+        if (mEntry.tagFrom != FileTrack::TagOrigin::kCodecId) return;
         const Bytes* avcc = record("avcc");
         const Bytes* hvcc = record("hvcc");
         const auto length = avcc != nullptr   ? avccLengthBytes(*avcc)
@@ -135,19 +138,17 @@ class Judge {
     }
 
     void judgeAac() {
-        const auto& config = mEntry.CodecPrivate;
         if (record("esds") == nullptr)
             add("aac_private_too_short", Weight::kMute,
                 fmt::format(
                     "its CodecPrivate of {} byte(s) is too short to be used, and keeps one from being made",
-                    mEntry.CodecPrivate.size()),
+                    mEntry.codecPrivate.size()),
                 {id::kCodecPrivate}, recodeCommand(mPath, 'a', mTrack.ordinal, "aac"));
-        else if (const auto otherwise =
-                     judgedOtherwiseOnDevice({config.data(), config.data() + config.size()}))
+        else if (const auto otherwise = judgedOtherwiseOnDevice(mEntry.codecPrivate))
             add("aac_judged_otherwise", Weight::kNote, *otherwise, {id::kCodecPrivate});
         const std::string& codec = mVerdict.codecId;
         const bool saysSbr = codec.size() >= 4 && codec.compare(codec.size() - 4, 4, "/SBR") == 0;
-        if (saysSbr && mEntry.CodecPrivate.empty())
+        if (saysSbr && mEntry.codecPrivate.empty())
             add("aac_sbr_as_ltp", Weight::kLoss,
                 "without a CodecPrivate its configuration is made from the CodecID, and says LTP where the "
                 "file says "
@@ -158,12 +159,12 @@ class Judge {
     // The descriptor around a CodecPrivate of certain sizes lacks its last byte.
     void judgeEsds() {
         const Bytes* esds = record("esds");
-        const size_t size = mEntry.CodecPrivate.size();
+        const size_t size = mEntry.codecPrivate.size();
         if (esds == nullptr || size == 0) return;
         const Bytes info = specificInfo(*esds);
         const auto endsWith = [&](size_t length) {
             return info.size() >= length &&
-                   std::equal(info.end() - std::ptrdiff_t(length), info.end(), mEntry.CodecPrivate.data());
+                   std::equal(info.end() - std::ptrdiff_t(length), info.end(), mEntry.codecPrivate.data());
         };
         if (!endsWith(size) && size > 1 && endsWith(size - 1))
             add("config_cut", Weight::kLoss,
@@ -172,74 +173,64 @@ class Judge {
     }
 
     void judgeFormat() {
-        if (mVerdict.kind == "video" &&
-            (mEntry.Video.PixelWidth.Get() == 0 || mEntry.Video.PixelHeight.Get() == 0))
+        if (mVerdict.kind == "video" && (mEntry.pixelWidth == 0 || mEntry.pixelHeight == 0))
             add("no_picture_size", Weight::kLoss, "it has no picture size", {id::kVideo},
                 remuxCommand(mPath));
-        if (mVerdict.kind == "audio" && (mEntry.ParsedParts & TrackEntry::kHasAudio) == 0)
+        if (mVerdict.kind == "audio" && !mEntry.hasAudioFormat)
             add("no_audio_format", Weight::kLoss,
                 "it has no sampling frequency and no channel count: 8000 Hz and one channel are told", {},
                 remuxCommand(mPath));
-        const uint64_t bits = mEntry.Audio.BitDepth.Get();
-        const bool isRaw = isMime(android::MEDIA_MIMETYPE_AUDIO_RAW) && mEntry.CodecPrivate.empty();
+        const uint64_t bits = mEntry.bitsPerSample;
+        const bool isRaw = isMime(android::MEDIA_MIMETYPE_AUDIO_RAW) && mEntry.codecPrivate.empty();
         if (isRaw && bits != 16 && bits != 0)
             add("pcm_sample_size", Weight::kMute,
                 fmt::format("its samples have {} bits, which no key tells: the device takes 16 for granted",
                             bits),
                 {id::kAudio, id::kBitDepth}, recodeCommand(mPath, letter(), mTrack.ordinal, "pcm_s16le"));
-        const double scale = mEntry.TrackTimecodeScale.IsSet() ? mEntry.TrackTimecodeScale.Get() : 1.0;
-        if (scale != 1.0)
+        if (mEntry.timeScale != 1.0)
             add("track_time_scale", Weight::kLoss,
                 fmt::format("its TrackTimestampScale of {} is not looked at: its times are the file's",
-                            scale),
+                            mEntry.timeScale),
                 {id::kTrackTimecodeScale}, remuxCommand(mPath));
     }
 
     void judgeTexts() {
-        if (mVerdict.kind == "subtitle" && !mEntry.CodecPrivate.empty())
+        if (mVerdict.kind == "subtitle" && !mEntry.codecPrivate.empty())
             add("header_withheld", Weight::kNote,
                 "its CodecPrivate, where styles are defined, is not handed out", {id::kCodecPrivate});
-        if (mVerdict.kind == "subtitle" || mEntry.Name.c_str()[0] == '\0') return;
+        if (mVerdict.kind == "subtitle" || !mEntry.hasName) return;
         add("name_as_language", Weight::kNote, "its Name is handed out in place of its language",
             {id::kName});
     }
 
-    CMatroskaFile& mFile;
+    const FileHead& mHead;
     const std::string& mPath;
     const JudgedTrack& mTrack;
     const TrackInfo& mOffer;
-    const TrackEntry& mEntry;
+    const FileTrack& mEntry;
     TrackVerdict& mVerdict;
 };
 
 }  // namespace
 
-std::vector<JudgedTrack> listTracks(CMatroskaFile& file, CheckedFile& checked) {
+std::vector<JudgedTrack> listTracks(const FileHead& head, CheckedFile& checked) {
     std::vector<JudgedTrack> judged;
     std::map<std::string, size_t> ordinals;
+    std::vector<FileTrack> entries = head.tracks();
     checked.tracks.clear();
-    checked.tracks.reserve(file.GetTrackCnt());  // the pointers to them have to last
-    for (const auto& tracks : file.Segment.Tracks) {
-        for (const auto& entry : tracks->Entries) {
-            TrackVerdict verdict;
-            verdict.number = entry->TrackNumber.Get();
-            verdict.type = entry->TrackType.Get();
-            verdict.kind = kindOf(verdict.type);
-            const auto* codec = reinterpret_cast<const char*>(entry->CodecID.data());
-            if (codec != nullptr)
-                verdict.codecId.assign(codec, std::min(kMostCodecId, entry->CodecID.TextLength()));
-            verdict.position = entry->Position;
-            checked.tracks.push_back(std::move(verdict));
-            const size_t ordinal = ordinals[checked.tracks.back().kind]++;
-            judged.push_back({entry.get(), &checked.tracks.back(), judged.size(), ordinal});
-        }
+    checked.tracks.reserve(entries.size());  // the pointers to them have to last
+    for (FileTrack& entry : entries) {
+        checked.tracks.push_back(verdictOf(entry));
+        TrackVerdict& verdict = checked.tracks.back();
+        const size_t ordinal = ordinals[verdict.kind]++;
+        judged.push_back({std::move(entry), &verdict, judged.size(), ordinal});
     }
     return judged;
 }
 
-void judgeOffered(CMatroskaFile& file, const std::string& path, const JudgedTrack& track,
+void judgeOffered(const FileHead& head, const std::string& path, const JudgedTrack& track,
                   const TrackInfo& offer) {
-    Judge(file, path, track, offer).judge();
+    Judge(head, path, track, offer).judge();
 }
 
 }  // namespace mkvx

@@ -5,34 +5,33 @@
 #include <vector>
 
 #include "check/Model.h"
+#include "device/FileHead.h"
 #include "device/Model.h"
-#include "matroska/TrackDiscovery.h"
-#include "matroska/reader/MatroskaReader.h"
 
 namespace mkvx {
 
-// A TrackEntry beside what is said of it. The entry belongs to the file.
+// A TrackEntry beside what is said of it.
 struct JudgedTrack {
-    const MatroskaExtReader::TrackEntry* entry;
+    FileTrack entry;
     TrackVerdict* verdict;
     size_t place;    // among all entries of the file, from 0
     size_t ordinal;  // among those of its kind, from 0
 };
 
 // Fills `checked.tracks`, one for each entry of the file. Nothing is offered yet.
-std::vector<JudgedTrack> listTracks(MatroskaExtReader::CMatroskaFile& file, CheckedFile& checked);
+std::vector<JudgedTrack> listTracks(const FileHead& head, CheckedFile& checked);
 
 // Why discovery dropped this track.
-Finding explainDrop(MatroskaExtReader::CMatroskaFile& file, const std::string& path, const JudgedTrack& track,
-                    android::DropReason reason);
+Finding explainDrop(const FileHead& head, const std::string& path, const JudgedTrack& track,
+                    DropReason reason);
 
 // Facts about an offered track that its entry, or what was made of it, tells: encodings, configuration,
 // names, sizes.
-void judgeOffered(MatroskaExtReader::CMatroskaFile& file, const std::string& path, const JudgedTrack& track,
+void judgeOffered(const FileHead& head, const std::string& path, const JudgedTrack& track,
                   const TrackInfo& offer);
 
 // A track whose headers end the process, if it is one.
-std::optional<Finding> explainVorbisStop(MatroskaExtReader::CMatroskaFile& file, const std::string& path,
+std::optional<Finding> explainVorbisStop(const FileHead& head, const std::string& path,
                                          const JudgedTrack& track);
 
 }  // namespace mkvx

@@ -1,7 +1,8 @@
 #include "device/CodecRecords.h"
 
 #include <algorithm>
-#include <string>
+
+#include "matroska/CodecPrivate.h"
 
 namespace mkvx {
 namespace {
@@ -133,6 +134,13 @@ Bytes vorbisHeaders(const Bytes& identification, const Bytes& setup) {
     append(headers, comments);
     append(headers, setup);
     return headers;
+}
+
+std::optional<VorbisRefusal> vorbisRefusal(const Bytes& codecPrivate) {
+    const char* condition = "";
+    if (android::VorbisHeadersAccepted(codecPrivate.data(), codecPrivate.size(), &condition))
+        return std::nullopt;
+    return VorbisRefusal{condition, android::VorbisLacesAreLong(codecPrivate.data(), codecPrivate.size())};
 }
 
 std::optional<unsigned> avccLengthBytes(const Bytes& avcc) {

@@ -3,6 +3,8 @@
 #include <media/stagefright/MediaBuffer.h>
 
 #include "base/Log.h"
+#include "device/DropReasons.h"
+#include "device/ElementIds.h"
 #include "matroska/MatroskaExtExtractor.h"
 #include "matroska/MatroskaExtIterator.h"
 #include "matroska/reader/MatroskaReader.h"
@@ -10,21 +12,34 @@
 namespace mkvx {
 namespace {
 
+using android::MatroskaExtExtractor;
+using android::sp;
+using MatroskaExtReader::CMatroskaFile;
+using MatroskaExtReader::CMatroskaNode;
+using MatroskaExtReader::Cue;
+using MatroskaExtReader::CuePoint;
+using MatroskaExtReader::CueTrackPosition;
+
+constexpr size_t kMostCuesTried = 65536;
+
 TrackKind kindOf(uint32_t trackType) {
     switch (trackType) {
-        case 1:
+        case kVideoType:
             return TrackKind::kVideo;
-        case 2:
+        case kAudioType:
             return TrackKind::kAudio;
         default:
-            return TrackKind::kSubtitle;  // 17, the only other kind that is offered
+            return TrackKind::kSubtitle;  // the only other kind that is offered
     }
 }
 
 class IteratorTwin : public TwinCursor {
   public:
-    IteratorTwin(MatroskaExtReader::CMatroskaFile* file, uint32_t trackNumber)
-        : mIterator(file, 0, 0, trackNumber, nullptr) {
+    // Without `onEvent` it leaves the file's subtitle queue alone.
+    IteratorTwin(const sp<MatroskaExtExtractor>& extractor, uint32_t trackNumber, OnEvent onEvent)
+        : mExtractor(extractor),
+          mIterator(extractor->File(), 0, 0, trackNumber, onEvent ? extractor.get() : nullptr),
+          mOnEvent(std::move(onEvent)) {
         MuteLog mute;
         mIterator.reset();
     }
@@ -32,31 +47,82 @@ class IteratorTwin : public TwinCursor {
     void step() override {
         MuteLog mute;
         android::MediaBuffer* buffer = nullptr;
-        if (mIterator.read(&buffer, nullptr) == android::OK && buffer != nullptr) buffer->release();
+        mSize = 0;
+        if (mIterator.read(&buffer, nullptr) == android::OK && buffer != nullptr) {
+            mSize = buffer->range_length();
+            buffer->release();
+        }
+        if (mOnEvent) takeEvents();
     }
 
     bool atEnd() const override { return mIterator.AtEnd(); }
     uint64_t position() const override { return mIterator.LastPosition(); }
+    size_t size() const override { return mSize; }
 
   private:
-    // Built without an extractor, so it leaves the subtitle queue alone.
+    // As a player does that asks after each unit.
+    void takeEvents() {
+        android::SubtitleQueue& queue = mExtractor->File()->Subtitles;
+        while (!queue.IsEmpty()) {
+            mOnEvent(queue.Last().mTrackNumber, queue.Last().mBuffer->range_length());
+            queue.DropLast();
+        }
+    }
+
+    const sp<MatroskaExtExtractor> mExtractor;
     android::MatroskaExtIterator mIterator;
+    const OnEvent mOnEvent;
+    size_t mSize = 0;
 };
+
+bool names(const Cue& cue, const CuePoint& point, uint64_t track) {
+    for (uint32_t i = 0; i < point.PositionCount; ++i)
+        if (cue.PositionsOf(point)[i].CueTrack == track) return true;
+    return false;
+}
+
+void countPoints(const CMatroskaFile& file, IndexReport& report) {
+    for (const auto& cue : file.Segment.Cues) {
+        report.source = cue->IsSynthesised ? "scan" : "cues";
+        report.points += cue->Points.size();
+        for (const CuePoint& point : cue->Points)
+            report.masterPoints += names(*cue, point, file.MasterTrack()) ? 1 : 0;
+    }
+}
+
+bool isClusterAt(CMatroskaFile& file, const sp<CMatroskaNode>& root, uint64_t position) {
+    file.SeekTo(position);
+    const sp<CMatroskaNode> node = new CMatroskaNode(root.get());
+    return node->IsValid() && node->Id() == id::kCluster;
+}
 
 }  // namespace
 
 struct OwnReader::State {
-    android::sp<android::MatroskaExtExtractor> extractor;
+    explicit State(const sp<android::DataSource>& source)
+        : extractor(new MatroskaExtExtractor(source)),
+          head(*extractor->File()),
+          isStreamed((source->flags() & android::DataSource::kIsCachingDataSource) != 0) {}
+
+    CMatroskaFile& file() const { return *extractor->File(); }
+
+    sp<MatroskaExtExtractor> extractor;
+    const FileHead head;
+    const bool isStreamed;
 };
 
-OwnReader::OwnReader(const android::sp<android::DataSource>& source) : mState(new State) {
+OwnReader::OwnReader(const sp<android::DataSource>& source) {
     MuteLog mute;
-    mState->extractor = new android::MatroskaExtExtractor(source);
+    mState = std::make_unique<State>(source);
 }
 
 OwnReader::~OwnReader() {
     MuteLog mute;
     mState->extractor.clear();
+}
+
+const FileHead& OwnReader::head() const {
+    return mState->head;
 }
 
 std::vector<OfferedTrack> OwnReader::offered() const {
@@ -66,20 +132,63 @@ std::vector<OfferedTrack> OwnReader::offered() const {
     return out;
 }
 
-size_t OwnReader::entryCount() const {
-    return mState->extractor->File()->GetTrackCnt();
+// Both lists are in the order of the file's entries.
+std::vector<std::optional<DropReason>> OwnReader::drops() const {
+    const std::vector<android::DroppedTrack>& dropped = mState->extractor->DroppedTracks();
+    std::vector<std::optional<DropReason>> drops;
+    size_t next = 0;
+    for (const auto& tracks : mState->file().Segment.Tracks)
+        for (const auto& entry : tracks->Entries) {
+            const bool isDropped = next < dropped.size() && dropped[next].mPosition == entry->Position;
+            drops.push_back(isDropped ? dropReason(dropped[next++].mReason) : std::nullopt);
+        }
+    return drops;
 }
 
-android::sp<android::MatroskaExtExtractor> OwnReader::extractor() const {
-    return mState->extractor;
+IndexReport OwnReader::index() const {
+    const CMatroskaFile& file = mState->file();
+    IndexReport report;
+    report.source = "none";
+    report.isStreamed = mState->isStreamed;
+    report.durationUs = mState->head.durationUs();
+    report.masterTrack = file.MasterTrack();
+    countPoints(file, report);
+    for (const auto& item : file.Index()) report.entries.push_back({item.Time, item.Position});
+    return report;
 }
 
-uint64_t OwnReader::masterTrack() const {
-    return mState->extractor->File()->MasterTrack();
+void OwnReader::forEachCue(const std::function<void(const CuePlace&)>& take) const {
+    const CMatroskaFile& file = mState->file();
+    for (const auto& cue : file.Segment.Cues) {
+        if (cue->IsSynthesised) continue;
+        for (const CuePoint& point : cue->Points)
+            for (uint32_t i = 0; i < point.PositionCount; ++i) {
+                const CueTrackPosition& place = cue->PositionsOf(point)[i];
+                take({place.CueTrack, int64_t(file.ToMicroseconds(point.CueTime)),
+                      MatroskaExtReader::AddWrapping(file.Segment.DataStart, place.CueClusterPosition)});
+            }
+    }
 }
 
-std::unique_ptr<TwinCursor> OwnReader::cursor(uint32_t trackNumber) const {
-    return std::make_unique<IteratorTwin>(mState->extractor->File(), trackNumber);
+OwnReader::AstrayCues OwnReader::masterCuesAstray() const {
+    MuteLog mute;
+    CMatroskaFile& file = mState->file();
+    const sp<CMatroskaNode> root = new CMatroskaNode(&file);
+    AstrayCues astray;
+    size_t tried = 0;
+    for (const auto& cue : file.Segment.Cues)
+        for (const CueTrackPosition& place : cue->Positions) {
+            if (place.CueTrack != file.MasterTrack()) continue;
+            if (tried++ >= kMostCuesTried) return astray;
+            const uint64_t at = file.Segment.DataStart + place.CueClusterPosition;
+            if (isClusterAt(file, root, at)) continue;
+            if (astray.count++ == 0) astray.first = at;
+        }
+    return astray;
+}
+
+std::unique_ptr<TwinCursor> OwnReader::cursor(uint32_t trackNumber, OnEvent onEvent) const {
+    return std::make_unique<IteratorTwin>(mState->extractor, trackNumber, std::move(onEvent));
 }
 
 }  // namespace mkvx

@@ -1,25 +1,27 @@
 // What the plug-in's own interface does not tell, read with a second extractor that is linked into this
-// program: the Matroska track numbers, the master track, and where a track really ends.
+// program: the file's own track numbers and why tracks are dropped, the index, the losses, and where a track
+// really ends.
 //
 // The second extractor reads the same bytes by the same code, so both agree track by track. Its log records
 // would only repeat the plug-in's and are dropped. Construction can end the process exactly where the
-// plug-in's does: try that first (Probe.h). One thread.
+// plug-in's does: try that first (Trial.h). One thread.
 #pragma once
 #include <media/stagefright/DataSource.h>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "device/FileHead.h"
 #include "device/Model.h"
-
-namespace android {
-class MatroskaExtExtractor;
-}
+#include "device/SyncIndex.h"
 
 namespace mkvx {
 
+// A track that the plug-in offers.
 struct OfferedTrack {
-    uint32_t number = 0;
+    uint32_t number = 0;  // TrackNumber, its low 32 bits
     TrackKind kind = TrackKind::kVideo;
 };
 
@@ -33,8 +35,15 @@ class TwinCursor {
     // The last step() found nothing more.
     virtual bool atEnd() const = 0;
     // Where in the file the payload begins of the block that the last step() took; 0 where that is not known.
-    virtual uint64_t position() const { return 0; }
+    virtual uint64_t position() const = 0;
+    // Bytes of the unit that the last step() took, before lengths of NAL units became start codes; 0 for
+    // none.
+    virtual size_t size() const = 0;
 };
+
+// Gets each subtitle event that reading the master track brings up, after the merging of events: the
+// TrackNumber of its block, and its bytes.
+using OnEvent = std::function<void(uint64_t trackNumber, size_t size)>;
 
 class OwnReader {
   public:
@@ -43,15 +52,25 @@ class OwnReader {
     OwnReader(const OwnReader&) = delete;
     OwnReader& operator=(const OwnReader&) = delete;
 
+    const FileHead& head() const;
     // In the framework's index order.
     std::vector<OfferedTrack> offered() const;
-    // TrackEntries in the file, offered or not.
-    size_t entryCount() const;
-    uint64_t masterTrack() const;
-    // The extractor itself, for what this class does not tell.
-    android::sp<android::MatroskaExtExtractor> extractor() const;
-    // A cursor before the track's first unit. It reads through this object, which has to outlive it.
-    std::unique_ptr<TwinCursor> cursor(uint32_t trackNumber) const;
+    // For each TrackEntry, in the order of the file: why it is dropped; nothing for those that are offered.
+    std::vector<std::optional<DropReason>> drops() const;
+
+    IndexReport index() const;
+    // Every place that a cue point of the file names, in the order of the file; not those that a scan made.
+    void forEachCue(const std::function<void(const CuePlace&)>& take) const;
+    struct AstrayCues {
+        uint64_t count = 0;
+        uint64_t first = 0;  // the position that the first of them names
+    };
+    // Looks where the master track's cue points lead, up to a bound on their number: which find no Cluster?
+    AstrayCues masterCuesAstray() const;
+
+    // A cursor before the track's first unit. It reads through this object, which has to outlive it. Events
+    // are collected only where there is somebody to take them.
+    std::unique_ptr<TwinCursor> cursor(uint32_t trackNumber, OnEvent onEvent = nullptr) const;
 
   private:
     struct State;

@@ -8,13 +8,11 @@ namespace mkvx {
 namespace {
 
 const TrackInfo& masterOf(const Session& session, const TrackInfo& track) {
-    for (const TrackInfo& candidate : session.info().tracks)
-        if (candidate.number == session.reader().masterTrack() && candidate.kind != TrackKind::kSubtitle)
-            return candidate;
+    if (const TrackInfo* master = session.masterTrack()) return *master;
     throw FileFailure(session.info().path,
                       fmt::format("track {}: no subtitle can arrive, since the master track (number {}) has "
                                   "no source (mkvx check says why)",
-                                  track.index, session.reader().masterTrack()));
+                                  track.index, session.reader().head().masterTrack()));
 }
 
 }  // namespace

@@ -148,7 +148,7 @@ Session::Session(const ExtractorPlugin& plugin, const std::string& path, const S
             path,
             "the loaded plug-in offers other tracks than this program's own reader finds (--plugin takes "
             "the one that was built with this program)");
-    if (mReader->entryCount() == 0)
+    if (mReader->head().trackCount() == 0)
         throw UnusableFile(UnusableFile::Why::kNoTracks, path,
                            "no track description can be read from it (mkvx tree shows what is there)");
     mInfo = describeFile(path, *mExtractor, offered);
@@ -165,6 +165,13 @@ const TrackInfo& requireTrack(const FileInfo& info, size_t index) {
         fmt::format("{}: there is no track {}, the file offers {}, counted from 0 (mkvx info "
                     "lists them)",
                     info.path, index, counted(count, "track")));
+}
+
+const TrackInfo* Session::masterTrack() const {
+    for (const TrackInfo& track : mInfo.tracks)
+        if (track.number == mReader->head().masterTrack() && track.kind != TrackKind::kSubtitle)
+            return &track;
+    return nullptr;
 }
 
 sp<android::MediaSource> Session::newSource(size_t index) const {

@@ -50,6 +50,9 @@ class Session {
 
     const FileInfo& info() const { return mInfo; }
     const OwnReader& reader() const { return *mReader; }
+    // The offered track that drives the others: seeks follow its cue points, and subtitle events arrive while
+    // it is read. Null when the file's master track has no source, or one that reads no blocks.
+    const TrackInfo* masterTrack() const;
 
     // A new source of that track, not started, from this session's extractor.
     android::sp<android::MediaSource> newSource(size_t index) const;

@@ -34,6 +34,9 @@ class TrackReader {
     size_t unreadable() const { return mUnreadable; }
     // Where in the file the payload begins of the block that the last unit came from; 0 without a twin.
     uint64_t position() const { return mTwin ? mTwin->position() : 0; }
+    // Bytes of the last unit as it is stored, before lengths of NAL units became start codes; 0 without a
+    // twin.
+    size_t storedSize() const { return mTwin ? mTwin->size() : 0; }
     // After next() gave null without a twin: does the source go on? Reads one unit further to find out, so a
     // run of two unreadable units passes for the end.
     bool endedEarly();

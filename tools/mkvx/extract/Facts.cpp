@@ -1,8 +1,6 @@
 #include "extract/Facts.h"
 
-#include "base/Log.h"
 #include "device/CodecRecords.h"
-#include "matroska/MatroskaExtExtractor.h"
 
 namespace mkvx {
 Bytes configOf(const TrackInfo& info, const char* key) {
@@ -15,16 +13,11 @@ ExtractTrack factsOf(const Session& session, const TrackInfo& info) {
     ExtractTrack track;
     track.info = info;
     track.specificInfo = specificInfo(configOf(info, "esds"));
-    MuteLog mute;
-    const android::sp<android::MatroskaExtExtractor> extractor =
-        new android::MatroskaExtExtractor(session.newBytes());
-    const MatroskaExtReader::TrackEntry* entry = extractor->File()->FindTrack(info.number);
-    if (entry == nullptr) return track;
-    const auto& id = entry->CodecID;
-    const auto& config = entry->CodecPrivate;
-    if (id.data() != nullptr) track.codecId.assign(reinterpret_cast<const char*>(id.data()), id.TextLength());
-    if (!config.empty()) track.codecPrivate.assign(config.data(), config.data() + config.size());
-    track.bitsPerSample = uint32_t(entry->Audio.BitDepth.Get());
+    const std::optional<FileTrack> entry = session.reader().head().findTrack(info.number);
+    if (!entry) return track;
+    track.codecId = entry->codecId;
+    track.codecPrivate = entry->codecPrivate;
+    track.bitsPerSample = uint32_t(entry->bitsPerSample);
     return track;
 }
 

@@ -6,8 +6,7 @@
 
 namespace mkvx {
 
-// Opens the file once more with this program's own copy of the reader, for what the plug-in's interface does
-// not tell: CodecID, CodecPrivate, bit depth.
+// With what the plug-in's interface does not tell: CodecID, CodecPrivate, bit depth.
 ExtractTrack factsOf(const Session& session, const TrackInfo& info);
 
 // The bytes of the configuration record with that key; empty without one.

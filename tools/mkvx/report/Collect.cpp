@@ -4,7 +4,6 @@
 #include <tuple>
 
 #include "base/Failure.h"
-#include "matroska/MatroskaExtExtractor.h"
 #include "seek/Targets.h"
 #include "source/OpenSource.h"
 
@@ -68,7 +67,6 @@ bool canBeRead(const CheckedFile& checked) {
 }
 
 void collect(const Session& session, Progress& progress, ReportPage& page) {
-    const android::sp<android::MatroskaExtExtractor> extractor = session.reader().extractor();
     page.info = session.info();
     readTimelines(session, progress, page);
     page.layout = readLayout(session.newBytes());
@@ -76,7 +74,7 @@ void collect(const Session& session, Progress& progress, ReportPage& page) {
         page.checked.size = page.layout.regions.back().end;
     readContents(session, page);
     readSeeks(session, page);
-    readLosses(*extractor, page);
+    readLosses(session.reader(), page);
 }
 
 }  // namespace

@@ -31,6 +31,6 @@ FileLayout readLayout(const android::sp<android::DataSource>& source);
 void readContents(const Session& session, ReportPage& page);
 
 // What the reader has lost up to now.
-void readLosses(android::MatroskaExtExtractor& extractor, ReportPage& page);
+void readLosses(const OwnReader& reader, ReportPage& page);
 
 }  // namespace mkvx

@@ -47,10 +47,7 @@ class Collector {
 };
 
 bool canArrive(const Session& session, const TrackInfo& track) {
-    if (track.kind != TrackKind::kSubtitle) return true;
-    for (const TrackInfo& other : session.info().tracks)
-        if (other.number == session.reader().masterTrack() && other.kind != TrackKind::kSubtitle) return true;
-    return false;
+    return track.kind != TrackKind::kSubtitle || session.masterTrack() != nullptr;
 }
 
 }  // namespace

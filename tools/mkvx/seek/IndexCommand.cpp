@@ -61,7 +61,7 @@ int run(const Globals& globals, const Options& options) {
         throw UsageFailure(
             fmt::format("--coarse: {} is neither microseconds nor HH:MM:SS.mmm", options.coarse));
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    const IndexReport report = readIndex(session.newBytes());
+    const IndexReport report = session.reader().index();
     throwIfInterrupted(options.file);
     const std::vector<IndexGap> gaps = gapsOf(report, *coarseUs);
     if (options.format == Format::kJson)

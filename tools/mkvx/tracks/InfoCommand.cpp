@@ -20,7 +20,7 @@ int run(const Globals& globals, const Options& options) {
     renderInfo(session.info(), options.format, stdout);
     if (session.info().tracks.empty())
         fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered\n", options.file,
-                   session.reader().entryCount());
+                   session.reader().head().trackCount());
     return kExitDone;
 }
 

@@ -77,21 +77,14 @@ class Listing {
         }
     }
 
-    const TrackInfo* findMaster() const {
-        for (const TrackInfo& track : mSession.info().tracks)
-            if (track.number == mSession.reader().masterTrack() && track.kind != TrackKind::kSubtitle)
-                return &track;
-        return nullptr;
-    }
-
     // Subtitles arrive only while the master track is read past them, so a track has a pass of its own:
     // whatever another subtitle track's source drops in its own pass is not missing here.
     void listSubtitles(const TrackInfo& track) {
-        const TrackInfo* master = findMaster();
+        const TrackInfo* master = mSession.masterTrack();
         if (master == nullptr)
             return note(track, fmt::format("no subtitle can arrive, since the master track (number {}) has "
                                            "no source that reads the file",
-                                           mSession.reader().masterTrack()));
+                                           mSession.reader().head().masterTrack()));
         const android::sp<android::MediaExtractor> extractor = mSession.newExtractor();
         TrackReader driver(extractor->getTrack(master->index), twin(*master));
         TrackReader subtitles(extractor->getTrack(track.index));
@@ -135,7 +128,7 @@ int run(const Globals& globals, const Options& options) {
     if (options.track) (void)requireTrack(session.info(), *options.track);
     if (tracks.empty())
         fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered (mkvx check says why)\n", options.file,
-                   session.reader().entryCount());
+                   session.reader().head().trackCount());
     Listing listing(session, options);
     untilInterrupted([&] {
         for (const TrackInfo& track : tracks)

@@ -36,6 +36,19 @@ def test_mkvx_runs_and_finds_its_plugin(tree):
     assert 'attachments' in run('gzip', '-dc', page)
 
 
+def libraries(path):
+    return [line.split()[0] for line in run('ldd', path).splitlines()]
+
+
+def test_the_decoders_are_a_program_of_their_own(tree):
+    """No program may hold the AAC decoder library and a GPL build of libavcodec; only one pays for libavcodec's libraries."""
+    assert 'h264' in run(tree / 'bin/mkvx', 'decode', '--frames', '1', SAMPLE, cwd='/')
+    mkvx, decoders = libraries(tree / 'bin/mkvx'), libraries(only(tree, 'mkvx-decode'))
+    assert len(mkvx) <= 45 and not any(name.startswith(('libav', 'libcurl')) for name in mkvx)
+    assert any(name.startswith('libavcodec') for name in decoders)
+    assert not any(name.startswith(('libfdk', 'libmatroska_ext')) for name in decoders)
+
+
 def test_consumer_with_cmake(tree, tmp_path):
     run('cmake', '-S', ROOT / 'tests/package/consumer', '-B', tmp_path, f'-DCMAKE_PREFIX_PATH={tree}')
     run('cmake', '--build', tmp_path)

@@ -1,10 +1,9 @@
-// One HTTP connection that asks for ranges of one URL, on libcurl.
+// One HTTP connection that asks for ranges of one URL, as libcurl makes it.
 //
 // Redirects are followed, to http and https only. Proxies, and the certificate authorities of CURL_CA_BUNDLE,
 // are taken from the environment, as curl does. No request waits longer than the time limit for a connection,
 // nor for as long for next to no data. One thread; after a fork() the child gets a connection of its own.
 #pragma once
-#include <sys/types.h>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -35,25 +34,17 @@ struct HttpAnswer {
 
 class HttpClient {
   public:
-    HttpClient(std::string url, uint32_t timeoutS);
-    ~HttpClient();
-    HttpClient(const HttpClient&) = delete;
-    HttpClient& operator=(const HttpClient&) = delete;
+    virtual ~HttpClient() = default;
 
     // Takes the body of the final answer, piece by piece; false ends the request. The answer's status, range
     // and length are known by then. What it throws ends the request and leaves get().
     using Body = std::function<bool(const HttpAnswer& answer, const uint8_t* bytes, size_t size)>;
 
     // Asks for the bytes from `first` to `last`; both inclusive, `last` at least `first`.
-    HttpAnswer get(uint64_t first, uint64_t last, const Body& body);
-
-  private:
-    struct Connection;
-
-    const std::string mUrl;
-    const uint32_t mTimeoutS;
-    std::unique_ptr<Connection> mConnection;
-    pid_t mOwner;  // the process that mConnection is of
+    virtual HttpAnswer get(uint64_t first, uint64_t last, const Body& body) = 0;
 };
+
+// Throws std::runtime_error when there can be no connections at all.
+std::unique_ptr<HttpClient> newHttpClient(const std::string& url, uint32_t timeoutS);
 
 }  // namespace mkvx

@@ -34,7 +34,7 @@ class SpooledUrl : public android::DataSource {
 class UrlOpener {
   public:
     UrlOpener(const std::string& url, const UrlOptions& options)
-        : mUrl(url), mOptions(options), mClient(std::make_unique<HttpClient>(url, options.timeoutS)) {}
+        : mUrl(url), mOptions(options), mClient(newHttpClient(url, options.timeoutS)) {}
 
     android::sp<android::DataSource> open(const std::shared_ptr<SourceTroubles>& troubles) {
         const HttpAnswer answer = ask();

@@ -6,7 +6,7 @@
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
-#include "cost/Model.h"
+#include "cost/Measure.h"
 #include "device/Session.h"
 
 namespace mkvx {

@@ -1,17 +1,13 @@
 #include "cost/Elements.h"
 
+#include <algorithm>
 #include <iterator>
 #include <limits>
 
 #include "base/Log.h"
-#include "matroska/reader/MatroskaReader.h"
 
 namespace mkvx {
 namespace {
-
-using MatroskaExtReader::CMatroskaFile;
-using MatroskaExtReader::CMatroskaNode;
-namespace id = MatroskaExtReader::id;
 
 constexpr size_t kMostElements = 1 << 16;
 constexpr uint64_t kNowhere = std::numeric_limits<uint64_t>::max();
@@ -31,61 +27,81 @@ CostStage stageOfElement(uint32_t elementId) {
     }
 }
 
-android::sp<CMatroskaNode> firstChildOfSegment(const CMatroskaFile& file) {
-    return file.SegmentNode() == nullptr ? nullptr : file.SegmentNode()->Child(0, false);
+// Goes to where the Segment's first child comes next.
+bool enterSegment(ElementWalk& walk) {
+    while (const std::optional<WalkItem> item = walk.next()) {  // bounded by the walk
+        const auto* element = std::get_if<Element>(&item->what);
+        if (element != nullptr && element->id == id::kSegment) return true;
+        walk.skipChildren();
+    }
+    return false;
 }
 
-void open(CMatroskaFile& file) {
-    const CMatroskaFile::Opening opening(&file);
-    (void)file.Init();  // what it did not find is not mapped
+// The next child of the Segment; nothing behind its end.
+std::optional<Element> nextChild(ElementWalk& walk) {
+    while (std::optional<WalkItem> item = walk.next()) {  // bounded by the walk
+        walk.skipChildren();
+        if (item->depth != 1) return std::nullopt;
+        if (auto* element = std::get_if<Element>(&item->what)) return std::move(*element);
+    }
+    return std::nullopt;
 }
 
 }  // namespace
 
 CostElements::CostElements(const android::sp<android::DataSource>& bytes)
     : mBytes(bytes), mFirstCluster(kNowhere) {
-    MuteLog mute;
-    CMatroskaFile file(mBytes);
-    open(file);
-    const android::sp<CMatroskaNode> first = firstChildOfSegment(file);
-    if (first == nullptr) return;
-    mapRun(first.get(), false);
-    for (const auto& seeks : file.Segment.SeekHeads) {
-        for (const auto& entry : seeks->Entries) {
-            file.SeekTo(file.Segment.DataStart + entry->SeekPosition.Get());
-            const android::sp<CMatroskaNode> node = new CMatroskaNode(file.SegmentNode());
-            const bool isNamed = node->IsValid() && node->Id() == uint32_t(entry->SeekID.Get());
-            if (isNamed) mapRun(node.get(), false);
-        }
-    }
+    const Opening opening(mBytes);
+    if (!opening.isReadable()) return;  // what opening did not find is not mapped
+    const MuteLog mute;
+    ElementWalk walk(mBytes);
+    if (!enterSegment(walk)) return;
+    mapRun(walk);
+    for (const SeekTarget& target : opening.seekTargets()) mapSeekTarget(target);
+}
+
+void CostElements::mapSeekTarget(const SeekTarget& target) {
+    if (mElements.count(target.position) != 0) return;
+    ElementWalk walk(mBytes);
+    if (!enterSegment(walk)) return;
+    walk.jumpTo(target.position);
+    const std::optional<Element> element = nextChild(walk);
+    if (element && element->id == target.id && mapElement(*element)) mapRun(walk);
 }
 
 void CostElements::lookBehindClusters() {
-    MuteLog mute;
-    CMatroskaFile file(mBytes);
-    open(file);
-    const android::sp<CMatroskaNode> first = firstChildOfSegment(file);
-    if (first != nullptr) mapRun(first.get(), true);
+    const MuteLog mute;
+    ElementWalk walk(mBytes);
+    if (!enterSegment(walk)) return;
+    while (const std::optional<Element> element = nextChild(walk)) {  // bounded by the walk
+        (void)mapElement(*element);  // Clusters, and what is known, are passed over
+        if (mElements.size() > kMostElements) return;
+    }
 }
 
-// From this element on, up to a Cluster unless those are passed over, or to the end.
-void CostElements::mapRun(CMatroskaNode* node, bool passesClusters) {
-    do {  // bounded: every step moves forward
-        const bool isCluster = node->Id() == id::kCluster;
-        if (isCluster) mFirstCluster = std::min(mFirstCluster, node->HeaderStart());
-        if (isCluster && !passesClusters) return;
-        if (isCluster) continue;
-        const bool isNew =
-            mElements.emplace(node->HeaderStart(), Element{node->End(), stageOfElement(node->Id())}).second;
-        if ((!isNew && !passesClusters) || mElements.size() > kMostElements) return;
-    } while (node->Next(false));
+// Up to a Cluster, or to what is known, or to the end.
+void CostElements::mapRun(ElementWalk& walk) {
+    std::optional<Element> element;
+    do element = nextChild(walk);  // bounded by the walk
+    while (element && mapElement(*element));
 }
 
-const CostElements::Element* CostElements::find(uint64_t offset) const {
+// False for a Cluster, for an element that is known already, and where there are too many.
+bool CostElements::mapElement(const Element& element) {
+    if (element.id == id::kCluster) {
+        mFirstCluster = std::min(mFirstCluster, element.offset);
+        return false;
+    }
+    const bool isNew =
+        mElements.emplace(element.offset, Stretch{element.end, stageOfElement(element.id)}).second;
+    return isNew && mElements.size() <= kMostElements;
+}
+
+const CostElements::Stretch* CostElements::find(uint64_t offset) const {
     const auto behind = mElements.upper_bound(offset);
     if (behind == mElements.begin()) return nullptr;
-    const Element& element = std::prev(behind)->second;
-    return offset < element.end ? &element : nullptr;
+    const Stretch& stretch = std::prev(behind)->second;
+    return offset < stretch.end ? &stretch : nullptr;
 }
 
 bool CostElements::isKnown(uint64_t offset) const {
@@ -93,7 +109,7 @@ bool CostElements::isKnown(uint64_t offset) const {
 }
 
 CostStage CostElements::stageOf(uint64_t offset) const {
-    if (const Element* element = find(offset)) return element->stage;
+    if (const Stretch* stretch = find(offset)) return stretch->stage;
     return offset < mFirstCluster ? CostStage::kHead : CostStage::kClusters;
 }
 

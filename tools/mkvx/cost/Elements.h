@@ -8,11 +8,8 @@
 #include <map>
 
 #include "cost/Ledger.h"
-
-namespace MatroskaExtReader {
-class CMatroskaFile;
-class CMatroskaNode;
-}  // namespace MatroskaExtReader
+#include "device/ElementWalk.h"
+#include "device/Opening.h"
 
 namespace mkvx {
 
@@ -28,16 +25,18 @@ class CostElements {
     void lookBehindClusters();
 
   private:
-    struct Element {
+    struct Stretch {
         uint64_t end = 0;
         CostStage stage = CostStage::kOther;
     };
 
-    void mapRun(MatroskaExtReader::CMatroskaNode* node, bool passesClusters);
-    const Element* find(uint64_t offset) const;
+    bool mapElement(const Element& element);
+    void mapRun(ElementWalk& walk);
+    void mapSeekTarget(const SeekTarget& target);
+    const Stretch* find(uint64_t offset) const;
 
     android::sp<android::DataSource> mBytes;
-    std::map<uint64_t, Element> mElements;  // by first byte
+    std::map<uint64_t, Stretch> mElements;  // by first byte
     uint64_t mFirstCluster;
 };
 

@@ -1,5 +1,5 @@
-// What it costs a player to open a file and to seek in it: the plug-in is driven through all stages, on a
-// source that writes its reads into a ledger.
+// What it costs a player to open a file and to seek in it: a ledger for each way of reading the file, and
+// what they were made for. Filled by measureCost(). Sizes are bytes. Plain values.
 #pragma once
 #include <cstdio>
 #include <optional>
@@ -8,7 +8,6 @@
 
 #include "base/Progress.h"
 #include "cost/Ledger.h"
-#include "device/Session.h"
 
 namespace mkvx {
 
@@ -40,10 +39,5 @@ StageCost totalOf(const StageCosts& stages);
 
 void printText(const CostReport& report, std::FILE* out);
 void printJson(const CostReport& report, std::FILE* out);
-
-// A URL gets the ledger of a caching source alone, since no device reads one without. Throws FileFailure when
-// the plug-in turns out to read in another way than this program's own reader, which tells the stages apart.
-// After an interruption the ledgers hold the stages that were complete; throws Interrupted when none is.
-CostReport measureCost(const Session& session, const CostOptions& options);
 
 }  // namespace mkvx

@@ -130,8 +130,9 @@ void ElementWalk::State::descend() {
 }
 
 void ElementWalk::State::jumpTo(uint64_t offset) {
-    if (levels.size() < 2) return;
+    if (descends) descend();
     descends = hasPending = false;
+    if (levels.size() < 2) return;
     Level& level = levels.back();
     file.SeekTo(offset);
     level.node = new CMatroskaNode(levels[levels.size() - 2].node.get());

@@ -62,7 +62,8 @@ class ElementWalk {
     std::optional<WalkItem> next();
     // The last item's children are not wanted. Without this the next item is the first of them.
     void skipChildren();
-    // Goes on at `offset`, as with the next child of the parent of the item that next() gave last.
+    // Goes on at `offset`, as if the item that would come next stood there: a child of the last master, or of
+    // its parent where those are not wanted. Does nothing at the top level.
     void jumpTo(uint64_t offset);
 
     // Reads the value and notes of the element that next() gave last. It tells times and places as such where

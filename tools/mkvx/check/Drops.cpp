@@ -5,8 +5,8 @@
 #include "base/Text.h"
 #include "check/Remedy.h"
 #include "check/Tracks.h"
-#include "device/CodecRecords.h"
 #include "device/ElementIds.h"
+#include "device/VorbisHeaders.h"
 #include "utils/CodecTags.h"
 #include "utils/MimeTypes.h"
 

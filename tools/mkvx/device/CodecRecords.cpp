@@ -1,8 +1,7 @@
 #include "device/CodecRecords.h"
 
 #include <algorithm>
-
-#include "matroska/CodecPrivate.h"
+#include <string>
 
 namespace mkvx {
 namespace {
@@ -134,13 +133,6 @@ Bytes vorbisHeaders(const Bytes& identification, const Bytes& setup) {
     append(headers, comments);
     append(headers, setup);
     return headers;
-}
-
-std::optional<VorbisRefusal> vorbisRefusal(const Bytes& codecPrivate) {
-    const char* condition = "";
-    if (android::VorbisHeadersAccepted(codecPrivate.data(), codecPrivate.size(), &condition))
-        return std::nullopt;
-    return VorbisRefusal{condition, android::VorbisLacesAreLong(codecPrivate.data(), codecPrivate.size())};
 }
 
 std::optional<unsigned> avccLengthBytes(const Bytes& avcc) {

@@ -7,7 +7,6 @@
 #pragma once
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace mkvx {
@@ -26,14 +25,6 @@ Bytes hvccParameterSets(const Bytes& hvcc);
 // The three Vorbis headers in Xiph lacing. The comment header is made up: the MetaData does not carry the
 // file's, and a decoder takes nothing from it.
 Bytes vorbisHeaders(const Bytes& identification, const Bytes& setup);
-
-// Why the plug-in ends the process over a Vorbis track's CodecPrivate.
-struct VorbisRefusal {
-    std::string condition;      // that does not hold, as its source has it
-    bool isHeaderLong = false;  // the headers may be sound: one of the first two has 255 bytes or more
-};
-// Nothing when it takes them.
-std::optional<VorbisRefusal> vorbisRefusal(const Bytes& codecPrivate);
 
 // How many bytes a NAL unit's length takes in the track's units, as the record says; nothing when it is too
 // short.

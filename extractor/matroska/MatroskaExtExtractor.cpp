@@ -7,9 +7,7 @@
 #include <strings.h>
 
 #include "matroska/FatalCheck.h"
-#include "matroska/MatroskaExtIterator.h"
 #include "matroska/MatroskaExtSource.h"
-#include "utils/CodecConfig.h"
 #include "utils/MimeTypes.h"
 
 namespace android {
@@ -30,9 +28,7 @@ MatroskaExtExtractor::MatroskaExtExtractor(const sp<DataSource>& source)
     addTracks();
 }
 
-MatroskaExtExtractor::~MatroskaExtExtractor() {
-    mFile.reset();
-}
+MatroskaExtExtractor::~MatroskaExtExtractor() {}
 
 // A source that caches what it fetches over a network is not made to visit every Cluster.
 void MatroskaExtExtractor::BuildIndex(const sp<DataSource>& source) {
@@ -61,21 +57,10 @@ void MatroskaExtExtractor::AddTrack(const TrackEntry& entry) {
     mTracks.push();
     TrackInfo* info = &mTracks.editItemAt(mTracks.size() - 1);
     info->mTrackNum = static_cast<uint32_t>(entry.TrackNumber.Get());
+    info->mExtraPos = track.mExtraPos;
+    info->mExtraSize = track.mExtraSize;
     info->mMeta = track.mMeta;
     info->mType = static_cast<uint32_t>(entry.TrackType.Get());
-    if (track.mNeedsFirstFrame) UseHeadersOfFirstFrame(info);
-}
-
-// MPEG-4 visual whose CodecPrivate is only a bitmap header: the configuration stands at the start of the
-// first frame, which is then delivered without it.
-void MatroskaExtExtractor::UseHeadersOfFirstFrame(TrackInfo* info) {
-    MatroskaExtIterator iterator(mFile.get(), 0, 0, info->mTrackNum, nullptr);
-    long long position;
-    unsigned int size;
-    const std::unique_ptr<unsigned char[]> frame(iterator.getM4vExtraInfo(position, size));
-    info->mExtraPos = position;
-    info->mExtraSize = size;
-    if (frame != nullptr) AddESDSFromSpecificInfo(info->mMeta, frame.get(), size);
 }
 
 size_t MatroskaExtExtractor::countTracks() {

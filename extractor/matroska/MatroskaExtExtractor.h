@@ -1,4 +1,4 @@
-// The extractor of one file, as the framework sees it: its track table, the files's metadata, a source per
+// The extractor of one file, as the framework sees it: its track table, the file's metadata, a source per
 // track.
 //
 // Construction opens the file, builds the sync index and discovers the tracks, all on the caller's thread; a
@@ -58,7 +58,6 @@ class MatroskaExtExtractor : public MediaExtractor {
     void BuildIndex(const sp<DataSource>& source);
     void addTracks();
     void AddTrack(const MatroskaExtReader::TrackEntry& entry);
-    void UseHeadersOfFirstFrame(TrackInfo* info);
     void findThumbnails();
 
     Mutex mLock;  // of the sources: they share mFile

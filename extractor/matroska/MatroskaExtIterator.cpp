@@ -9,7 +9,6 @@
 
 #include <algorithm>
 
-#include "matroska/MatroskaExtExtractor.h"
 #include "matroska/MetaDataKeys.h"
 #include "matroska/reader/OrderedSearch.h"
 

@@ -155,6 +155,18 @@ void AddMpeg4Headers(CMatroskaFile* file, const TrackEntry& entry, const sp<Meta
     if (!headers.empty()) meta->setData(kKeyMpeg4Headers, 0, headers.data(), headers.size());
 }
 
+// MPEG-4 visual whose CodecPrivate is only a bitmap header: the configuration stands at the start of the
+// first frame, which is then delivered without it.
+void UseHeadersOfFirstFrame(CMatroskaFile* file, const TrackEntry& entry, DiscoveredTrack* track) {
+    MatroskaExtIterator iterator(file, 0, 0, static_cast<uint32_t>(entry.TrackNumber.Get()), nullptr);
+    long long position;
+    unsigned int size;
+    const std::unique_ptr<unsigned char[]> frame(iterator.getM4vExtraInfo(position, size));
+    track->mExtraPos = position;
+    track->mExtraSize = size;
+    if (frame != nullptr) AddESDSFromSpecificInfo(track->mMeta, frame.get(), size);
+}
+
 void ConfigureWithoutPrivate(CMatroskaFile* file, const TrackEntry& entry, const char* mime,
                              const sp<MetaData>& meta) {
     if (strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_MPEG4) != 0) {
@@ -188,8 +200,8 @@ DropReason DescribeVideo(CMatroskaFile* file, const TrackEntry& entry, const cha
         AddBitmapHeader(entry, meta);
     } else if (!config.empty()) {
         AddESDSFromSpecificInfo(meta, config.data(), config.size());
-        track->mNeedsFirstFrame =
-            strcmp(mime, MEDIA_MIMETYPE_VIDEO_MPEG4) == 0 && NeedsExtraDataStep(config.data(), config.size());
+        if (strcmp(mime, MEDIA_MIMETYPE_VIDEO_MPEG4) == 0 && NeedsExtraDataStep(config.data(), config.size()))
+            UseHeadersOfFirstFrame(file, entry, track);
     } else {
         ConfigureWithoutPrivate(file, entry, mime, meta);
     }

@@ -34,8 +34,9 @@ struct DroppedTrack {
 
 struct DiscoveredTrack {
     DropReason mDrop = DropReason::kNone;
-    sp<MetaData> mMeta;             // null when dropped
-    bool mNeedsFirstFrame = false;  // the configuration has to be cut out of the track's first frame
+    sp<MetaData> mMeta;     // null when dropped
+    int64_t mExtraPos = 0;  // block whose first mExtraSize bytes became the codec configuration; 0: none
+    uint32_t mExtraSize = 0;
 };
 
 DiscoveredTrack DiscoverTrack(MatroskaExtReader::CMatroskaFile* file,

@@ -17,14 +17,6 @@ constexpr uint32_t kRealVideoAllowance = 27;
 constexpr uint32_t kRealAudioHeader = 16;
 constexpr uint64_t kMostCodecStateBytes = 1u << 20;
 
-// The file's bytes at its position, as the lacing decoder wants them.
-struct FileBytes {
-    CMatroskaFile* file;
-    bool Take(uint8_t* out, unsigned n) { return !Failed(file->Read(out, n)); }
-    uint64_t Position() const { return file->Position(); }
-    uint64_t LeftInFile() const { return file->LeftInFile(); }
-};
-
 // Room in a caller's buffer that is filled from the front.
 struct Room {
     uint8_t* next;
@@ -55,6 +47,18 @@ void WriteRealAudioHeader(uint8_t* out, uint32_t time, uint16_t frameSize) {
 
 namespace {
 
+constexpr unsigned kBehindNumber = 3;  // the timecode and the flags
+
+// The file's bytes at its position; from the first that are missing on nothing is read, and nothing fails.
+struct ZerosBehind {
+    CMatroskaFile* file;
+    bool isCut;
+    bool Take(uint8_t* out, unsigned n) {
+        isCut = isCut || !file->Take(out, n);
+        return true;
+    }
+};
+
 void TakeRest(BlockHeader* header, const uint8_t* bytes, uint64_t dataPosition, uint64_t end) {
     header->timeCode = static_cast<int16_t>(bytes[0] << 8 | bytes[1]);
     header->flags = bytes[2];
@@ -67,26 +71,25 @@ void TakeRest(BlockHeader* header, const uint8_t* bytes, uint64_t dataPosition, 
 // A track number, two bytes of timecode and the flags. The shortest header is read at once; the first byte
 // says how many more a longer track number takes. What cannot be read counts as zeros.
 BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end) {
-    uint8_t bytes[8 + 3] = {};
+    uint8_t bytes[8 + kBehindNumber] = {};
     BlockHeader header = {};
+    ZerosBehind zeros = {&file, false};
     file.SeekTo(position);
-    const Result shortest = file.Read(bytes, 4);
+    (void)zeros.Take(bytes, 1 + kBehindNumber);
     if (bytes[0] > 0x80 && bytes[0] < 0xFF) {
         header.trackNumber = bytes[0] & 0x7Fu;
         TakeRest(&header, bytes + 1, position + 4, end);
         return header;
     }
-    const unsigned length = SizeLength(bytes[0]);
-    if (!Failed(shortest) && length > 1) (void)file.Read(bytes + 4, length - 1);
+    const unsigned length = TakeNumber(SizeLength, zeros, bytes, 1 + kBehindNumber, kBehindNumber);
     const unsigned numberBytes = length == 0 ? 1 : length;  // a byte that begins no number is passed over
-    if (length != 0)
-        header.trackNumber = AppendBigEndian(SizeValueBits(bytes[0], length), bytes + 1, length - 1);
+    if (length != 0) header.trackNumber = SizeValue(bytes, length);
     // A number with all bits set stands for what is left of the file, as any size does.
     if (length != 0 && header.trackNumber == UnknownSizeMarker(length)) {
         file.SeekTo(position + length);
         header.trackNumber = file.LeftInFile();
     }
-    TakeRest(&header, bytes + numberBytes, position + numberBytes + 3, end);
+    TakeRest(&header, bytes + numberBytes, position + numberBytes + kBehindNumber, end);
     return header;
 }
 
@@ -207,8 +210,7 @@ Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool
     if (Lacing() == kLacingNone) {
         FrameSizes.push_back(DataSize);
     } else {
-        FileBytes bytes = {file};
-        const LacingResult lacing = DecodeLacing(Lacing(), DataPosition + DataSize, bytes,
+        const LacingResult lacing = DecodeLacing(Lacing(), DataPosition + DataSize, *file,
                                                  [this](uint64_t size) { FrameSizes.push_back(size); });
         FramesPosition = lacing.framesPosition;
         if (!lacing.isWhole) return Refuse(node, LossKind::kBadLacing);
@@ -352,8 +354,7 @@ Result SimpleBlock::ReadPlain(CMatroskaNode* node, uint8_t* out, long& len) {
     len = 0;
     file->SeekTo(DataPosition);
     if (Lacing() != kLacingNone) {
-        FileBytes bytes = {file};
-        if (!PassLacing(Lacing(), DataPosition + DataSize, bytes, &size))
+        if (!PassLacing(Lacing(), DataPosition + DataSize, *file, &size))
             return Refuse(node, LossKind::kBadLacing);
     }
     if (size > room) return kFailure;

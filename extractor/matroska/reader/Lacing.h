@@ -1,9 +1,7 @@
 // The lacing header of a block (RFC 9559, section 10.3): several frames in one block, their sizes in front.
 //
-// A pure function from bytes to sizes. `Bytes` offers
-//   bool Take(uint8_t* out, unsigned n)   the next n bytes; false when they cannot be had
-//   uint64_t Position() const             file position of the next byte
-//   uint64_t LeftInFile() const           bytes from there to the end of the file
+// A pure function from bytes to sizes. `Bytes` offers what Vint.h asks of it, and
+//   uint64_t Position() const   file position of the next byte
 // and `add(size)` is called once for each frame, in file order. All sizes are unsigned 64-bit and wrap;
 // whether they fit is said by the result.
 #pragma once
@@ -23,20 +21,6 @@ struct LacingResult {
 };
 
 namespace lacing {
-
-// A stored size: an element size, or with `isSigned` a difference. Where all value bits are set it stands, as
-// in an element header, for what is left of the file, and only then does the bias come off.
-template <typename Bytes>
-bool TakeSize(Bytes& bytes, bool isSigned, uint64_t* value) {
-    uint8_t raw[8];
-    if (!bytes.Take(raw, 1)) return false;
-    const unsigned length = SizeLength(raw[0]);
-    if (length == 0 || (length > 1 && !bytes.Take(raw + 1, length - 1))) return false;
-    *value = AppendBigEndian(SizeValueBits(raw[0], length), raw + 1, length - 1);
-    if (*value == UnknownSizeMarker(length)) *value = bytes.LeftInFile();
-    if (isSigned) *value -= SignedBias(length);
-    return true;
-}
 
 template <typename Bytes>
 bool TakeXiphSize(Bytes& bytes, uint64_t end, uint64_t* size) {
@@ -79,13 +63,14 @@ bool TakeXiph(uint8_t laceCount, uint64_t end, Bytes& bytes, uint64_t* sum, Add 
 
 template <typename Bytes, typename Add>
 bool TakeEbml(uint8_t laceCount, Bytes& bytes, uint64_t* sum, Add add) {
-    uint64_t size, difference;
-    if (!TakeSize(bytes, false, &size)) return false;
+    TakenSize first, difference;
+    if (!TakeSize(bytes, false, &first)) return false;
+    uint64_t size = first.value;
     *sum = AddSaturating(*sum, size);
     add(size);
     for (uint8_t left = WrappingDifferenceCount(laceCount); left != 0; --left) {
         if (!TakeSize(bytes, true, &difference)) return false;
-        size = AddWrapping(size, difference);
+        size = AddWrapping(size, difference.value);
         *sum = AddSaturating(*sum, size);
         add(size);
     }

@@ -59,6 +59,7 @@ class CMatroskaFile {
         ++mFailedReads;
         return kFailure;
     }
+    bool Take(uint8_t* buffer, unsigned n) { return !Failed(Read(buffer, n)); }
     // One big-endian value of T's width.
     template <typename T>
     Result Read(T& value);

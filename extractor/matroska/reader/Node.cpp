@@ -13,17 +13,12 @@ namespace {
 
 // What two bytes did not hold of an ID and size.
 bool ReadLongElementHeader(CMatroskaFile& file, uint8_t (&bytes)[4 + 8], ElementHeader* header) {
-    const unsigned idLength = IdLength(bytes[0]);
-    if (idLength == 0) return false;
-    if (idLength > 1 && Failed(file.Read(bytes + 2, idLength - 1))) return false;
-    const uint8_t* size = bytes + idLength;
-    const unsigned sizeLength = SizeLength(*size);
-    if (sizeLength == 0) return false;
-    if (sizeLength > 1 && Failed(file.Read(bytes + idLength + 1, sizeLength - 1))) return false;
+    const unsigned idLength = TakeNumber(IdLength, file, bytes, 2, 1);
+    TakenSize size;
+    if (idLength == 0 || TakeSize(file, bytes + idLength, 1, &size) == 0) return false;
     header->id = static_cast<uint32_t>(AppendBigEndian(0, bytes, idLength));
-    header->size = AppendBigEndian(SizeValueBits(*size, sizeLength), size + 1, sizeLength - 1);
-    header->hasUnknownSize = header->size == UnknownSizeMarker(sizeLength);
-    if (header->hasUnknownSize) header->size = file.LeftInFile();
+    header->size = size.value;
+    header->hasUnknownSize = size.isUnknown;
     return true;
 }
 

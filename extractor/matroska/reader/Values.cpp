@@ -93,38 +93,19 @@ Result CFloat::Parse(CMatroskaNode* node) {
 }
 
 Result CID::Parse(CMatroskaNode* node) {
-    mSet = false;
-    mValue = 0;
-    CMatroskaFile* file = node->File();
     uint8_t bytes[4];
-    if (Failed(file->Read(bytes, 1))) return kFailure;
-    const unsigned length = IdLength(bytes[0]);
-    if (length == 0) return kFailure;
-    if (length > 1 && Failed(file->Read(bytes + 1, length - 1))) return kFailure;
+    const unsigned length = TakeNumber(IdLength, *node->File(), bytes, 0, 0);
+    mSet = length != 0;
     mValue = static_cast<int32_t>(AppendBigEndian(0, bytes, length));
-    mSet = true;
-    return kOk;
+    return mSet ? kOk : kFailure;
 }
 
 Result CLength::Parse(CMatroskaNode* node) {
-    mSet = false;
-    mUnknown = false;
-    mValue = 0;
-    CMatroskaFile* file = node->File();
-    uint8_t bytes[8];
-    if (Failed(file->Read(bytes, 1))) return kFailure;
-    const unsigned length = SizeLength(bytes[0]);
-    if (length == 0) return kFailure;
-    if (length > 1 && Failed(file->Read(bytes + 1, length - 1))) return kFailure;
-    mValue = AppendBigEndian(SizeValueBits(bytes[0], length), bytes + 1, length - 1);
-    if (mValue == UnknownSizeMarker(length)) {
-        mUnknown = true;
-        mValue = file->LeftInFile();
-    }
-    // Deliberate: the bias comes off after the unknown size was replaced, in that order.
-    if (mSigned) mValue -= SignedBias(length);
-    mSet = true;
-    return kOk;
+    TakenSize size;
+    mSet = TakeSize(*node->File(), mSigned, &size);
+    mUnknown = mSet && size.isUnknown;
+    mValue = mSet ? size.value : 0;
+    return mSet ? kOk : kFailure;
 }
 
 Result CANSI::Parse(CMatroskaNode* node) {

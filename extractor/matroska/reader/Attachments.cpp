@@ -5,11 +5,8 @@ namespace MatroskaExtReader {
 
 Result Attachment::Parse(CMatroskaNode* node) {
     return VisitChildren(node, [this](CMatroskaNode* child) {
-        CMatroskaFile* file = child->File();
-        if (child->Id() == id::kAttachedFile &&
-            file->Admit(file->Counts.attachedFiles, limit::kAttachedFiles, child->HeaderStart())) {
+        if (child->Id() == id::kAttachedFile && child->File()->Admit(Kept::kAttachedFile, child))
             (void)Files.Parse(child);
-        }
         return true;
     });
 }

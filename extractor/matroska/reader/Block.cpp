@@ -73,14 +73,14 @@ void TakeRest(BlockHeader* header, const uint8_t* bytes, uint64_t dataPosition, 
 BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end) {
     uint8_t bytes[8 + kBehindNumber] = {};
     BlockHeader header = {};
-    ZerosBehind zeros = {&file, false};
     file.SeekTo(position);
-    (void)zeros.Take(bytes, 1 + kBehindNumber);
+    const bool isCut = !file.Take(bytes, 1 + kBehindNumber);
     if (bytes[0] > 0x80 && bytes[0] < 0xFF) {
         header.trackNumber = bytes[0] & 0x7Fu;
         TakeRest(&header, bytes + 1, position + 4, end);
         return header;
     }
+    ZerosBehind zeros = {&file, isCut};
     const unsigned length = TakeNumber(SizeLength, zeros, bytes, 1 + kBehindNumber, kBehindNumber);
     const unsigned numberBytes = length == 0 ? 1 : length;  // a byte that begins no number is passed over
     if (length != 0) header.trackNumber = SizeValue(bytes, length);
@@ -151,11 +151,8 @@ Result BlockMore::Parse(CMatroskaNode* node) {
 
 Result BlockAdditions::Parse(CMatroskaNode* node) {
     return VisitChildren(node, [this](CMatroskaNode* child) {
-        CMatroskaFile* file = child->File();
-        if (child->Id() == id::kBlockMore &&
-            file->Admit(file->Counts.clusterObjects, limit::kClusterObjects, child->HeaderStart())) {
+        if (child->Id() == id::kBlockMore && child->File()->Admit(Kept::kClusterObject, child))
             (void)CNode<BlockMore>::Parse(child);
-        }
         return true;
     });
 }
@@ -167,17 +164,13 @@ Result Cluster::Parse(CMatroskaNode* node) {
         {id::kClusterPrevSize, &Cluster::PrevSize},
         {id::kBlockGroup,
          [](Cluster& cluster, CMatroskaNode* child) -> Result {
-             CMatroskaFile* file = child->File();
-             return file->Admit(file->Counts.clusterObjects, limit::kClusterObjects, child->HeaderStart())
-                        ? cluster.BlockGroups.Parse(child)
-                        : kFailure;
+             return child->File()->Admit(Kept::kClusterObject, child) ? cluster.BlockGroups.Parse(child)
+                                                                      : kFailure;
          }},
         {id::kSimpleBlock,
          [](Cluster& cluster, CMatroskaNode* child) -> Result {
-             CMatroskaFile* file = child->File();
-             return file->Admit(file->Counts.clusterObjects, limit::kClusterObjects, child->HeaderStart())
-                        ? cluster.SimpleBlocks.Parse(child)
-                        : kFailure;
+             return child->File()->Admit(Kept::kClusterObject, child) ? cluster.SimpleBlocks.Parse(child)
+                                                                      : kFailure;
          }},
     };
     return ParseChildren(*this, node, kRows);

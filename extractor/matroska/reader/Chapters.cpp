@@ -10,22 +10,20 @@ namespace MatroskaExtReader {
 namespace {
 
 bool AdmitChapterObject(CMatroskaNode* node) {
-    CMatroskaFile* file = node->File();
-    return file->Admit(file->Counts.chapterObjects, limit::kChapterObjects, node->HeaderStart());
+    return node->File()->Admit(Kept::kChapterObject, node);
 }
 
 // Nested atoms of an atom or of an edition.
 Result ParseAtom(ChapterAtom& parent, CMatroskaNode* child) {
     CMatroskaFile* file = child->File();
-    uint32_t& depth = file->Counts.chapterDepth;
-    if (depth >= limit::kChapterDepth) {
+    if (file->ChapterDepth >= limit::kChapterDepth) {
         file->Losses.Add(LossKind::kTooDeep, child->HeaderStart(), child->Size());
         return kFailure;
     }
     if (!AdmitChapterObject(child)) return kFailure;
-    ++depth;
+    ++file->ChapterDepth;
     const Result result = parent.Atoms.Parse(child);
-    --depth;
+    --file->ChapterDepth;
     return result;
 }
 

@@ -23,8 +23,7 @@ Result Cue::Parse(CMatroskaNode* node) {
 
 // Appends the point when it has a readable child, as a list of repeated masters would.
 Result Cue::ParsePoint(CMatroskaNode* node) {
-    CMatroskaFile* file = node->File();
-    if (!file->Admit(file->Counts.cuePoints, limit::kCuePoints, node->HeaderStart())) return kFailure;
+    if (!node->File()->Admit(Kept::kCuePoint, node)) return kFailure;
     CuePoint point;
     point.FirstPosition = static_cast<uint32_t>(Positions.size());
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
@@ -39,8 +38,7 @@ Result Cue::ParsePoint(CMatroskaNode* node) {
 }
 
 Result Cue::ParsePosition(CMatroskaNode* node) {
-    CMatroskaFile* file = node->File();
-    if (!file->Admit(file->Counts.cuePositions, limit::kCuePositions, node->HeaderStart())) return kFailure;
+    if (!node->File()->Admit(Kept::kCuePosition, node)) return kFailure;
     CueTrackPosition position;
     position.FirstReference = static_cast<uint32_t>(References.size());
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
@@ -72,8 +70,7 @@ Result Cue::ParsePosition(CMatroskaNode* node) {
 }
 
 Result Cue::ParseReference(CMatroskaNode* node) {
-    CMatroskaFile* file = node->File();
-    if (!file->Admit(file->Counts.cueReferences, limit::kCueReferences, node->HeaderStart())) return kFailure;
+    if (!node->File()->Admit(Kept::kCueReference, node)) return kFailure;
     CueReference reference;
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
         switch (child->Id()) {

@@ -28,8 +28,7 @@ Result CMatroskaFile::Parse(CMatroskaNode* root) {
         } else if (child->Id() == id::kSegment && Segment.Info.SegmentUID.empty()) {
             // Deliberate: a Segment without a UID lets a later one add to the same model, one with a UID does
             // not.
-            if (Admit(Counts.segments, limit::kSegments, child->HeaderStart()))
-                (void)Segment.ParseMinimal(child);
+            if (Admit(Kept::kSegment, child)) (void)Segment.ParseMinimal(child);
         }
         return !isRejected;
     });

@@ -70,12 +70,13 @@ void CMatroskaFile::FinishOpening() {
     Blocks.Clear();  // a run that ended for want of reads is not the Cluster's end
 }
 
-bool CMatroskaFile::Admit(uint32_t& counter, uint32_t limit, uint64_t position) {
-    if (counter < limit) {
-        ++counter;
+bool CMatroskaFile::Admit(Kept kind, const CMatroskaNode* node) {
+    const size_t i = static_cast<size_t>(kind);
+    if (mKept[i] < limit::kMostKept[i]) {
+        ++mKept[i];
         return true;
     }
-    Losses.Add(LossKind::kLimit, position, 0);
+    Losses.Add(LossKind::kLimit, node->HeaderStart(), 0);
     return false;
 }
 

@@ -7,23 +7,45 @@
 
 namespace MatroskaExtReader {
 
+// What of a file is counted as it is kept.
+enum class Kept {
+    kSegment,
+    kTrackEntry,
+    kContentEncoding,
+    kSeekHead,
+    kSeekEntry,
+    kCues,
+    kCuePoint,
+    kCuePosition,
+    kCueReference,
+    kChapterObject,
+    kAttachedFile,
+    kClusterObject
+};
+
 namespace limit {
 
-constexpr uint32_t kSegments = 256;
 constexpr uint32_t kTrackEntries = 1024;
-constexpr uint32_t kSeekHeads = 4096;
-constexpr uint32_t kSeekEntries = 16384;
+constexpr uint32_t kCuePoints = 2u << 20;
 constexpr uint32_t kFollowedSeekHeads = 256;
-constexpr uint32_t kCues = 4096;
-constexpr uint32_t kCuePoints = 2u << 20;  // these three of all Cues of the file
-constexpr uint32_t kCuePositions = 2u << 20;
-constexpr uint32_t kCueReferences = 2u << 20;
-constexpr uint32_t kChapterObjects = 32768;
 constexpr uint32_t kChapterDepth = 64;
-constexpr uint32_t kAttachedFiles = 16384;
 constexpr uint32_t kTimeSlices = 256;  // in one BlockGroup
-constexpr uint32_t kContentEncodings = 1024;
-constexpr uint32_t kClusterObjects = 65536;  // blocks kept by a full parse, which opening never asks for
+
+// How many of each kind, in the order of Kept.
+constexpr uint32_t kMostKept[] = {
+    256,            // Segments
+    kTrackEntries,  // TrackEntry
+    1024,           // ContentEncoding, of all tracks
+    4096,           // SeekHeads
+    16384,          // entries of all SeekHeads
+    4096,           // Cues
+    kCuePoints,     // CuePoint; these three of all Cues of the file
+    kCuePoints,     // CueTrackPositions
+    kCuePoints,     // CueReference
+    32768,          // editions, atoms and displays of chapters
+    16384,          // AttachedFile
+    65536,          // blocks kept by a full parse, which opening never asks for
+};
 
 // Payload bytes of strings and binaries that the model keeps: elements that reach past their parent overlap,
 // so their sum can exceed the file.

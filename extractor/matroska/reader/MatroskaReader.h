@@ -132,15 +132,12 @@ class CMatroskaFile {
     Inflater& SharedInflater() { return mInflater; }
 
     // ---- limits and losses ----
-    // Counts one more object of a kind of which `limit` may be kept; false, with a loss, beyond that.
-    bool Admit(uint32_t& counter, uint32_t limit, uint64_t position);
+    // Counts the element at `node` as one more of its kind that is kept; false, with a loss, beyond the
+    // limit.
+    bool Admit(Kept kind, const CMatroskaNode* node);
     // The same for the bytes of a string or binary that the model keeps.
     bool AdmitBytes(uint64_t position, uint64_t size);
-    struct Counters {
-        uint32_t segments = 0, tracks = 0, seekHeads = 0, seekEntries = 0, chapterObjects = 0;
-        uint32_t cues = 0, cuePoints = 0, cuePositions = 0, cueReferences = 0, attachedFiles = 0;
-        uint32_t contentEncodings = 0, clusterObjects = 0, chapterDepth = 0;
-    } Counts;
+    uint32_t ChapterDepth = 0;  // of the chapter atom that is being parsed
     MatroskaExtReader::Losses Losses;
 
   private:
@@ -171,6 +168,7 @@ class CMatroskaFile {
     uint32_t mMasterTrack;
     std::vector<IndexItem> mIndex;                              // ascending by Time
     std::unordered_map<uint32_t, TrackEntry*> mTracksByNumber;  // entries are owned by the Segment
+    uint32_t mKept[sizeof(limit::kMostKept) / sizeof(limit::kMostKept[0])] = {};  // by Kept
     uint64_t mKeptBytes;
     std::vector<android::sp<CMatroskaNode>> mSpareNodes;  // for ChildWalk
     Inflater mInflater;

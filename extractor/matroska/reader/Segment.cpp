@@ -27,11 +27,8 @@ Result SeekHead::Parse(CMatroskaNode* node) {
 
 Result Seek::Parse(CMatroskaNode* node) {
     return VisitChildren(node, [this](CMatroskaNode* child) {
-        CMatroskaFile* file = child->File();
-        if (child->Id() == id::kSeek &&
-            file->Admit(file->Counts.seekEntries, limit::kSeekEntries, child->HeaderStart())) {
+        if (child->Id() == id::kSeek && child->File()->Admit(Kept::kSeekEntry, child))
             (void)Entries.Parse(child);
-        }
         return true;
     });
 }
@@ -71,15 +68,11 @@ Result Segment::Parse(CMatroskaNode* node) {
 }
 
 Result Segment::ParseSeekHead(CMatroskaNode* node) {
-    CMatroskaFile* file = node->File();
-    const bool isAdmitted = file->Admit(file->Counts.seekHeads, limit::kSeekHeads, node->HeaderStart());
-    return isAdmitted ? SeekHeads.Parse(node) : kFailure;
+    return node->File()->Admit(Kept::kSeekHead, node) ? SeekHeads.Parse(node) : kFailure;
 }
 
 Result Segment::ParseCues(CMatroskaNode* node) {
-    CMatroskaFile* file = node->File();
-    const bool isAdmitted = file->Admit(file->Counts.cues, limit::kCues, node->HeaderStart());
-    return isAdmitted ? Cues.Parse(node) : kFailure;
+    return node->File()->Admit(Kept::kCues, node) ? Cues.Parse(node) : kFailure;
 }
 
 Result Segment::ParseMinimal(CMatroskaNode* node) {

@@ -8,10 +8,7 @@ Result Track::Parse(CMatroskaNode* node) {
     static const ChildRow<Track> kRows[] = {
         {id::kTrackEntry,
          [](Track& track, CMatroskaNode* child) -> Result {
-             CMatroskaFile* file = child->File();
-             if (!file->Admit(file->Counts.tracks, limit::kTrackEntries, child->HeaderStart()))
-                 return kFailure;
-             return track.Entries.Parse(child);
+             return child->File()->Admit(Kept::kTrackEntry, child) ? track.Entries.Parse(child) : kFailure;
          }},
     };
     return ParseChildren(*this, node, kRows);
@@ -87,12 +84,9 @@ Result ContentEncodings::Parse(CMatroskaNode* node) {
     static const ChildRow<ContentEncodings> kRows[] = {
         {id::kContentEncoding,
          [](ContentEncodings& list, CMatroskaNode* child) -> Result {
-             CMatroskaFile* file = child->File();
-             if (!file->Admit(file->Counts.contentEncodings, limit::kContentEncodings,
-                              child->HeaderStart())) {
-                 return kFailure;
-             }
-             return list.CNode<ContentEncoding>::Parse(child);
+             return child->File()->Admit(Kept::kContentEncoding, child)
+                        ? list.CNode<ContentEncoding>::Parse(child)
+                        : kFailure;
          }},
     };
     return ParseChildren(*this, node, kRows);

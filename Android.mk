@@ -39,6 +39,7 @@ LOCAL_SRC_FILES := \
     extractor/matroska/reader/Resync.cpp \
     extractor/matroska/reader/SeekIndex.cpp \
     extractor/matroska/reader/Segment.cpp \
+    extractor/matroska/reader/SubtitleQueue.cpp \
     extractor/matroska/reader/TrackFacts.cpp \
     extractor/matroska/reader/Tracks.cpp \
     extractor/matroska/reader/Values.cpp \
@@ -50,7 +51,6 @@ LOCAL_SRC_FILES := \
     extractor/matroska/MatroskaExtSource.cpp \
     extractor/matroska/PluginExports.cpp \
     extractor/matroska/SubtitleCollection.cpp \
-    extractor/matroska/SubtitleQueue.cpp \
     extractor/matroska/TrackDiscovery.cpp
 
 LOCAL_C_INCLUDES := \

@@ -28,6 +28,7 @@ set(EXTRACTOR_SOURCES
   matroska/reader/Resync.cpp
   matroska/reader/SeekIndex.cpp
   matroska/reader/Segment.cpp
+  matroska/reader/SubtitleQueue.cpp
   matroska/reader/TrackFacts.cpp
   matroska/reader/Tracks.cpp
   matroska/reader/Values.cpp
@@ -39,6 +40,5 @@ set(EXTRACTOR_SOURCES
   matroska/MatroskaExtSource.cpp
   matroska/PluginExports.cpp
   matroska/SubtitleCollection.cpp
-  matroska/SubtitleQueue.cpp
   matroska/TrackDiscovery.cpp
 )

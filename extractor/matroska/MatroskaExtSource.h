@@ -49,8 +49,8 @@ class MatroskaExtSource : public MediaSource {
     const uint32_t mTrackType;
     Mutex* const mLock;  // the extractor's
     MatroskaExtIterator mIterator GUARDED_BY(mLock);
-    SubtitleQueue* const mSubtitles PT_GUARDED_BY(mLock);  // the file's
-    Preprocess mPreprocess GUARDED_BY(mLock);              // null: decided on the first frame
+    MatroskaExtReader::SubtitleQueue* const mSubtitles PT_GUARDED_BY(mLock);  // the file's
+    Preprocess mPreprocess GUARDED_BY(mLock);  // null: decided on the first frame
 };
 
 }  // namespace android

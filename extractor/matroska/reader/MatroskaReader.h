@@ -17,7 +17,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "matroska/SubtitleQueue.h"
 #include "matroska/reader/BlockRuns.h"
 #include "matroska/reader/CheckedMath.h"
 #include "matroska/reader/ElementIds.h"
@@ -26,6 +25,7 @@
 #include "matroska/reader/Losses.h"
 #include "matroska/reader/MatroskaElements.h"
 #include "matroska/reader/Node.h"
+#include "matroska/reader/SubtitleQueue.h"
 
 namespace MatroskaExtReader {
 
@@ -119,7 +119,7 @@ class CMatroskaFile {
     // ---- parts ----
     EBML Header;
     MatroskaExtReader::Segment Segment;
-    android::SubtitleQueue Subtitles;
+    SubtitleQueue Subtitles;
     BlockRunCache Blocks;
 
     CMatroskaNode* SegmentNode() const { return mSegmentNode.get(); }

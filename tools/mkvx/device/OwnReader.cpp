@@ -62,7 +62,7 @@ class IteratorTwin : public TwinCursor {
   private:
     // As a player does that asks after each unit.
     void takeEvents() {
-        android::SubtitleQueue& queue = mExtractor->File()->Subtitles;
+        MatroskaExtReader::SubtitleQueue& queue = mExtractor->File()->Subtitles;
         while (!queue.IsEmpty()) {
             mOnEvent(queue.Last().mTrackNumber, queue.Last().mBuffer->range_length());
             queue.DropLast();

@@ -1,5 +1,6 @@
 // Subtitle events on their way from the master track's iterator to the subtitle sources, for the whole file,
-// oldest first. Guarded by the extractor's lock, which the caller holds.
+// oldest first. Guarded by the extractor's lock, which the caller holds: the queue is a part of the file and
+// not of the extractor, because whoever may use it holds the file, and iterators know the file alone.
 //
 // A queue that nobody drains keeps at most kMaxRecords records and kMaxBytes bytes; the oldest go first.
 #pragma once
@@ -13,9 +14,13 @@ namespace android {
 
 class MediaBuffer;
 
+}  // namespace android
+
+namespace MatroskaExtReader {
+
 struct SubtitleInfo {
-    MediaBuffer* mBuffer;   // owned: released with the record unless handed out
-    uint32_t mTrackNumber;  // Matroska TrackNumber of the subtitle track
+    android::MediaBuffer* mBuffer;  // owned: released with the record unless handed out
+    uint32_t mTrackNumber;          // Matroska TrackNumber of the subtitle track
 };
 
 class SubtitleQueue {
@@ -31,14 +36,14 @@ class SubtitleQueue {
     bool IsEmpty() const { return mRecords.empty(); }
     size_t Count() const { return mRecords.size(); }
     // Takes the buffer over.
-    void Append(MediaBuffer* buffer, uint32_t trackNumber);
+    void Append(android::MediaBuffer* buffer, uint32_t trackNumber);
     // The newest record; the queue must not be empty.
     const SubtitleInfo& Last() const { return mRecords.back(); }
     // Releases the newest record.
     void DropLast();
     // The oldest record of `trackNumber`, handed to the caller; records of other tracks in front of it are
     // released. Null when there is none, and then the queue is empty.
-    MediaBuffer* TakeFor(uint32_t trackNumber);
+    android::MediaBuffer* TakeFor(uint32_t trackNumber);
     // Releases every record.
     void Clear();
 
@@ -49,4 +54,4 @@ class SubtitleQueue {
     size_t mBytes;
 };
 
-}  // namespace android
+}  // namespace MatroskaExtReader

@@ -1,10 +1,12 @@
-#include "matroska/SubtitleQueue.h"
+#include "matroska/reader/SubtitleQueue.h"
 
 #include <utils/Errors.h>
 #include <utils/String8.h>
 #include <media/stagefright/MediaBuffer.h>
 
-namespace android {
+namespace MatroskaExtReader {
+
+using android::MediaBuffer;
 
 void SubtitleQueue::Append(MediaBuffer* buffer, uint32_t trackNumber) {
     mRecords.push_back(SubtitleInfo{buffer, trackNumber});
@@ -42,4 +44,4 @@ void SubtitleQueue::Clear() {
     while (!mRecords.empty()) DropFirst();
 }
 
-}  // namespace android
+}  // namespace MatroskaExtReader

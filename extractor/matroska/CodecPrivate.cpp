@@ -11,6 +11,7 @@
 #include "matroska/FatalCheck.h"
 #include "matroska/reader/CheckedMath.h"
 #include "utils/FixedByteOrder.h"
+#include "utils/TagValues.h"
 
 namespace android {
 namespace {
@@ -48,11 +49,6 @@ uint32_t ObjectType(const char* codecId) {
 
 void PutU32LE(uint8_t* out, uint32_t value) {
     for (int i = 0; i < 4; ++i) out[i] = static_cast<uint8_t>(value >> (8 * i));
-}
-
-constexpr uint32_t FourCc(char a, char b, char c, char d) {
-    return static_cast<uint32_t>(a) | static_cast<uint32_t>(b) << 8 | static_cast<uint32_t>(c) << 16 |
-           static_cast<uint32_t>(d) << 24;
 }
 
 // The Vorbis headers' lengths. Deliberate: one lace byte each, also where it is 255 and would go on in Xiph
@@ -137,10 +133,10 @@ bool NeedsExtraDataStep(const uint8_t* codecPrivate, size_t size) {
     if (codecPrivate == nullptr || size < kBitmapHeaderSize) return false;
     if (U32LE_AT(codecPrivate) < kBitmapHeaderSize) return false;
     switch (U32LE_AT(codecPrivate + 16)) {
-        case FourCc('d', 'i', 'v', '3'):
-        case FourCc('D', 'I', 'V', '3'):
-        case FourCc('d', 'i', 'v', '4'):
-        case FourCc('D', 'I', 'V', '4'):
+        case FourCc("div3"):
+        case FourCc("DIV3"):
+        case FourCc("div4"):
+        case FourCc("DIV4"):
             return false;
         default:
             return true;

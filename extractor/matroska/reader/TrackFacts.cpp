@@ -1,7 +1,15 @@
-// What a TrackEntry's codec ID, type, private data and encodings say about its frames.
+// What a TrackEntry's codec ID, type, private data and encodings say about its frames: the table of the
+// codecs.
 #include "matroska/reader/MatroskaElements.h"
+#include "utils/FixedByteOrder.h"
+#include "utils/TagValues.h"
 
 namespace MatroskaExtReader {
+
+using android::FourCc;
+using android::U16LE_AT;
+using android::U32LE_AT;
+namespace format_tag = android::format_tag;
 
 namespace {
 
@@ -10,105 +18,138 @@ constexpr uint32_t kShortestAvcRecord = 6;
 constexpr uint32_t kVideoBits = 24;
 constexpr size_t kRealAudioCode = 7, kRealVideoCode = 9;  // where a RealMedia codec ID names the codec
 
-constexpr uint32_t Code(char a, char b, char c, char d) {
-    return static_cast<uint8_t>(a) | static_cast<uint32_t>(static_cast<uint8_t>(b)) << 8 |
-           static_cast<uint32_t>(static_cast<uint8_t>(c)) << 16 |
-           static_cast<uint32_t>(static_cast<uint8_t>(d)) << 24;
+// ---- what a row of the table may ask beyond the codec ID; false: the row is not for this track after all
+// ----------------------------------------------------------------------------------------------------------
+
+bool HasRecord(TrackEntry& track, uint32_t bytes) {
+    if (track.CodecPrivate.size() >= bytes) return true;
+    track.MissesRecordOf = bytes;
+    return false;
 }
 
-uint16_t Little16(const uint8_t* p) {
-    return static_cast<uint16_t>(p[0] | p[1] << 8);
-}
-uint32_t Little32(const uint8_t* p) {
-    return Little16(p) | static_cast<uint32_t>(Little16(p + 2)) << 16;
+bool TakeWaveFormat(TrackEntry& track) {
+    if (!HasRecord(track, kWaveFormatBytes)) return true;
+    const uint8_t* record = track.CodecPrivate.data();
+    track.FourCC = U16LE_AT(record);
+    track.AvgBytesPerSec = U32LE_AT(record + 8);
+    track.BitCount = U16LE_AT(record + 14);
+    track.FourCCFrom = TrackEntry::TagOrigin::kCodecPrivate;
+    return true;
 }
 
-// An "A_AAC" prefix in any case: muxers have written the longer forms of this one in lower case.
-bool StartsWithAac(const ByteBuffer& codecId) {
-    static const char kPrefix[] = "A_AAC";
-    if (codecId.TextLength() < sizeof(kPrefix) - 1) return false;
-    for (size_t i = 0; i < sizeof(kPrefix) - 1; ++i) {
-        const char c = static_cast<char>(codecId.data()[i]);
-        const char upper = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-        if (upper != kPrefix[i]) return false;
+bool TakeBitmapHeader(TrackEntry& track) {
+    if (!HasRecord(track, kBitmapHeaderBytes)) return true;
+    const uint8_t* record = track.CodecPrivate.data();
+    track.BitCount = U16LE_AT(record + 14);
+    track.FourCC = U32LE_AT(record + 16);
+    track.FourCCFrom = TrackEntry::TagOrigin::kCodecPrivate;
+    return true;
+}
+
+// Deliberate: an AVC track with too short a record falls through to the MPEG-4 row, an HEVC track to none.
+bool HasAvcRecord(TrackEntry& track) {
+    return HasRecord(track, kShortestAvcRecord);
+}
+
+bool TakeRealAudioCode(TrackEntry& track) {
+    if (track.CodecID.TextLength() <= kRealAudioCode + 3) return false;
+    track.FourCC = U32LE_AT(track.CodecID.data() + kRealAudioCode);
+    return track.IsRealMedia = true;
+}
+
+bool TakeRealVideoCode(TrackEntry& track) {
+    if (track.CodecID.TextLength() <= kRealVideoCode) return false;
+    track.FourCC = FourCc('R', 'V', static_cast<char>(track.CodecID.data()[kRealVideoCode]), '0');
+    return track.IsRealMedia = true;
+}
+
+bool NoteVorbis(TrackEntry& track) {
+    return track.IsVorbis = true;
+}
+
+// ---- the table
+// ---------------------------------------------------------------------------------------------------
+
+enum class Match { kWhole, kBeginning, kBeginningInAnyCase, kAnywhere };
+
+struct Codec {
+    Match match;
+    const char* id;
+    uint32_t tag;                     // 0: `take` finds it
+    bool (*take)(TrackEntry& track);  // null: nothing is asked
+};
+
+// The first row that is for the track answers.
+const Codec kAudioCodecs[] = {
+    {Match::kBeginning, "A_MPEG/L3", format_tag::kMpegLayer3, nullptr},
+    {Match::kBeginning, "A_MPEG/L2", format_tag::kMpeg, nullptr},
+    {Match::kBeginning, "A_AC3", format_tag::kAc3, nullptr},
+    {Match::kBeginning, "A_DTS", format_tag::kDts, nullptr},
+    {Match::kBeginning, "A_PCM/INT/LIT", format_tag::kPcm, nullptr},
+    {Match::kBeginning, "A_PCM/INT/BIG", format_tag::kBigEndianPcm, nullptr},
+    // Muxers have written the longer forms of this one in lower case.
+    {Match::kBeginningInAnyCase, "A_AAC", format_tag::kAac, nullptr},
+    {Match::kBeginning, "A_MS/ACM", 0, TakeWaveFormat},
+    {Match::kBeginning, "A_REAL/", 0, TakeRealAudioCode},
+    {Match::kAnywhere, "A_FLAC", format_tag::kFlac, nullptr},
+    {Match::kAnywhere, "A_VORBIS", format_tag::kVorbis, NoteVorbis},
+};
+
+const Codec kVideoCodecs[] = {
+    {Match::kWhole, "V_MS/VFW/FOURCC", 0, TakeBitmapHeader},
+    {Match::kBeginning, "V_MPEG4/ISO/AVC", FourCc("AVC1"), HasAvcRecord},
+    {Match::kBeginning, "V_MPEGH/ISO/HEVC", FourCc("HEVC"), HasAvcRecord},
+    {Match::kBeginning, "V_MPEG4/", FourCc("MP4V"), nullptr},
+    {Match::kBeginning, "V_REAL/RV", 0, TakeRealVideoCode},
+    {Match::kAnywhere, "V_VP8", FourCc("VPXV"), nullptr},
+    {Match::kAnywhere, "V_MPEG1", FourCc("MPG1"), nullptr},
+    {Match::kAnywhere, "V_MPEG2", FourCc("MPG2"), nullptr},
+    {Match::kAnywhere, "V_VP9", FourCc("VP-9"), nullptr},
+};
+
+// `upper` is in upper case.
+bool StartsWithInAnyCase(const ByteBuffer& text, const char* upper) {
+    for (size_t i = 0; upper[i] != '\0'; ++i) {
+        if (i == text.TextLength()) return false;
+        const char c = static_cast<char>(text.data()[i]);
+        if ((c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) != upper[i]) return false;
     }
     return true;
 }
 
-void DescribeAudio(TrackEntry& track) {
-    const ByteBuffer& codec = track.CodecID;
-    const ByteBuffer& config = track.CodecPrivate;
-    track.BitCount = static_cast<uint32_t>(track.Audio.BitDepth.Get());
-    if (codec.StartsWith("A_MPEG/L3")) {
-        track.FourCC = 0x55;
-    } else if (codec.StartsWith("A_MPEG/L2")) {
-        track.FourCC = 0x50;
-    } else if (codec.StartsWith("A_AC3")) {
-        track.FourCC = 0x2000;
-    } else if (codec.StartsWith("A_DTS")) {
-        track.FourCC = 0x2001;
-    } else if (codec.StartsWith("A_PCM/INT/LIT")) {
-        track.FourCC = 1;
-    } else if (codec.StartsWith("A_PCM/INT/BIG")) {
-        track.FourCC = 0xA0;
-    } else if (StartsWithAac(codec)) {
-        track.FourCC = 0xFF;
-    } else if (codec.StartsWith("A_MS/ACM")) {
-        if (config.size() >= kWaveFormatBytes) {
-            track.FourCC = Little16(config.data());
-            track.BitCount = Little16(config.data() + 14);
-            track.AvgBytesPerSec = Little32(config.data() + 8);
-            track.FourCCFrom = TrackEntry::TagOrigin::kCodecPrivate;
-        } else {
-            track.MissesRecordOf = kWaveFormatBytes;
-        }
-    } else if (codec.StartsWith("A_REAL/") && codec.TextLength() > kRealAudioCode + 3) {
-        track.FourCC = Little32(codec.data() + kRealAudioCode);
-        track.IsRealMedia = true;
-    } else if (codec.Contains("A_FLAC")) {
-        track.FourCC = 0x5000;
-    } else if (codec.Contains("A_VORBIS")) {
-        track.FourCC = 0x5001;
-        track.IsVorbis = true;
+bool Matches(const ByteBuffer& codecId, const Codec& codec) {
+    switch (codec.match) {
+        case Match::kWhole:
+            return codecId.Equals(codec.id);
+        case Match::kBeginning:
+            return codecId.StartsWith(codec.id);
+        case Match::kBeginningInAnyCase:
+            return StartsWithInAnyCase(codecId, codec.id);
+        case Match::kAnywhere:
+            break;
     }
+    return codecId.Contains(codec.id);
+}
+
+template <size_t N>
+void Describe(TrackEntry& track, const Codec (&codecs)[N]) {
+    for (const Codec& codec : codecs) {
+        if (!Matches(track.CodecID, codec) || (codec.take != nullptr && !codec.take(track))) continue;
+        if (codec.tag != 0) track.FourCC = codec.tag;
+        break;
+    }
+    if (track.FourCC != 0 && track.FourCCFrom == TrackEntry::TagOrigin::kNothing)
+        track.FourCCFrom = TrackEntry::TagOrigin::kCodecId;
+}
+
+void DescribeAudio(TrackEntry& track) {
+    track.BitCount = static_cast<uint32_t>(track.Audio.BitDepth.Get());
+    Describe(track, kAudioCodecs);
 }
 
 void DescribeVideo(TrackEntry& track) {
-    const ByteBuffer& codec = track.CodecID;
-    const ByteBuffer& config = track.CodecPrivate;
-    if (codec.Equals("V_MS/VFW/FOURCC")) {
-        if (config.size() >= kBitmapHeaderBytes) {
-            track.FourCC = Little32(config.data() + 16);
-            track.BitCount = Little16(config.data() + 14);
-            track.FourCCFrom = TrackEntry::TagOrigin::kCodecPrivate;
-        } else {
-            track.MissesRecordOf = kBitmapHeaderBytes;
-        }
-        return;
-    }
-    // Deliberate: an AVC or HEVC track with too short a record falls through to the MPEG-4 row.
-    const bool hasRecord = config.size() >= kShortestAvcRecord;
-    const bool wantsRecord = codec.StartsWith("V_MPEG4/ISO/AVC") || codec.StartsWith("V_MPEGH/ISO/HEVC");
-    if (wantsRecord && !hasRecord) track.MissesRecordOf = kShortestAvcRecord;
-    if (codec.StartsWith("V_MPEG4/ISO/AVC") && hasRecord) {
-        track.FourCC = Code('A', 'V', 'C', '1');
-    } else if (codec.StartsWith("V_MPEGH/ISO/HEVC") && hasRecord) {
-        track.FourCC = Code('H', 'E', 'V', 'C');
-    } else if (codec.StartsWith("V_MPEG4/")) {
-        track.FourCC = Code('M', 'P', '4', 'V');
-    } else if (codec.StartsWith("V_REAL/RV") && codec.TextLength() > kRealVideoCode) {
-        track.FourCC = Code('R', 'V', static_cast<char>(codec.data()[kRealVideoCode]), '0');
-        track.IsRealMedia = true;
-    } else if (codec.Contains("V_VP8")) {
-        track.FourCC = Code('V', 'P', 'X', 'V');
-    } else if (codec.Contains("V_MPEG1")) {
-        track.FourCC = Code('M', 'P', 'G', '1');
-    } else if (codec.Contains("V_MPEG2")) {
-        track.FourCC = Code('M', 'P', 'G', '2');
-    } else if (codec.Contains("V_VP9")) {
-        track.FourCC = Code('V', 'P', '-', '9');
-    }
-    if (track.FourCC != 0) track.BitCount = kVideoBits;
+    Describe(track, kVideoCodecs);
+    if (track.FourCCFrom == TrackEntry::TagOrigin::kCodecId) track.BitCount = kVideoBits;
 }
 
 int32_t SubtitleKindOf(const ByteBuffer& codec) {
@@ -146,7 +187,6 @@ void TrackEntry::InitInfo() {
         default:
             break;
     }
-    if (FourCC != 0 && FourCCFrom == TagOrigin::kNothing) FourCCFrom = TagOrigin::kCodecId;
     for (const AutoPtr<ContentEncoding>& encoding : Encodings) {
         if (encoding->IsZlib()) IsZlibCompressed = true;
         if (encoding->IsHeaderStripping()) {

@@ -346,6 +346,20 @@ TEST(Cluster, AFullParseKeepsItsBlocks) {
     EXPECT_EQ(77u, cluster.PrevSize.Get());
 }
 
+TEST(BlockRuns, ARunBehindAFullOneKnowsTheClustersTimecode) {
+    OpenFile open(Write({Segment({Cluster(
+                            5, Elements(reader::BlockRun::kBlocks + 1, SimpleBlock(1, 0, 0, Hex("01"))))})})
+                      .bytes);
+    const auto cluster = open.SegmentNode()->Child(id::kCluster, true);
+    const auto first = open.file.Blocks.First(cluster.get());
+    ASSERT_TRUE(first->Reach(reader::BlockRun::kBlocks - 1));
+    const auto last = open.file.Blocks.After(*first);
+    EXPECT_TRUE(last->Reach(0));
+    EXPECT_FALSE(last->Reach(1));
+    EXPECT_TRUE(last->HasTimecode());
+    EXPECT_EQ(5u, last->ClusterTimecode());
+}
+
 TEST(BlockAdditions, DefaultIdAndBytes) {
     OpenFile open(
         Write({Master(id::kBlockAdditions, {Master(id::kBlockMore, {Bin(id::kBlockAdditional, Hex("AB"))}),

@@ -187,6 +187,20 @@ TEST(Document, Defaults) {
     EXPECT_EQ(1u, open.file.FindTrack(2)->ParsedParts);  // Video was there, Audio was not
 }
 
+TEST(Document, ACuePositionNamesItsReferences) {
+    const auto referring = [](uint64_t time) {
+        return Master(id::kCueTrackPositions, {Master(id::kCueReference, {Uint(id::kCueRefTime, time)})});
+    };
+    InitialisedFile open(Write(
+        {EbmlHeader(), Segment({Info(1), Tracks(),
+                                Master(id::kCues, {Master(id::kCuePoint, {Uint(id::kCueTime, 3), referring(5),
+                                                                          referring(6)})})})}));
+    const reader::Cue& cue = *open.Model().Cues[0];
+    const reader::CueTrackPosition& second = cue.PositionsOf(cue.Points[0])[1];
+    EXPECT_EQ(1u, second.ReferenceCount);
+    EXPECT_EQ(6u, cue.References[second.FirstReference].CueRefTime);
+}
+
 TEST(Document, ABadMemberDoesNotFailItsParent) {
     InitialisedFile open(
         Write({EbmlHeader(),

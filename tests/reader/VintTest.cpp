@@ -91,8 +91,10 @@ TEST(Vint, SizesThatCannotBeRead) {
         SCOPED_TRACE(bytes);
         OpenFile open(Hex(bytes));
         CLength value;
+        value.Set(9);
         EXPECT_EQ(kFailure, value.Parse(open.Root().get()));
         EXPECT_FALSE(value.IsSet());
+        EXPECT_EQ(0u, value.Get());
     }
 }
 

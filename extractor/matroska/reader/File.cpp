@@ -44,9 +44,7 @@ template Result CMatroskaFile::Read<double>(double&);
 bool CMatroskaFile::FarEndAnswers(uint64_t position, uint64_t size) const {
     uint8_t last;
     if (mOpening.isOn && !MayAsk()) return false;
-    const bool isThere = mSource->readAt(static_cast<off64_t>(position + size - 1), &last, 1) == 1;
-    if (mOpening.isOn && isThere) NoteDelivery(position + size, 1);
-    return isThere;
+    return mSource->readAt(static_cast<off64_t>(position + size - 1), &last, 1) == 1;
 }
 
 // Counts one more read, unless opening has used up what it may.

@@ -242,8 +242,7 @@ class Track : public android::RefBase {
 // --------------------------------------------------------------------------------------------------------
 
 // A Cues element may hold hundreds of thousands of points, so they are kept flat: a point names a range of
-// positions, a position a range of references, all in file order. `Set...` bits say which values the file
-// had.
+// positions, a position a range of references, all in file order.
 struct CueReference {
     uint64_t CueRefTime = 0;
     uint64_t CueRefCluster = 0;

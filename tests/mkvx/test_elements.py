@@ -28,7 +28,7 @@ def test_places_are_those_of_an_independent_reader(mkvx, sample):
 
 
 @pytest.mark.parametrize('name, bytes_, value', [
-    ('TimecodeScale', craft.element(0x2AD7B1, b'\0' * 3 + b'\x0f\x42\x40'), 1000000),
+    ('TimestampScale', craft.element(0x2AD7B1, b'\0' * 3 + b'\x0f\x42\x40'), 1000000),
     ('SamplingFrequency', craft.element(0xB5, b'\x47\x2c\x44\0'), 44100.0),
     ('DateUTC', craft.element(0x4461, (86400 * 10 ** 9 + 5 * 10 ** 8).to_bytes(8, 'big')), '2001-01-02T00:00:00.5Z'),
     ('DateUTC', craft.element(0x4461, (-1).to_bytes(8, 'big', signed=True)), '2000-12-31T23:59:59.999999999Z'),
@@ -36,7 +36,7 @@ def test_places_are_those_of_an_independent_reader(mkvx, sample):
     ('SeekID', craft.element(0x53AB, b'\x1c\x53\xbb\x6b'), '0x1C53BB6B'),
     ('Title', craft.text(0x7BA9, b'a\x1b[31m\0hidden'), 'a\x1b[31m'),
     ('CRC-32', craft.element(0xBF, b'\1\2\3\4'), '01020304'),
-    ('SegmentUID', craft.element(0x73A4, bytes(range(40))), bytes(range(16)).hex()),
+    ('SegmentUUID', craft.element(0x73A4, bytes(range(40))), bytes(range(16)).hex()),
     ('Void', craft.element(0xEC, b'\0' * 9), None),
 ], ids=lambda value: value if isinstance(value, str) else '')
 def test_values(mkvx, write, name, bytes_, value):
@@ -139,7 +139,7 @@ def test_every_element_of_the_table_is_explained(mkvx):
 
 @pytest.mark.parametrize('subject, text', [
     ('codecprivate', 'CodecPrivate (0x63A2), binary, RFC 9559, 5.1.4.1.22'), ('1A45DFA3', 'EBML (0x1A45DFA3), master'),
-    ('TimestampScale', 'TimecodeScale (0x2AD7B1)'), ('0x4321', 'no element that is known'),
+    ('TimecodeScale', 'TimestampScale (0x2AD7B1)'), ('timestampscale', 'TimestampScale (0x2AD7B1)'), ('0x4321', 'no element that is known'),
 ])
 def test_explain(mkvx, subject, text):
     run = mkvx('explain', subject)

@@ -75,7 +75,7 @@ enum class ElementType { kMaster, kUint, kInt, kFloat, kAnsi, kUtf8, kBinary, kD
 
 struct ElementInfo {
     uint32_t id;
-    const char* name;  // as RFC 8794 and RFC 9559 spell it, or the older name that the model uses
+    const char* name;  // as RFC 8794 and RFC 9559 spell it; the model has the older names of some
     ElementType type;
     uint32_t parent;      // ID of the enclosing master; 0 at the top level or where it may stand anywhere
     const char* section;  // where the element is defined

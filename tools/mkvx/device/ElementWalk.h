@@ -15,11 +15,9 @@
 #include <optional>
 
 #include "device/Element.h"
-#include "matroska/reader/Losses.h"
+#include "device/Losses.h"
 
 namespace mkvx {
-
-using MatroskaExtReader::LossKind;
 
 // What a value needs of its surroundings to be told as time or place.
 struct ValueContext {

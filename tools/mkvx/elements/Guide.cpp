@@ -10,16 +10,18 @@
 namespace mkvx {
 namespace {
 
-// Names of elements that other texts use.
+// Names that elements had before, or have in other texts.
 constexpr struct {
     const char *other, *name;
 } kOtherNames[] = {
-    {"TimestampScale", "TimecodeScale"},
+    {"TimecodeScale", "TimestampScale"},
     {"Timecode", "Timestamp"},
     {"ClusterTimecode", "Timestamp"},
-    {"SegmentUUID", "SegmentUID"},
-    {"PrevUUID", "PrevUID"},
-    {"NextUUID", "NextUID"},
+    {"SegmentUID", "SegmentUUID"},
+    {"PrevUID", "PrevUUID"},
+    {"NextUID", "NextUUID"},
+    {"ChapterSegmentUID", "ChapterSegmentUUID"},
+    {"ReferenceTimeCode", "ReferenceTimestamp"},
     {"TrackTimecodeScale", "TrackTimestampScale"},
     {"FileMimeType", "FileMediaType"},
     {"ColourSpace", "UncompressedFourCC"},
@@ -32,6 +34,21 @@ constexpr struct {
 bool isSame(std::string_view a, std::string_view b) {
     return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
+
+// In the table's own spelling.
+constexpr bool hasElement(std::string_view name) {
+    for (size_t i = 0; i < ElementRows::kCount; ++i)
+        if (ElementRows::at(i).name == name) return true;
+    return false;
+}
+
+constexpr bool leadsAstray() {
+    for (const auto& row : kOtherNames)
+        if (!hasElement(row.name) || hasElement(row.other)) return true;
+    return false;
+}
+static_assert(!leadsAstray(),
+              "each row of kOtherNames leads from a name that the table has not to one that it has");
 
 }  // namespace
 

@@ -41,24 +41,24 @@ constexpr ElementGuide kGuides[] = {
 
     // ---- the whole presentation
     {"Info", U, "What concerns the presentation as a whole: the unit of time, duration, title, writer.", ""},
-    {"SegmentUID", U, "A random number that identifies this Segment.",
+    {"SegmentUUID", U, "A random number that identifies this Segment.",
      "A Segment without one lets a second Segment of the file add to the same document."},
     {"SegmentFilename", K, "The file that this Segment was made to be in.", ""},
-    {"PrevUID", K, "The Segment that is to be played in front of this one.",
+    {"PrevUUID", K, "The Segment that is to be played in front of this one.",
      "Linked Segments are not followed."},
     {"PrevFilename", K, "The file of the Segment in front of this one.", ""},
-    {"NextUID", K, "The Segment that is to be played behind this one.", "Linked Segments are not followed."},
+    {"NextUUID", K, "The Segment that is to be played behind this one.", "Linked Segments are not followed."},
     {"NextFilename", K, "The file of the Segment behind this one.", ""},
     {"SegmentFamily", I, "A number that Segments which belong together have in common.", ""},
     {"ChapterTranslate", I, "Names this Segment in the terms of a menu system's chapters.", ""},
     {"ChapterTranslateID", I, "The Segment's identity in that menu system.", ""},
     {"ChapterTranslateCodec", I, "Which menu system that is.", ""},
     {"ChapterTranslateEditionUID", I, "The edition that the translation is for.", ""},
-    {"TimecodeScale", U,
-     "How many nanoseconds a unit of time has; 1000000, a millisecond, unless given. Newer texts call it "
-     "TimestampScale.",
+    {"TimestampScale", U,
+     "How many nanoseconds a unit of time has; 1000000, a millisecond, unless given. Older texts call it "
+     "TimecodeScale.",
      "Every time that the framework sees is multiplied by it."},
-    {"Duration", U, "How long the presentation is, in units of TimecodeScale.",
+    {"Duration", U, "How long the presentation is, in units of TimestampScale.",
      "Every track's duration. Without it, or with 0, every seek is taken to the end of the stream."},
     {"DateUTC", K, "When the file was made, in nanoseconds since the beginning of 2001.", ""},
     {"Title", K, "The presentation's title.", ""},
@@ -226,7 +226,7 @@ constexpr ElementGuide kGuides[] = {
 
     // ---- media data
     {"Cluster", U, "A stretch of media data: blocks of all tracks and the time that theirs count from.", ""},
-    {"Timestamp", U, "The Cluster's time in units of TimecodeScale. Older texts call it Timecode.",
+    {"Timestamp", U, "The Cluster's time in units of TimestampScale. Older texts call it Timecode.",
      "Added to the time of each block. The index of a file without Cues is made from these."},
     {"Position", I, "Where the Cluster is in the Segment, for repair.", ""},
     {"PrevSize", I, "The size of the Cluster in front, for walking backwards.", ""},
@@ -268,7 +268,7 @@ constexpr ElementGuide kGuides[] = {
      "Becomes the sync index. Without one every Cluster is visited when the file is opened, except over a "
      "network."},
     {"CuePoint", U, "One time of the index.", ""},
-    {"CueTime", U, "The time, in units of TimecodeScale.", ""},
+    {"CueTime", U, "The time, in units of TimestampScale.", ""},
     {"CueTrackPositions", U, "Where a track has data for that time.", ""},
     {"CueTrack", U, "The track's number.", "Seeks look only at points that name the master track."},
     {"CueClusterPosition", U, "Where the Cluster is, in bytes from the Segment's first child.", ""},

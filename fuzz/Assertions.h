@@ -32,11 +32,7 @@ class ScopedLeaks {
 // Runs `body`, which must not hold a lock where it may assert.
 Assertion Catch(const std::function<void()>& body);
 
-// The message of the assertion that these bytes lead to as Vorbis headers; empty when they are sound. Written
-// from the headers' description, not from the extractor's code.
-std::string ExpectedVorbisMessage(const uint8_t* headers, size_t size);
-
-// Ends the process unless `caught` is the assertion with this message, or none for an empty one.
-void RequireAssertion(const Assertion& caught, const std::string& message);
+// Ends the process unless `caught` is the assertion of this condition, or none for null.
+void RequireAssertion(const Assertion& caught, const char* condition);
 
 }  // namespace fuzz

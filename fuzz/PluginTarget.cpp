@@ -12,6 +12,7 @@
 #include "Assertions.h"
 #include "FuzzTarget.h"
 #include "PluginScript.h"
+#include "matroska/CodecPrivate.h"
 #include "matroska/MatroskaExtExtractor.h"
 #include "matroska/MatroskaExtIterator.h"
 #include "matroska/PluginExports.h"
@@ -47,23 +48,23 @@ struct Opened {
     sp<MediaExtractor> extractor;  // null when an intended assertion ended the opening
 };
 
-// What track discovery will say of the file's Vorbis headers: the first track with unsound ones decides.
-std::string ExpectedAssertion(const Bytes& file, const Faults& faults) {
+// The condition that the first track with unsound Vorbis headers breaks; null when there is none.
+const char* ExpectedAssertion(const Bytes& file, const Faults& faults) {
     MatroskaExtReader::CMatroskaFile reader(new FaultySource(file, faults));
-    if (MatroskaExtReader::Failed(reader.Init())) return "";
+    if (MatroskaExtReader::Failed(reader.Init())) return nullptr;
+    const char* condition = nullptr;
     for (const auto& tracks : reader.Segment.Tracks) {
         for (const auto& entry : tracks->Entries) {
             const char* mime = android::GetMimeType(entry->FourCC);
-            if (entry->TrackType.Get() != MatroskaExtReader::kTrackTypeAudio || mime == nullptr ||
-                std::strcmp(mime, android::MEDIA_MIMETYPE_AUDIO_VORBIS) != 0) {
-                continue;
-            }
-            const std::string message =
-                ExpectedVorbisMessage(entry->CodecPrivate.data(), entry->CodecPrivate.size());
-            if (!message.empty()) return message;
+            const bool isVorbis = entry->TrackType.Get() == MatroskaExtReader::kTrackTypeAudio &&
+                                  mime != nullptr &&
+                                  std::strcmp(mime, android::MEDIA_MIMETYPE_AUDIO_VORBIS) == 0;
+            const auto& headers = entry->CodecPrivate;
+            if (isVorbis && !android::VorbisHeadersAccepted(headers.data(), headers.size(), &condition))
+                return condition;
         }
     }
-    return "";
+    return nullptr;
 }
 
 void RequireCheap(const sp<FaultySource>& source, uint64_t size, const std::string& what) {
@@ -76,8 +77,8 @@ void RequireCheap(const sp<FaultySource>& source, uint64_t size, const std::stri
 }
 
 Opened Open(const Bytes& file, const Faults& faults) {
-    const std::string assertion = ExpectedAssertion(file, faults);
-    const ScopedLeaks leaks(!assertion.empty());
+    const char* const assertion = ExpectedAssertion(file, faults);
+    const ScopedLeaks leaks(assertion != nullptr);
     Opened opened;
     opened.source = new FaultySource(file, faults);
     RequireAssertion(Catch([&] { opened.extractor = android::createInstance(opened.source, nullptr); }),

@@ -21,55 +21,46 @@ TEST(AacSpecificConfig, BytesVerdictsAndLines) {
         const char* codecId;
         double frequency;
         uint32_t channels;
-        AacConfigVerdict verdict;
         int bytes;  // both as one number; -1: untouched
-        int priority;
         std::string line;
     } rows[] = {
-        {"A_AAC/MPEG4/LC", 44100, 2, AacConfigVerdict::kOk, 0x1210, ANDROID_LOG_DEBUG,
-         "Make codec info 0x12, 0x10"},
-        {"a_aac/mpeg4/lc", 48000, 6, AacConfigVerdict::kOk, 0x11B0, ANDROID_LOG_DEBUG,
-         "Make codec info 0x11, 0xb0"},
-        {"A_AAC/MPEG2/LC", 8000.9, 1, AacConfigVerdict::kOk, 0x1588, ANDROID_LOG_DEBUG,
-         "Make codec info 0x15, 0x88"},
+        {"A_AAC/MPEG4/LC", 44100, 2, 0x1210, "Make codec info 0x12, 0x10"},
+        {"a_aac/mpeg4/lc", 48000, 6, 0x11B0, "Make codec info 0x11, 0xb0"},
+        {"A_AAC/MPEG2/LC", 8000.9, 1, 0x1588, "Make codec info 0x15, 0x88"},
         // SBR is written as the object type of LTP.
-        {"A_AAC/MPEG2/LC/SBR", 24000, 2, AacConfigVerdict::kOk, 0x2310, ANDROID_LOG_DEBUG,
-         "Make codec info 0x23, 0x10"},
-        {"A_AAC/MPEG4/LC/SBR", 96000, 1, AacConfigVerdict::kOk, 0x2008, ANDROID_LOG_DEBUG,
-         "Make codec info 0x20, 0x8"},
-        {"A_AAC/MPEG4/LTP", 48000, 1, AacConfigVerdict::kOk, 0x2188, ANDROID_LOG_DEBUG,
-         "Make codec info 0x21, 0x88"},
+        {"A_AAC/MPEG2/LC/SBR", 24000, 2, 0x2310, "Make codec info 0x23, 0x10"},
+        {"A_AAC/MPEG4/LC/SBR", 96000, 1, 0x2008, "Make codec info 0x20, 0x8"},
+        {"A_AAC/MPEG4/LTP", 48000, 1, 0x2188, "Make codec info 0x21, 0x88"},
         // Channel counts keep their low five bits.
-        {"A_AAC/MPEG4/LC", 96000, 33, AacConfigVerdict::kOk, 0x1008, ANDROID_LOG_DEBUG,
-         "Make codec info 0x10, 0x8"},
-        {"A_AAC", 44100, 2, AacConfigVerdict::kNoProfile, -1, ANDROID_LOG_WARN, "Unspport AAC: No profile"},
-        {"a_aac", 1, 2, AacConfigVerdict::kNoProfile, -1, ANDROID_LOG_WARN, "Unspport AAC: No profile"},
+        {"A_AAC/MPEG4/LC", 96000, 33, 0x1008, "Make codec info 0x10, 0x8"},
+        {"A_AAC", 44100, 2, -1, "Unspport AAC: No profile"},
+        {"a_aac", 1, 2, -1, "Unspport AAC: No profile"},
         // The frequency is judged before the profile.
-        {"A_AAC/MPEG4/MAIN", 7350, 2, AacConfigVerdict::kBadFrequency, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC freq"},
-        {"A_AAC/MPEG4/LC", 4294967295.0, 2, AacConfigVerdict::kBadFrequency, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC freq"},
-        {"A_AAC/MPEG4/LC", 1e300, 2, AacConfigVerdict::kBadFrequency, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC freq"},
-        {"A_AAC/MPEG4/LC", -44100, 2, AacConfigVerdict::kBadFrequency, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC freq"},
-        {"A_AAC/MPEG4/LC", kNaN, 2, AacConfigVerdict::kBadFrequency, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC freq"},
-        {"A_AAC/MPEG4/MAIN", 44100, 2, AacConfigVerdict::kBadProfile, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC Codec profile A_AAC/MPEG4/MAIN"},
-        {"A_AAC/MPEG2/LTP", 44100, 2, AacConfigVerdict::kBadProfile, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC Codec profile A_AAC/MPEG2/LTP"},
-        {"A_AAC/MPEG4/LC ", 44100, 2, AacConfigVerdict::kBadProfile, -1, ANDROID_LOG_ERROR,
-         "Unsupport AAC Codec profile A_AAC/MPEG4/LC "},
+        {"A_AAC/MPEG4/MAIN", 7350, 2, -1, "Unsupport AAC freq"},
+        {"A_AAC/MPEG4/LC", 4294967295.0, 2, -1, "Unsupport AAC freq"},
+        {"A_AAC/MPEG4/LC", 1e300, 2, -1, "Unsupport AAC freq"},
+        {"A_AAC/MPEG4/LC", -44100, 2, -1, "Unsupport AAC freq"},
+        {"A_AAC/MPEG4/LC", kNaN, 2, -1, "Unsupport AAC freq"},
+        {"A_AAC/MPEG4/MAIN", 44100, 2, -1, "Unsupport AAC Codec profile A_AAC/MPEG4/MAIN"},
+        {"A_AAC/MPEG2/LTP", 44100, 2, -1, "Unsupport AAC Codec profile A_AAC/MPEG2/LTP"},
+        {"A_AAC/MPEG4/LC ", 44100, 2, -1, "Unsupport AAC Codec profile A_AAC/MPEG4/LC "},
     };
     for (const auto& row : rows) {
+        const AacConfigVerdict verdict = row.bytes >= 0 ? AacConfigVerdict::kOk
+                                         : row.line == "Unspport AAC: No profile"
+                                             ? AacConfigVerdict::kNoProfile
+                                         : row.line == "Unsupport AAC freq" ? AacConfigVerdict::kBadFrequency
+                                                                            : AacConfigVerdict::kBadProfile;
+        const int priority = row.bytes >= 0                            ? ANDROID_LOG_DEBUG
+                             : verdict == AacConfigVerdict::kNoProfile ? ANDROID_LOG_WARN
+                                                                       : ANDROID_LOG_ERROR;
         uint8_t out[2] = {0xEE, 0xEE};
         LogCapture log;
-        EXPECT_EQ(android::MakeAacSpecificConfig(row.codecId, row.frequency, row.channels, out), row.verdict)
+        EXPECT_EQ(android::MakeAacSpecificConfig(row.codecId, row.frequency, row.channels, out), verdict)
             << row.codecId << " at " << row.frequency;
         EXPECT_EQ(out[0] << 8 | out[1], row.bytes < 0 ? 0xEEEE : row.bytes) << row.codecId;
         EXPECT_THAT(log.Records(),
-                    testing::ElementsAre(LogRecord{row.priority, "MatroskaExtExtractor", row.line}));
+                    testing::ElementsAre(LogRecord{priority, "MatroskaExtExtractor", row.line}));
     }
 }
 

@@ -14,8 +14,6 @@
 #include <string>
 #include <vector>
 
-#include "matroska/FatalCheck.h"
-
 // Takes the place of the assertion logger's entry in this program, because that one keeps the condition's
 // text to itself when a message is given. It shows all three texts and aborts as the real one does.
 extern "C" void __android_log_assert(const char* condition, const char* tag, const char* format, ...) {
@@ -160,11 +158,6 @@ TEST(VorbisDeathTest, BrokenHeadersEndTheProcess) {
                      HasSubstr(Death(row.condition, row.line)))
             << row.name;
     }
-}
-
-TEST(FatalCheckDeathTest, TrackWithoutMimeType) {
-    const char* condition = "info->mMeta->findCString(kKeyMIMEType, &mime)";
-    EXPECT_DEATH(android::FailCheck(condition, 1276), HasSubstr(Death(condition, "1276")));
 }
 
 }  // namespace

@@ -66,10 +66,9 @@ struct A52Row {
     int bitRate;
 };
 
-constexpr int kKept = -7;  // an output that is not written
-
 TEST(A52SyncInfo, HeadersAndWhatRefusedOnesLeaveBehind) {
     const A52Row rows[] = {
+        // -7: an output that is not written
         {"48 kHz, 192 kbit/s, stereo", {0x0B, 0x77, 1, 2, 0x14, 0x40, 0x40}, 768, 2, 48000, 192000},
         {"44.1 kHz, even size code", {0x0B, 0x77, 0, 0, 0x56, 0x40, 0x40}, 974, 2, 44100, 224000},
         {"44.1 kHz, odd size code", {0x0B, 0x77, 0, 0, 0x57, 0x40, 0x40}, 976, 2, 44100, 224000},
@@ -82,17 +81,17 @@ TEST(A52SyncInfo, HeadersAndWhatRefusedOnesLeaveBehind) {
         {"5.1", {0x0B, 0x77, 0, 0, 0x14, 0x40, 0xE1}, 768, 23, 48000, 192000},
         {"5.0, other bits set", {0x0B, 0x77, 0, 0, 0x14, 0x40, 0xFE}, 768, 7, 48000, 192000},
         {"longer frame", {0x0B, 0x77, 0, 0, 0x14, 0x40, 0x40, 9, 9}, 768, 2, 48000, 192000},
-        {"no sync word", {0x0B, 0x78, 0, 0, 0x14, 0x40, 0x40}, 0, kKept, kKept, kKept},
-        {"swapped sync word", {0x77, 0x0B, 0, 0, 0x14, 0x40, 0x40}, 0, kKept, kKept, kKept},
-        {"later version", {0x0B, 0x77, 0, 0, 0x14, 0x60, 0x40}, 0, kKept, kKept, kKept},
-        {"size code 38", {0x0B, 0x77, 0, 0, 0x26, 0x40, 0x40}, 0, 2, kKept, kKept},
-        {"reserved sample rate", {0x0B, 0x77, 0, 0, 0xC0, 0x40, 0x40}, 0, 2, kKept, 32000},
-        {"six bytes", {0x0B, 0x77, 0, 0, 0x14, 0x40}, 0, kKept, kKept, kKept},
-        {"one byte", {0x0B}, 0, kKept, kKept, kKept},
-        {"empty", {}, 0, kKept, kKept, kKept},
+        {"no sync word", {0x0B, 0x78, 0, 0, 0x14, 0x40, 0x40}, 0, -7, -7, -7},
+        {"swapped sync word", {0x77, 0x0B, 0, 0, 0x14, 0x40, 0x40}, 0, -7, -7, -7},
+        {"later version", {0x0B, 0x77, 0, 0, 0x14, 0x60, 0x40}, 0, -7, -7, -7},
+        {"size code 38", {0x0B, 0x77, 0, 0, 0x26, 0x40, 0x40}, 0, 2, -7, -7},
+        {"reserved sample rate", {0x0B, 0x77, 0, 0, 0xC0, 0x40, 0x40}, 0, 2, -7, 32000},
+        {"six bytes", {0x0B, 0x77, 0, 0, 0x14, 0x40}, 0, -7, -7, -7},
+        {"one byte", {0x0B}, 0, -7, -7, -7},
+        {"empty", {}, 0, -7, -7, -7},
     };
     for (const A52Row& row : rows) {
-        int flags = kKept, sampleRate = kKept, bitRate = kKept;
+        int flags = -7, sampleRate = -7, bitRate = -7;
         const auto frame = Exact(row.frame);
         EXPECT_EQ(android::ParseA52SyncInfo(frame.get(), row.frame.size(), &flags, &sampleRate, &bitRate),
                   row.length)

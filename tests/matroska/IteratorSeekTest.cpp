@@ -69,43 +69,6 @@ TEST(Seek, LandsOnTheKeyFrameOfTheCuedCluster) {
     }
 }
 
-TEST(Seek, ReadingGoesOnBehindIt) {
-    const sp<MediaSource> source = Started(Open(Usual().Build()), 0);
-    EXPECT_EQ("-1011", SeekTo(source, 20000000));
-    EXPECT_EQ("-1011", ReadOne(source));  // a seek past the end stays at the end
-    EXPECT_EQ("5000000/1:10", SeekTo(source, 6000000));
-    EXPECT_EQ("5040000/0:12 12000000/1:20 12040000/0:22 -1011", Units(source));
-    EXPECT_EQ("0/1:00", SeekTo(source, 0));
-}
-
-TEST(Seek, ClustersWithoutAUsableKeyFrameAreLeftForEarlierOnes) {
-    SeekFile late = Usual();
-    late.clusters[1] = Cluster(5000, {SimpleBlock(1, 0, 0, {0x10}), SimpleBlock(1, 900, 0, {0x11}),
-                                      SimpleBlock(1, 950, kKeyFrame, {0x12})})
-                           .Label("at 5");
-    // Key frames behind the target count as long as no other frame behind it comes first.
-    EXPECT_EQ("5950000/1:12", SeekTo(Started(Open(late.Build()), 0), 5900000));
-    EXPECT_EQ("0/1:00", SeekTo(Started(Open(late.Build()), 0), 5899999));
-
-    SeekFile none = Usual();
-    for (size_t i = 0; i < 3; ++i) {
-        none.clusters[i] = Cluster(i * 5000, {SimpleBlock(1, 0, 0, {static_cast<uint8_t>(i)})})
-                               .Label("at " + std::string(i == 0   ? "0"
-                                                          : i == 1 ? "5"
-                                                                   : "12"));
-    }
-    // No key frame anywhere: the last Cluster tried was the first; reading goes on behind it.
-    EXPECT_EQ("5000000/0:01", SeekTo(Started(Open(none.Build()), 0), 13000000));
-}
-
-TEST(Seek, CuesOfOtherTracksDoNotCount) {
-    SeekFile file = Usual();
-    file.points = {CuePoint(0, 2, "at 0"), CuePoint(5000, 2, "at 5")};
-    EXPECT_EQ("0/1:00", SeekTo(Started(Open(file.Build()), 0), 6000000));
-    file.points.push_back(CuePoint(1000, 1, "at 12"));
-    EXPECT_EQ("12000000/1:20", SeekTo(Started(Open(file.Build()), 0), 6000000));  // a Cue is believed
-}
-
 TEST(Seek, WithoutCuesTheVisitedClustersServe) {
     SeekFile file = Usual();
     file.points = {};
@@ -189,36 +152,6 @@ TEST(Seek, AClusterNamedTwiceInARowIsLookedThroughOnce) {
     const uint64_t once = readsOfASeek({Position(1, "b")});
     EXPECT_EQ(once, readsOfASeek({Position(1, "b"), Position(1, "b")}));
     EXPECT_LT(once, readsOfASeek({Position(1, "b"), Position(1, "c")}));
-}
-
-// With no key frame to be found, reading goes on behind the last block that was looked at: the Cluster's last
-// one, or one behind the target that ended the look. Without a block, at the start of the file. The Timecode
-// of what was opened counts for a Cluster that has none.
-TEST(Seek, WithoutAKeyFrameReadingGoesOnBehindTheBlockLookedAtLast) {
-    const Element next = Master(id::kCluster, {SimpleBlock(1, 1, 0, {0x20})});
-    const struct {
-        const char* name;
-        Elements tried;
-        const char* landing;
-    } rows[] = {
-        {"all looked at", {SimpleBlock(1, 0, 0, {0x10}), SimpleBlock(1, 10, 0, {0x11})}, "4001000/0:20"},
-        {"given up in the middle",
-         {SimpleBlock(1, 0, 0, {0x10}), SimpleBlock(1, 2000, 0, {0x11}), SimpleBlock(1, 2100, 0, {0x12})},
-         "6100000/0:12"},
-        {"given up, a key frame further on",
-         {SimpleBlock(1, 2000, 0, {0x11}), SimpleBlock(1, 2100, kKeyFrame, {0x12})},
-         "6100000/1:12"},
-        {"only another track's", {SimpleBlock(2, 0, kKeyFrame, {0x10})}, "4001000/0:20"},
-        {"no block", {}, "4000000/0:01"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Document file =
-            WithCues({CuePoint(4000, 1, "b")}, {Master(id::kCluster, {SimpleBlock(1, 0, 0, {0x01})}),
-                                                Cluster(4000, row.tried).Label("b"), next});
-        const sp<MediaSource> source = Started(Open(file), 0);
-        EXPECT_EQ(row.landing, SeekTo(source, 5000000));
-    }
 }
 
 TEST(Seek, LacesThatWereLeftAreGoneAfterASeek) {

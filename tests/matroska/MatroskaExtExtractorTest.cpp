@@ -88,6 +88,14 @@ TEST(Extractor, ThumbnailTimeIsAQuarterOfTheDuration) {
     EXPECT_EQ(-1, thumbnail(audioOnly, 0, 1));
 }
 
+TEST(ExtractorDeathTest, ATrackWhoseMimeTypeWasTakenAway) {
+    const sp<MediaExtractor> extractor = Open(Movie({Mpeg2Track(1)}, {Cluster(0, {})}));
+    extractor->getTrackMetaData(0, 0)->remove(android::kKeyMIMEType);
+    const char* const condition = "info->mMeta->findCString\\(kKeyMIMEType, &mime\\)";
+    EXPECT_DEATH(extractor->getTrackMetaData(0, MediaExtractor::kIncludeExtensiveMetaData),
+                 std::string("MatroskaExtExtractor:1276 CHECK\\(") + condition + "\\) failed");
+}
+
 TEST(Extractor, ThumbnailTimeRoundsTheDurationFirst) {
     // 1999.6 ns are 2 microseconds, a quarter of them is 0; 3.6 microseconds are 4, a quarter is 1.
     for (const auto& row : {std::pair<double, int64_t>{1999.6, 0}, {3600, 1}}) {

@@ -1,4 +1,6 @@
 // Subtitles: collected while the master track is read, merged, handed out by track index.
+#include <host/AllocationLimit.h>
+
 #include "matroska/MatroskaFixture.h"
 
 namespace testing_support {
@@ -77,6 +79,11 @@ TEST(Subtitles, EventsWithFieldsAreMerged) {
          {Mpeg2Track(1), TextTrack(2, "S_TEXT/ASS")},
          {Event(2, 0, first), Event(2, 20, second), Event(2, 30, "2,0,Default,,0,0,0,,!")},
          "100000-140000 1 2,0,Default,,0,0,0,,!\nWorld\nHello|"},
+        {"the flag of the newest",
+         {Mpeg2Track(1), TextTrack(2, "S_TEXT/ASS")},
+         {Event(2, 0, first),
+          BlockGroup(2, 20, Text(second), {Uint(id::kBlockDuration, 30), Int(id::kReferenceBlock, -1, 1)})},
+         "100000-150000 0 " + second + "\nHello|"},
         {"plain text never",
          {Mpeg2Track(1), TextTrack(2)},
          {Event(2, 0, "a"), Event(2, 20, "b")},
@@ -92,6 +99,35 @@ TEST(Subtitles, EventsWithFieldsAreMerged) {
         EXPECT_EQ("-1011", open.Read(0));
         EXPECT_EQ(row.drained, Drain(open.sources[1]));
     }
+}
+
+// The length of each event that is there when the file was read.
+std::vector<size_t> MergedLengths(const std::string& first, const std::string& second) {
+    Opened open({Mpeg2Track(1), TextTrack(2, "S_TEXT/ASS")}, {Event(2, 0, first), Event(2, 20, second)});
+    EXPECT_EQ("-1011", open.Read(0));
+    std::vector<size_t> lengths;
+    for (const Unit& unit : ReadAll(open.sources[1])) lengths.push_back(unit.bytes.size());
+    return lengths;
+}
+
+TEST(Subtitles, MergedEventsHave64KiBAtTheMostAndNeedMemory) {
+    const size_t most = 65536, kept = 6;  // "\nHello"
+    EXPECT_EQ((std::vector<size_t>{most}), MergedLengths(kHello, std::string(most - kept, 'x')));
+    EXPECT_EQ((std::vector<size_t>{25, most - kept + 1}),
+              MergedLengths(kHello, std::string(most - kept + 1, 'x')));
+    EXPECT_EQ((std::vector<size_t>{106}), MergedLengths(kHello, std::string(100, 'x')));
+    const android::host::ScopedAllocationLimit limit(105);  // enough for each alone
+    EXPECT_EQ((std::vector<size_t>{25, 100}), MergedLengths(kHello, std::string(100, 'x')));
+}
+
+// Opening looks into the first frame of this track, past an event that is not to be collected then.
+TEST(Subtitles, NothingIsCollectedWhileAFileIsOpened) {
+    const Element track = Track(1, kVideoType, "V_MS/VFW/FOURCC", {Private(BitmapHeader("XVID"))});
+    Opened open({track, TextTrack(2)}, {Event(2, 0, "one"), Picture(5)});
+    open.extractor->getTrackMetaData(0, MediaExtractor::kIncludeExtensiveMetaData);
+    EXPECT_EQ("", Drain(open.sources[1]));
+    open.Read(0);
+    EXPECT_EQ("100000-110000 1 one|", Drain(open.sources[1]));
 }
 
 TEST(Subtitles, OfTwoTracksThatAlternateAreNotMerged) {

@@ -1,18 +1,9 @@
 // Which tracks are offered, and with which metadata.
 #include "matroska/MatroskaFixture.h"
+#include "support/Golden.h"
 
 namespace testing_support {
 namespace {
-
-// The record around a decoder configuration of at most 107 bytes, in hex.
-std::string Esds(const Bytes& config) {
-    const auto size = static_cast<uint8_t>(config.size());
-    return ToHex(
-        Concat({{0x03, static_cast<uint8_t>(size + 20), 0, 0, 0, 0x04, static_cast<uint8_t>(size + 15), 0x40},
-                Bytes(12),
-                {0x05, size},
-                config}));
-}
 
 // What becomes of one track: its metadata, or "dropped". The file claims a size of 1000 bytes a second.
 std::string Offered(const Element& track, const Elements& blocks = {}) {
@@ -38,167 +29,79 @@ Bytes VorbisPrivate() {
         {Hex("021E10"), Hex("01"), Bytes(29, 0xA1), Hex("03"), Bytes(15, 0xA3), Hex("05"), Bytes(4, 0xA5)});
 }
 
-TEST(Discovery, AudioTracks) {
-    const Element audio = Audio(44100, 2);
-    const std::string values = "#chn=2 brte=8000 dura=10000000 ";
-    const struct {
-        const char* name;
-        Element track;
-        std::string metadata;
-    } rows[] = {
-        {"MP3", Track(1, kAudioType, "A_MPEG/L3", {audio}), values + "mime=audio/mpeg srte=44100"},
-        {"defaults of Audio", Track(1, kAudioType, "A_MPEG/L2"),
-         "#chn=1 brte=8000 dura=10000000 mime=audio/mpeg srte=8000"},
-        {"AC-3", Track(1, kAudioType, "A_AC3", {audio}), values + "mime=audio/ac3 srte=44100"},
-        {"codec private becomes an ESDS", Track(1, kAudioType, "A_DTS", {audio, Private(Hex("1210"))}),
-         "#chn=2 brte=8000 dura=10000000 esds=[" + Esds(Hex("1210")) + "] mime=audio/dts srte=44100"},
-        {"FLAC has a flag", Track(1, kAudioType, "A_FLAC", {audio}),
-         "#chn=2 brte=8000 dura=10000000 flag=16384 mime=audio/flac srte=44100"},
-        {"PCM keeps no bit depth",
-         Track(1, kAudioType, "A_PCM/INT/LIT", {Audio(44100, 2, {Uint(id::kBitDepth, 24)})}),
-         values + "mime=audio/raw srte=44100"},
-        {"LPCM does",
-         Track(1, kAudioType, "A_PCM/INT/BIG",
-               {Audio(44100, 2, {Uint(id::kBitDepth, 24)}), Private(Hex("1210"))}),
-         "#chn=2 bpSa=24 brte=8000 dura=10000000 mime=audio/lpcm srte=44100"},
-        {"fractional and large rates", Track(1, kAudioType, "A_MPEG/L3", {Audio(11025.9, 2)}),
-         values + "mime=audio/mpeg srte=11025"},
-        {"a rate beyond 32 bits", Track(1, kAudioType, "A_MPEG/L3", {Audio(1e12, 2)}),
-         values + "mime=audio/mpeg srte=2147483647"},
-        {"AAC with codec private", Track(1, kAudioType, "A_AAC", {audio, Private(Hex("1210"))}),
-         "#chn=2 brte=8000 dura=10000000 esds=[" + Esds(Hex("1210")) + "] mime=audio/mp4a-latm srte=44100"},
-        {"AAC from its name", Track(1, kAudioType, "A_AAC/MPEG4/LC", {audio}),
-         "#chn=2 brte=8000 dura=10000000 esds=[" + Esds(Hex("1210")) + "] mime=audio/mp4a-latm srte=44100"},
-        {"AAC in lower case", Track(1, kAudioType, "a_aac/mpeg4/lc", {audio}),
-         "#chn=2 brte=8000 dura=10000000 esds=[" + Esds(Hex("1210")) + "] mime=audio/mp4a-latm srte=44100"},
-        {"AAC with one byte of codec private", Track(1, kAudioType, "A_AAC", {audio, Private(Hex("12"))}),
-         values + "mime=audio/mp4a-latm srte=44100"},
-        {"AAC without a profile", Track(1, kAudioType, "A_AAC", {audio}), "dropped"},
-        {"AAC at an odd rate", Track(1, kAudioType, "A_AAC/MPEG4/LC", {Audio(7350, 2)}), "dropped"},
-        {"AAC of an unsupported profile", Track(1, kAudioType, "A_AAC/MPEG4/MAIN", {audio}), "dropped"},
-        {"Vorbis", Track(1, kAudioType, "A_VORBIS", {audio, Private(VorbisPrivate())}),
-         "#chn=2 brte=8000 dura=10000000 mime=audio/vorbis srte=44100 vboo=[05a5a5a5a5] vinf=[01" +
-             ToHex(Bytes(29, 0xA1)) + "]"},
-        {"wave format",
-         Track(1, kAudioType, "A_MS/ACM",
-               {audio, Private(Hex("5500 0200 44AC0000 803E0000 0100 1000 0000"))}),
-         "#chn=2 brte=128000 dura=10000000 esds=[" + Esds(Hex("5500 0200 44AC0000 803E0000 0100 1000 0000")) +
-             "] mime=audio/mpeg srte=44100"},
-        {"an unknown wave format",
-         Track(1, kAudioType, "A_MS/ACM",
-               {audio, Private(Hex("9999 0200 44AC0000 803E0000 0100 1000 0000"))}),
-         "dropped"},
-        {"unknown codec", Track(1, kAudioType, "A_OPUS", {audio}), "dropped"},
+// What is offered of tracks of every kind, as a kept text: its metadata, or "dropped".
+TEST(Discovery, TracksOfEveryKind) {
+    const Element audio = Audio(44100, 2), deep = Audio(44100, 2, {Uint(id::kBitDepth, 24)});
+    const Element video = Video(64, 48), config = Private(Hex("1210"));
+    const Element frame = SimpleBlock(1, 0, kKeyFrame, Hex("000001B0 01 000001B5 09 000001B6 10 AABB"));
+    const Element sets =
+        SimpleBlock(1, 0, kKeyFrame, Hex("00000001 6742001EDA11E4 00000001 68CE3880 00000001 6588"));
+    const auto sound = [](const char* codec, const Elements& parts) {
+        return Track(1, kAudioType, codec, parts);
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(row.metadata, Offered(row.track));
-    }
-}
-
-TEST(Discovery, VideoTracks) {
-    const Element video = Video(64, 48);
-    const std::string avcc = "0142001effe10007";
-    const Bytes m4v = Hex("000001B0 01 000001B5 09 000001B6 10 AABB");
+    const auto wave = [](const char* tag) {
+        return Private(Hex(tag + std::string("0200 44AC0000 803E0000 0100 1000 0000")));
+    };
+    const auto picture = [](const char* codec, const Elements& parts) {
+        return Track(1, kVideoType, codec, parts);
+    };
+    const auto bitmap = [&](const Bytes& header) {
+        return picture("V_MS/VFW/FOURCC", {video, Private(header)});
+    };
     const struct {
         const char* name;
         Element track;
         Elements blocks;
-        std::string metadata;
     } rows[] = {
-        {"AVC", AvcTrack(), {}, "avcc=[" + avcc + "] brte=8000 dura=10000000 heig=48 mime=video/avc widt=64"},
-        {"HEVC",
-         Track(1, kVideoType, "V_MPEGH/ISO/HEVC", {video, Private(Hex("010203040506"))}),
-         {},
-         "brte=8000 dura=10000000 heig=48 hvcc=[010203040506] mime=video/hevc widt=64"},
-        {"VP9",
-         Track(1, kVideoType, "V_VP9", {video}),
-         {},
-         "brte=8000 dura=10000000 heig=48 mime=video/x-vnd.on2.vp9 widt=64"},
-        {"VP8 has a tag that nobody knows", Track(1, kVideoType, "V_VP8", {video}), {}, "dropped"},
-        {"MPEG-2: a bitmap header in front",
-         Track(1, kVideoType, "V_MPEG2", {video, Private(Hex("AABB"))}),
-         {},
-         "brte=8000 dura=10000000 esds=[" +
-             Esds(Hex("28000000 40000000 30000000 0000 0000 4D504732" + std::string(40, '0') + "AABB")) +
-             "] heig=48 mime=video/mpeg2 widt=64"},
-        {"RealVideo",
-         Track(1, kVideoType, "V_REAL/RV40", {video}),
-         {},
-         "brte=8000 dura=10000000 esds=[" +
-             Esds(Hex("28000000 40000000 30000000 0000 0000 52563430" + std::string(40, '0'))) +
-             "] heig=48 mime=video/mixer widt=64"},
-        {"MPEG-4 with its configuration",
-         Track(1, kVideoType, "V_MPEG4/ISO/ASP", {video, Private(Hex("1210"))}),
-         {},
-         "brte=8000 dura=10000000 esds=[" + Esds(Hex("1210")) + "] heig=48 mime=video/mp4v-es widt=64"},
-        {"MPEG-4 in a bitmap header: configuration from the first frame",
-         Track(1, kVideoType, "V_MS/VFW/FOURCC", {video, Private(BitmapHeader("XVID"))}),
-         {SimpleBlock(1, 0, kKeyFrame, m4v)},
-         "brte=8000 dura=10000000 esds=[" + Esds(Hex("000001B001000001B509")) +
-             "] heig=48 mime=video/mp4v-es widt=64"},
-        {"MPEG-4 without anything",
-         Track(1, kVideoType, "V_MPEG4/ISO/ASP", {video}),
-         {SimpleBlock(1, 0, kKeyFrame, m4v)},
-         "brte=8000 dura=10000000 heig=48 mime=video/mp4v-es widt=64"},
-        {"a short bitmap header",
-         Track(1, kVideoType, "V_MS/VFW/FOURCC", {video, Private(ShortBitmapHeader())}),
-         {},
-         "dropped"},
-        {"an unknown compression",
-         Track(1, kVideoType, "V_MS/VFW/FOURCC", {video, Private(BitmapHeader("ZZZZ"))}),
-         {},
-         "dropped"},
-        {"lower-case compression",
-         Track(1, kVideoType, "V_MS/VFW/FOURCC", {video, Private(BitmapHeader("flv1"))}),
-         {},
-         "brte=8000 dura=10000000 esds=[" +
-             Esds(Concat({Hex("28000000 40000000 30000000 0000 0000"), Text("flv1"), Bytes(20),
-                          BitmapHeader("flv1")})) +
-             "] heig=48 mime=video/mixer widt=64"},
-        {"AVC in a bitmap header, parameter sets in the stream",
-         Track(1, kVideoType, "V_MS/VFW/FOURCC", {video, Private(BitmapHeader("H264"))}),
-         {SimpleBlock(1, 0, kKeyFrame, Hex("00000001 6742001EDA11E4 00000001 68CE3880 00000001 6588"))},
-         "avcc=[0142001efde100076742001eda11e401000468ce3880] brte=8000 dura=10000000 heig=48 mime=video/avc "
-         "widt=64"},
-        {"AVC in a bitmap header, no parameter sets",
-         Track(1, kVideoType, "V_MS/VFW/FOURCC", {video, Private(BitmapHeader("H264"))}),
-         {SimpleBlock(1, 0, kKeyFrame, Hex("00000001 6588"))},
-         "dropped"},
-        {"no Video element",
-         Track(1, kVideoType, "V_VP9"),
-         {},
-         "brte=8000 dura=10000000 heig=0 mime=video/x-vnd.on2.vp9 widt=0"},
-        {"unknown codec", Track(1, kVideoType, "V_THEORA", {video}), {}, "dropped"},
+        {"MP3", sound("A_MPEG/L3", {audio}), {}},
+        {"defaults of Audio", sound("A_MPEG/L2", {}), {}},
+        {"AC-3", sound("A_AC3", {audio}), {}},
+        {"codec private becomes an ESDS", sound("A_DTS", {audio, config}), {}},
+        {"FLAC has a flag", sound("A_FLAC", {audio}), {}},
+        {"PCM keeps no bit depth", sound("A_PCM/INT/LIT", {deep}), {}},
+        {"LPCM does", sound("A_PCM/INT/BIG", {deep, config}), {}},
+        {"a fractional rate", sound("A_MPEG/L3", {Audio(11025.9, 2)}), {}},
+        {"a rate beyond 32 bits", sound("A_MPEG/L3", {Audio(1e12, 2)}), {}},
+        {"a negative rate", sound("A_MPEG/L3", {Audio(-44100.5, 2)}), {}},
+        {"a negative rate beyond 32 bits", sound("A_MPEG/L3", {Audio(-1e12, 2)}), {}},
+        {"AAC with codec private", sound("A_AAC", {audio, config}), {}},
+        {"AAC from its name", sound("A_AAC/MPEG4/LC", {audio}), {}},
+        {"AAC in lower case", sound("a_aac/mpeg4/lc", {audio}), {}},
+        {"AAC with one byte of codec private", sound("A_AAC", {audio, Private(Hex("12"))}), {}},
+        {"AAC without a profile", sound("A_AAC", {audio}), {}},
+        {"AAC at an odd rate", sound("A_AAC/MPEG4/LC", {Audio(7350, 2)}), {}},
+        {"AAC of an unsupported profile", sound("A_AAC/MPEG4/MAIN", {audio}), {}},
+        {"Vorbis", sound("A_VORBIS", {audio, Private(VorbisPrivate())}), {}},
+        {"wave format", sound("A_MS/ACM", {audio, wave("5500")}), {}},
+        {"an unknown wave format", sound("A_MS/ACM", {audio, wave("9999")}), {}},
+        {"unknown audio codec", sound("A_OPUS", {audio}), {}},
+        {"AVC", AvcTrack(), {}},
+        {"HEVC", picture("V_MPEGH/ISO/HEVC", {video, Private(Hex("010203040506"))}), {}},
+        {"VP9", picture("V_VP9", {video}), {}},
+        {"VP8 has a tag that nobody knows", picture("V_VP8", {video}), {}},
+        {"MPEG-2: a bitmap header in front", picture("V_MPEG2", {video, Private(Hex("AABB"))}), {}},
+        {"RealVideo", picture("V_REAL/RV40", {video}), {}},
+        {"MPEG-4 with its configuration", picture("V_MPEG4/ISO/ASP", {video, config}), {}},
+        {"MPEG-4, configuration from the first frame", bitmap(BitmapHeader("XVID")), {frame}},
+        {"MPEG-4 without anything", picture("V_MPEG4/ISO/ASP", {video}), {frame}},
+        {"a short bitmap header", bitmap(ShortBitmapHeader()), {}},
+        {"an unknown compression", bitmap(BitmapHeader("ZZZZ")), {}},
+        {"lower-case compression", bitmap(BitmapHeader("flv1")), {}},
+        {"AVC in a bitmap header, sets in the stream", bitmap(BitmapHeader("H264")), {sets}},
+        {"AVC in a bitmap header, no sets",
+         bitmap(BitmapHeader("H264")),
+         {SimpleBlock(1, 0, kKeyFrame, Hex("00000001 6588"))}},
+        {"no Video element", picture("V_VP9", {}), {}},
+        {"unknown video codec", picture("V_THEORA", {video}), {}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(row.metadata, Offered(row.track, row.blocks));
-    }
-}
-
-TEST(Discovery, SubtitleTracks) {
-    const struct {
-        const char* codecId;
-        const char* metadata;
-    } rows[] = {
-        {"S_TEXT/UTF8", "dura=10000000 lang= mime=text/utf-8"},
-        {"S_TEXT/ASS", "dura=10000000 lang= mime=text/ass"},
-        {"S_TEXT/SSA", "dura=10000000 lang= mime=text/ass"},
-        {"S_TEXT/ASS2", "dura=10000000 lang= mime=text/ass2"},
-        {"S_VOBSUB", "dropped"},
-        {"S_KATE", "dropped"},
-        {"S_IMAGE/BMP", "dropped"},
-        {"S_TEXT/USF", "dropped"},
-        {"S_HDMV/PGS", "dropped"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.codecId);
-        EXPECT_EQ(row.metadata, Offered(TextTrack(1, row.codecId)));
-    }
-    EXPECT_EQ("dura=10000000 lang=Forced mime=text/utf-8",
-              Offered(Track(1, kSubtitleType, "S_TEXT/UTF8",
-                            {Str(id::kName, "Forced!"), Str(id::kLanguage, "eng")})));
+    std::string text;
+    for (const auto& row : rows) text += std::string(row.name) + ": " + Offered(row.track, row.blocks) + "\n";
+    const char* const subtitles[] = {"S_TEXT/UTF8", "S_TEXT/ASS",  "S_TEXT/SSA", "S_TEXT/ASS2", "S_VOBSUB",
+                                     "S_KATE",      "S_IMAGE/BMP", "S_TEXT/USF", "S_HDMV/PGS"};
+    for (const char* codec : subtitles) text += codec + (": " + Offered(TextTrack(1, codec))) + "\n";
+    const Elements named = {Str(id::kName, "Forced!"), Str(id::kLanguage, "eng")};
+    text += "named text: " + Offered(Track(1, kSubtitleType, "S_TEXT/UTF8", named)) + "\n";
+    ExpectGolden("matroska/golden/discovered-tracks", text);
 }
 
 TEST(Discovery, OtherTypesAreNotOffered) {

@@ -21,7 +21,6 @@
 namespace android {
 namespace {
 
-
 TEST(ABuffer, RangeLiesInTheCapacity) {
     uint8_t bytes[10];
     sp<ABuffer> buffer = new ABuffer(bytes, sizeof(bytes));
@@ -37,33 +36,6 @@ TEST(ABuffer, RangeLiesInTheCapacity) {
     EXPECT_EQ(buffer->meta(), buffer->meta());
     sp<ABuffer> copy = ABuffer::CreateAsCopy("abc", 3);
     EXPECT_EQ(memcmp(copy->data(), "abc", 3), 0);
-}
-
-TEST(AMessage, ValuesHaveATypeAndANameOfTheirOwn) {
-    sp<AMessage> message = new AMessage;
-    message->setInt32("number", 5);
-    message->setString("text", "a\0b", 3);
-    message->setString("number", "five");
-    message->setDouble("real", 0.25);
-    int32_t number = 7;
-    double real = 0;
-    AString text;
-    EXPECT_FALSE(message->findInt32("number", &number)) << "it is a text now";
-    EXPECT_FALSE(message->findInt32("Number", &number));
-    EXPECT_EQ(number, 7);
-    EXPECT_TRUE(message->findDouble("real", &real));
-    EXPECT_EQ(real, 0.25);
-    EXPECT_TRUE(message->findString("text", &text));
-    EXPECT_EQ(text.size(), 3u);
-    EXPECT_TRUE(message->findString("number", &text));
-    message->setString("number", text);
-    EXPECT_EQ(message->countEntries(), 3u);
-
-    for (int i = 3; i < 64; ++i) message->setInt64(std::to_string(i).c_str(), i);
-    message->setSize("real", 1);
-    EXPECT_DEATH(message->setInt32("one too many", 1), "CHECK");
-    message->clear();
-    EXPECT_FALSE(message->contains("real"));
 }
 
 // The text of a failed assertion is part of the interface: tools and bug reports match it.

@@ -33,53 +33,6 @@ Element Deflated() {
     return Encodings({Encoding(0, 0, 0)});
 }
 
-// Three ways to deliver a laced block: as stored, with a header in front of each frame, each frame inflated.
-// The frames here are not compressed, and neither is the sound block behind them.
-TEST(Blocks, Lacing) {
-    const Bytes aFrame = Bytes(300, 0xAB);
-    const auto front = [&](const char* sizes) { return Concat({Hex(sizes), aFrame}); };
-    constexpr int kStoredOnly = -1;  // the sizes do not fit, and where all frames come as one nobody asks
-    const struct {
-        const char* name;
-        Lacing lacing;
-        Bytes payload;
-        int notInflated;  // frames told apart by their reasons, the block behind included; 0: no lacing that
-                          // fits
-    } rows[] = {
-        {"Xiph, 0", Lacing::kXiph, front("00"), 2},
-        {"Xiph, 255", Lacing::kXiph, Concat({Hex("FF"), Bytes(255, 1), aFrame}), 2},
-        {"Xiph, no byte", Lacing::kXiph, {}, 0},
-        {"Xiph, sum past the block", Lacing::kXiph, front("01 FF FF 00"), kStoredOnly},
-        {"Xiph, sum exactly the block", Lacing::kXiph, front("01 FF 2D"), 3},
-        {"Xiph, FF to the end", Lacing::kXiph, Bytes(3000, 0xFF), 0},
-        {"fixed, 0", Lacing::kFixed, front("00"), 2},
-        {"fixed, 255", Lacing::kFixed, front("FF"), 1},
-        {"fixed, no multiple", Lacing::kFixed, front("06"), 8},
-        {"fixed, more frames than bytes", Lacing::kFixed, Hex("FE 01"), 256},
-        {"fixed, no byte", Lacing::kFixed, {}, 0},
-        {"EBML, 0", Lacing::kEbml, front("00"), kStoredOnly},
-        {"EBML, 255", Lacing::kEbml, Concat({Hex("FF 81"), Bytes(254, 0xBF), aFrame}), 2},
-        {"EBML, a size past the block", Lacing::kEbml, front("01 4FFF"), kStoredOnly},
-        {"EBML, an unknown size", Lacing::kEbml, front("01 FF"), kStoredOnly},
-        {"EBML, 2^56-2", Lacing::kEbml, front("01 01FFFFFFFFFFFFFE"), kStoredOnly},
-        {"EBML, a negative size", Lacing::kEbml, front("02 82 80"), kStoredOnly},
-        {"EBML, negative and back", Lacing::kEbml, front("03 82 80 FE"), kStoredOnly},
-        {"EBML, no size byte", Lacing::kEbml, Hex("01 00"), kStoredOnly},
-        {"EBML, ends in a size", Lacing::kEbml, Hex("05 81 BF 01"), 0},
-    };
-    for (const auto& row : rows) {
-        const bool fits = row.notInflated > 0;
-        const std::string whole = "1 track, 2 units", refused = "1 track, 1 unit; bad_lacing 1";
-        const std::string& restored = fits ? whole : refused;
-        const std::string inflated = restored + (fits ? "; bad_compression " + std::to_string(row.notInflated)
-                                                      : ", bad_compression 1");
-        CheckRow(
-            {row.name, Laces(row.lacing, row.payload), (row.notInflated != 0 ? whole : refused).c_str()});
-        CheckRow({row.name, Laces(row.lacing, row.payload, {StrippedHeader(Hex("AA"))}), restored.c_str()});
-        CheckRow({row.name, Laces(row.lacing, row.payload, {Deflated()}), inflated.c_str()});
-    }
-}
-
 TEST(Blocks, FramesThatClaimTheRestOfALargeFile) {
     constexpr uint64_t kRest = 8 << 20;
     // 256 sizes that each reach to the end of the block, of a track whose frames are read one by one.

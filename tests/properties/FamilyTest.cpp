@@ -6,6 +6,7 @@
 #include <media/stagefright/foundation/AMessage.h>
 
 #include "properties/Measure.h"
+#include "matroska/MatroskaExtExtractor.h"
 #include "matroska/PluginExports.h"
 #include "matroska/reader/Limits.h"
 
@@ -277,6 +278,10 @@ TEST(Reading, ASeekGoesThroughABoundedNumberOfBlocks) {
     android::MediaBuffer* buffer = nullptr;
     if (track->read(&buffer, &options) == android::OK) buffer->release();
     EXPECT_LE(source->Reads() - before, MatroskaExtReader::limit::kSeekWork + 4 * file.bytes.size());
+    // Blocks that are looked at again cost no read, but count all the same.
+    const auto& losses = static_cast<android::MatroskaExtExtractor*>(extractor.get())->File()->Losses.List();
+    ASSERT_EQ(1u, losses.size());
+    EXPECT_EQ(MatroskaExtReader::LossKind::kLimit, losses[0].kind);
 }
 
 }  // namespace

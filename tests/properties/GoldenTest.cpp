@@ -1,7 +1,7 @@
 // What small files of one peculiarity each give, as kept texts; and the same files from sources that
 // misbehave.
 #include "matroska/MatroskaFixture.h"
-#include "properties/Golden.h"
+#include "support/Golden.h"
 #include "support/Oddities.h"
 
 namespace testing_support {
@@ -17,20 +17,7 @@ std::string ListingOf(const Oddity& file, const Faults& faults = {}) {
 TEST(Golden, Listings) {
     for (const Oddity& file : Oddities(kGolden)) {
         SCOPED_TRACE(file.name);
-        ExpectGolden(file.name, ListTracks(Open(file.bytes)) + ListingOf(file));
-    }
-}
-
-TEST(Golden, AnUnknownLengthChangesNoUnit) {
-    for (const Oddity& file : Oddities(kGolden)) {
-        SCOPED_TRACE(file.name);
-        Faults faults;
-        faults.sizeStatus = android::UNKNOWN_ERROR;
-        EXPECT_EQ(ListingOf(file), ListingOf(file, faults));
-        faults.sizeStatus = android::OK;
-        faults.claimSize = true;
-        faults.claimedSize = -1;
-        EXPECT_EQ(ListingOf(file), ListingOf(file, faults));
+        ExpectGolden("properties/golden/" + file.name, ListTracks(Open(file.bytes)) + ListingOf(file));
     }
 }
 

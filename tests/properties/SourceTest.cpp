@@ -120,22 +120,6 @@ TEST(Source, ReadsThatComeShort) {
     }
 }
 
-// A caching source is opened without a visit of its Clusters, hostile or not.
-TEST(Source, ACachingSourceIsReadNoFurtherThanItHasTo) {
-    constexpr uint64_t kClusters = 20000;
-    const Bytes cluster = Piece({Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("AA"))})});
-    Bytes file = OpenSegment({SeekHead({}), Info(1000), Master(id::kTracks, {Mpeg2Track()})});
-    const size_t head = file.size();
-    for (uint64_t i = 0; i < kClusters; ++i) file.insert(file.end(), cluster.begin(), cluster.end());
-    Faults faults;
-    faults.flags = android::DataSource::kIsCachingDataSource;
-    const SilentLog silence;
-    const sp<FaultySource> source = new FaultySource(file, faults);
-    const sp<MediaExtractor> extractor = Open(sp<android::DataSource>(source));
-    EXPECT_LE(source->BytesRead(), 2 * head);
-    EXPECT_EQ(1u, extractor->countTracks());
-}
-
 // A file with holes: what lies far behind is reached, and what is read is what was asked for.
 TEST(Source, AFileOfManyGigabytes) {
     constexpr uint64_t kHole = (5ull << 30) + 12345;
@@ -257,28 +241,6 @@ TEST(Allocation, ARefusedUnitIsLostAlone) {
             static_cast<android::MatroskaExtExtractor*>(extractor.get())->File()->Losses.List();
         ASSERT_EQ(1u, losses.size());
         EXPECT_EQ(MatroskaExtReader::LossKind::kRefusedAllocation, losses[0].kind);
-    }
-}
-
-// No memory for anything, of every sample: reads fail, and nothing is touched that is not there.
-TEST(Allocation, NoUnitGetsMemory) {
-    for (const Oddity& sample : Oddities(kDamaged)) {
-        SCOPED_TRACE(sample.name);
-        const SilentLog silence;
-        for (const size_t most : {size_t{0}, size_t{1}, size_t{12}, size_t{100}}) {
-            const android::host::ScopedAllocationLimit limit(most);
-            const sp<MediaExtractor> extractor = Open(sample.bytes);
-            for (size_t i = 0; i < extractor->countTracks(); ++i) {
-                const sp<MediaSource> source = Started(extractor, i);
-                for (int reads = 0; reads < 40; ++reads) {
-                    MediaBuffer* buffer = nullptr;
-                    if (source->read(&buffer, nullptr) != android::OK) continue;
-                    EXPECT_TRUE(buffer->data() != nullptr || buffer->size() == 0);
-                    EXPECT_LE(buffer->size(), most);
-                    buffer->release();
-                }
-            }
-        }
     }
 }
 

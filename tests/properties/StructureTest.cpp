@@ -113,39 +113,6 @@ TEST(Structure, UnknownSizesOfEveryWidth) {
     }
 }
 
-TEST(Structure, MastersWithoutContent) {
-    for (const uint32_t master : {id::kSegment, id::kInfo, id::kTracks, id::kSeekHead, id::kCues,
-                                  id::kChapters, id::kAttachments, id::kCluster, id::kTags}) {
-        SCOPED_TRACE(MatroskaExtReader::FindElementInfo(master)->name);
-        CheckRow({"once",
-                  Whole({EbmlHeader(), Segment({Info(1), Tracks({Mpeg2Track()}), Master(master, {}),
-                                                Cluster(0, {kBlock})})}),
-                  "1 track, 1 unit"});
-    }
-    const Row rows[] = {
-        {"EBML header",
-         Whole({Master(id::kEbml, {}), Segment({Tracks({Mpeg2Track()}), Cluster(0, {kBlock})})}),
-         "0 tracks, 0 units"},
-        {"TrackEntry",
-         Whole({EbmlHeader(),
-                Segment({Tracks({Master(id::kTrackEntry, {}), Mpeg2Track()}), Cluster(0, {kBlock})})}),
-         "1 track, 1 unit"},
-        {"Video and encodings",
-         WithTrack({Master(id::kVideo, {}), Master(id::kContentEncodings, {}), Master(id::kAudio, {})}),
-         "1 track, 1 unit"},
-        {"encoding", WithTrack({Master(id::kContentEncodings, {Master(id::kContentEncoding, {})})}),
-         "1 track, 1 unit"},
-        {"BlockGroup", WithBlocks({Master(id::kBlockGroup, {}), kBlock}), "1 track, 1 unit"},
-        {"all at once",
-         Whole({EbmlHeader(),
-                Segment({Master(id::kSeekHead, {Master(id::kSeek, {})}),
-                         Master(id::kCues, {Master(id::kCuePoint, {Master(id::kCueTrackPositions, {})})}),
-                         Master(id::kTracks, {Master(id::kTrackEntry, {Master(id::kVideo, {})})})})}),
-         "0 tracks, 0 units"},
-    };
-    CheckRows(rows);
-}
-
 TEST(Structure, BlocksPastWhatHoldsThem) {
     const Row rows[] = {
         {"no byte", WithBlocks({Bin(id::kSimpleBlock, {}), kBlock}), "1 track, 1 unit"},
@@ -217,33 +184,6 @@ TEST(Structure, BytesThatBeginNothing) {
          Whole({EbmlHeader(),
                 Segment({Tracks({Mpeg2Track()}), Master(id::kCues, {noId, Master(id::kCuePoint, {})}),
                          Cluster(0, {kBlock})})}),
-         "1 track, 1 unit"},
-    };
-    CheckRows(rows);
-}
-
-TEST(Structure, MegabytesOfNothing) {
-    constexpr uint64_t kMany = 200ull << 20;
-    const Bytes head = OpenSegment({Info(1), Tracks({Mpeg2Track()})});
-    const Bytes cluster = Piece({Cluster(0, {kBlock})});
-    const Row rows[] = {
-        {"zeros behind the EBML header",
-         {Stretch{Piece({EbmlHeader()})}, Stretch{Bytes(1, 0), kMany}},
-         "0 tracks, 0 units"},
-        {"FF behind the EBML header",
-         {Stretch{Piece({EbmlHeader()})}, Stretch{Bytes(1, 0xFF), kMany}},
-         "0 tracks, 0 units"},
-        {"zeros in the Segment",
-         {Stretch{head}, Stretch{Bytes(1, 0), kMany}, Stretch{cluster}},
-         "1 track, 0 units"},
-        {"FF in the Segment",
-         {Stretch{head}, Stretch{Bytes(1, 0xFF), kMany}, Stretch{cluster}},
-         "1 track, 0 units"},
-        {"bytes that might begin a level-1 element",
-         {Stretch{head}, Stretch{Bytes(1, 0x1F), kMany}, Stretch{cluster}},
-         "1 track, 0 units"},
-        {"zeros between Clusters",
-         {Stretch{head}, Stretch{cluster}, Stretch{Bytes(1, 0), kMany}, Stretch{cluster}},
          "1 track, 1 unit"},
     };
     CheckRows(rows);

@@ -4,17 +4,19 @@
 namespace testing_support {
 namespace {
 
-uint32_t Tag(const char* text) {
-    return static_cast<uint32_t>(static_cast<uint8_t>(text[0]) | static_cast<uint8_t>(text[1]) << 8 |
-                                 static_cast<uint8_t>(text[2]) << 16) |
-           static_cast<uint32_t>(static_cast<uint8_t>(text[3])) << 24;
+uint32_t Tag(const std::string& text) {
+    if (text.size() != 4 || text[0] == '0') return static_cast<uint32_t>(std::stoul(text, nullptr, 0));
+    uint32_t tag = 0;
+    for (size_t i = 4; i-- > 0;) tag = tag << 8 | static_cast<uint8_t>(text[i]);
+    return tag;
 }
 
 struct FactsRow {
     uint64_t type;
     const char* codecId;
     size_t privateSize;
-    uint32_t fourCC, bitCount;
+    const char* fourCC;  // four characters, or a number
+    uint32_t bitCount;
     bool isRealMedia, isVorbis;
     int32_t subtitleType;
 };
@@ -28,52 +30,53 @@ Bytes CountingPrivate(size_t size) {
 
 TEST(Tracks, FactsOfEveryCodecId) {
     const FactsRow rows[] = {
-        {kAudioType, "A_MPEG/L3", 0, 0x55, 16, false, false, 0},
-        {kAudioType, "A_MPEG/L2", 0, 0x50, 16, false, false, 0},
-        {kAudioType, "A_MPEG/L1", 0, 0, 16, false, false, 0},
-        {kAudioType, "A_AC3/BSID9", 0, 0x2000, 16, false, false, 0},
-        {kAudioType, "A_EAC3", 0, 0, 16, false, false, 0},
-        {kAudioType, "A_DTS/EXPRESS", 0, 0x2001, 16, false, false, 0},
-        {kAudioType, "A_PCM/INT/LIT", 0, 1, 16, false, false, 0},
-        {kAudioType, "A_PCM/INT/BIG", 0, 0xA0, 16, false, false, 0},
-        {kAudioType, "A_PCM/FLOAT/IEEE", 0, 0, 16, false, false, 0},
-        {kAudioType, "A_AAC/MPEG2/LC", 2, 0xFF, 16, false, false, 0},
-        {kAudioType, "a_aac/mpeg4/lc", 0, 0xFF, 16, false, false, 0},
-        {kAudioType, "a_mpeg/l3", 0, 0, 16, false, false, 0},
-        {kAudioType, "A_MS/ACM", 18, 0x0201, 0x100F, false, false, 0},
-        {kAudioType, "A_MS/ACM", 17, 0, 16, false, false, 0},
-        {kAudioType, "A_REAL/COOK", 0, Tag("COOK"), 16, true, false, 0},
-        {kAudioType, "A_REAL/COOKED", 0, Tag("COOK"), 16, true, false, 0},
-        {kAudioType, "A_REAL/COO", 0, 0, 16, false, false, 0},
-        {kAudioType, "A_FLAC", 0, 0x5000, 16, false, false, 0},
-        {kAudioType, "xA_FLACx", 0, 0x5000, 16, false, false, 0},
-        {kAudioType, "A_VORBIS", 0, 0x5001, 16, false, true, 0},
-        {kAudioType, "V_VP8", 0, 0, 16, false, false, 0},
-        {kVideoType, "V_MS/VFW/FOURCC", 40, 0x14131211, 0x100F, false, false, 0},
-        {kVideoType, "V_MS/VFW/FOURCC", 39, 0, 0, false, false, 0},
-        {kVideoType, "V_MS/VFW/FOURCC2", 40, 0, 0, false, false, 0},
-        {kVideoType, "V_MPEG4/ISO/AVC", 6, Tag("AVC1"), 24, false, false, 0},
-        {kVideoType, "V_MPEG4/ISO/AVC", 5, Tag("MP4V"), 24, false, false, 0},
-        {kVideoType, "V_MPEGH/ISO/HEVC", 6, Tag("HEVC"), 24, false, false, 0},
-        {kVideoType, "V_MPEGH/ISO/HEVC", 5, 0, 0, false, false, 0},
-        {kVideoType, "V_MPEG4/ISO/ASP", 0, Tag("MP4V"), 24, false, false, 0},
-        {kVideoType, "V_REAL/RV40", 0, Tag("RV40"), 24, true, false, 0},
-        {kVideoType, "V_REAL/RV", 0, 0, 0, false, false, 0},
-        {kVideoType, "V_VP8", 0, Tag("VPXV"), 24, false, false, 0},
-        {kVideoType, "V_VP9", 0, Tag("VP-9"), 24, false, false, 0},
-        {kVideoType, "V_MPEG1", 0, Tag("MPG1"), 24, false, false, 0},
-        {kVideoType, "V_MPEG2", 0, Tag("MPG2"), 24, false, false, 0},
-        {kVideoType, "V_THEORA", 0, 0, 0, false, false, 0},
-        {kSubtitleType, "S_TEXT/UTF8", 0, 0, 0, false, false, 1},
-        {kSubtitleType, "S_TEXT/ASS2", 0, 0, 0, false, false, 3},
-        {kSubtitleType, "S_TEXT/ASS", 0, 0, 0, false, false, 2},
-        {kSubtitleType, "S_TEXT/SSA", 0, 0, 0, false, false, 2},
-        {kSubtitleType, "S_VOBSUB", 0, 0, 0, false, false, 4},
-        {kSubtitleType, "S_KATE", 0, 0, 0, false, false, 5},
-        {kSubtitleType, "S_IMAGE/BMP", 0, 0, 0, false, false, 6},
-        {kSubtitleType, "S_TEXT/USF", 0, 0, 0, false, false, 7},
-        {kSubtitleType, "S_HDMV/PGS", 0, 0, 0, false, false, 0},
-        {3, "A_AAC", 0, 0, 0, false, false, 0},
+        // TrackType, CodecID, bytes of CodecPrivate, ...
+        {2, "A_MPEG/L3", 0, "0x55", 16, false, false, 0},
+        {2, "A_MPEG/L2", 0, "0x50", 16, false, false, 0},
+        {2, "A_MPEG/L1", 0, "0", 16, false, false, 0},
+        {2, "A_AC3/BSID9", 0, "0x2000", 16, false, false, 0},
+        {2, "A_EAC3", 0, "0", 16, false, false, 0},
+        {2, "A_DTS/EXPRESS", 0, "0x2001", 16, false, false, 0},
+        {2, "A_PCM/INT/LIT", 0, "1", 16, false, false, 0},
+        {2, "A_PCM/INT/BIG", 0, "0xA0", 16, false, false, 0},
+        {2, "A_PCM/FLOAT/IEEE", 0, "0", 16, false, false, 0},
+        {2, "A_AAC/MPEG2/LC", 2, "0xFF", 16, false, false, 0},
+        {2, "a_aac/mpeg4/lc", 0, "0xFF", 16, false, false, 0},
+        {2, "a_mpeg/l3", 0, "0", 16, false, false, 0},
+        {2, "A_MS/ACM", 18, "0x0201", 0x100F, false, false, 0},
+        {2, "A_MS/ACM", 17, "0", 16, false, false, 0},
+        {2, "A_REAL/COOK", 0, "COOK", 16, true, false, 0},
+        {2, "A_REAL/COOKED", 0, "COOK", 16, true, false, 0},
+        {2, "A_REAL/COO", 0, "0", 16, false, false, 0},
+        {2, "A_FLAC", 0, "0x5000", 16, false, false, 0},
+        {2, "xA_FLACx", 0, "0x5000", 16, false, false, 0},
+        {2, "A_VORBIS", 0, "0x5001", 16, false, true, 0},
+        {2, "V_VP8", 0, "0", 16, false, false, 0},
+        {1, "V_MS/VFW/FOURCC", 40, "0x14131211", 0x100F, false, false, 0},
+        {1, "V_MS/VFW/FOURCC", 39, "0", 0, false, false, 0},
+        {1, "V_MS/VFW/FOURCC2", 40, "0", 0, false, false, 0},
+        {1, "V_MPEG4/ISO/AVC", 6, "AVC1", 24, false, false, 0},
+        {1, "V_MPEG4/ISO/AVC", 5, "MP4V", 24, false, false, 0},
+        {1, "V_MPEGH/ISO/HEVC", 6, "HEVC", 24, false, false, 0},
+        {1, "V_MPEGH/ISO/HEVC", 5, "0", 0, false, false, 0},
+        {1, "V_MPEG4/ISO/ASP", 0, "MP4V", 24, false, false, 0},
+        {1, "V_REAL/RV40", 0, "RV40", 24, true, false, 0},
+        {1, "V_REAL/RV", 0, "0", 0, false, false, 0},
+        {1, "V_VP8", 0, "VPXV", 24, false, false, 0},
+        {1, "V_VP9", 0, "VP-9", 24, false, false, 0},
+        {1, "V_MPEG1", 0, "MPG1", 24, false, false, 0},
+        {1, "V_MPEG2", 0, "MPG2", 24, false, false, 0},
+        {1, "V_THEORA", 0, "0", 0, false, false, 0},
+        {17, "S_TEXT/UTF8", 0, "0", 0, false, false, 1},
+        {17, "S_TEXT/ASS2", 0, "0", 0, false, false, 3},
+        {17, "S_TEXT/ASS", 0, "0", 0, false, false, 2},
+        {17, "S_TEXT/SSA", 0, "0", 0, false, false, 2},
+        {17, "S_VOBSUB", 0, "0", 0, false, false, 4},
+        {17, "S_KATE", 0, "0", 0, false, false, 5},
+        {17, "S_IMAGE/BMP", 0, "0", 0, false, false, 6},
+        {17, "S_TEXT/USF", 0, "0", 0, false, false, 7},
+        {17, "S_HDMV/PGS", 0, "0", 0, false, false, 0},
+        {3, "A_AAC", 0, "0", 0, false, false, 0},
     };
     for (const FactsRow& row : rows) {
         SCOPED_TRACE(std::string(row.codecId) + " type " + std::to_string(row.type) + " private " +
@@ -84,7 +87,7 @@ TEST(Tracks, FactsOfEveryCodecId) {
             Write({EbmlHeader(),
                    Segment({Info(1), Master(id::kTracks, {Track(1, row.type, row.codecId, others)})})}));
         const reader::TrackEntry& track = *open.file.FindTrack(1);
-        EXPECT_EQ(row.fourCC, track.FourCC);
+        EXPECT_EQ(Tag(row.fourCC), track.FourCC);
         EXPECT_EQ(row.bitCount, track.BitCount);
         EXPECT_EQ(row.isRealMedia, track.IsRealMedia);
         EXPECT_EQ(row.isVorbis, track.IsVorbis);

@@ -94,20 +94,23 @@ TEST(Values, EmptyElementsAreZeroAndCountAsRead) {
 TEST(Values, FloatsHaveFourOrEightBytes) {
     const struct {
         const char* payload;
-        reader::Result result;
+        bool isRead;
         double value;
     } rows[] = {
-        {"3FC00000", kOk, 1.5},         {"C2C80000", kOk, -100.0},
-        {"3FF0000000000000", kOk, 1.0}, {"40934A0000000000", kOk, 1234.5},
-        {"3FC0", kFailure, 0.0},        {"3FF00000000000000000", kFailure, 0.0},
+        {"3FC00000", true, 1.5},
+        {"C2C80000", true, -100.0},
+        {"3FF0000000000000", true, 1.0},
+        {"40934A0000000000", true, 1234.5},
+        {"3FC0", false, 0.0},
+        {"3FF00000000000000000", false, 0.0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.payload);
         OneElement one = Payload(row.payload);
         reader::CFloat value;
-        EXPECT_EQ(row.result, value.Parse(one.node.get()));
+        EXPECT_EQ(row.isRead ? kOk : kFailure, value.Parse(one.node.get()));
         EXPECT_EQ(row.value, value.Get());
-        EXPECT_EQ(row.result == kOk, value.IsSet());
+        EXPECT_EQ(row.isRead, value.IsSet());
     }
 }
 
@@ -147,6 +150,16 @@ TEST(Values, BinaryReplacesWhatItHeld) {
     OneElement second = Payload("FF");
     EXPECT_EQ(kOk, binary.Parse(second.node.get()));
     EXPECT_EQ("ff", Show(binary));
+}
+
+// Where the bytes are there but cannot be read, nothing is left of a size over memory that nobody filled.
+TEST(Values, ABinaryThatCannotBeReadIsEmpty) {
+    Faults faults;
+    faults.errorFromOffset = 4;
+    OpenFile open(Write({Bin(id::kVoid, Bytes(9))}).bytes, faults);
+    reader::ByteBuffer binary;
+    EXPECT_EQ(kFailure, binary.Parse(open.Root()->Child(0, false).get()));
+    EXPECT_EQ(0u, binary.size());
 }
 
 TEST(Values, FixedWidthsIgnoreTheElementSize) {

@@ -13,32 +13,31 @@ using reader::kOk;
 TEST(Vint, ElementIdsKeepTheirMarkerAndEndAtFourBytes) {
     const struct {
         const char* bytes;
-        reader::Result result;
-        uint32_t id;
+        uint32_t id;  // 0: none
         int64_t positionAfter;
     } rows[] = {
-        {"80", kOk, 0x80, 1},
-        {"FF", kOk, 0xFF, 1},
-        {"4000", kOk, 0x4000, 2},
-        {"7FFF", kOk, 0x7FFF, 2},
-        {"2AD7B1", kOk, 0x2AD7B1, 3},
-        {"1A45DFA3", kOk, 0x1A45DFA3, 4},
-        {"1FFFFFFF", kOk, 0x1FFFFFFF, 4},
-        {"0F00000000", kFailure, 0, 1},
-        {"0800000000", kFailure, 0, 1},
-        {"0100000000", kFailure, 0, 1},
-        {"00", kFailure, 0, 1},
-        {"1A45DF", kFailure, 0, 3},
-        {"42", kFailure, 0, 1},
-        {"", kFailure, 0, 0},
+        {"80", 0x80, 1},
+        {"FF", 0xFF, 1},
+        {"4000", 0x4000, 2},
+        {"7FFF", 0x7FFF, 2},
+        {"2AD7B1", 0x2AD7B1, 3},
+        {"1A45DFA3", 0x1A45DFA3, 4},
+        {"1FFFFFFF", 0x1FFFFFFF, 4},
+        {"0F00000000", 0, 1},
+        {"0800000000", 0, 1},
+        {"0100000000", 0, 1},
+        {"00", 0, 1},
+        {"1A45DF", 0, 3},
+        {"42", 0, 1},
+        {"", 0, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.bytes);
         OpenFile open(Hex(row.bytes));
         CID value;
         const auto root = open.Root();
-        EXPECT_EQ(row.result, value.Parse(root.get()));
-        EXPECT_EQ(row.result == kOk, value.IsSet());
+        EXPECT_EQ(row.id != 0 ? kOk : kFailure, value.Parse(root.get()));
+        EXPECT_EQ(row.id != 0, value.IsSet());
         EXPECT_EQ(row.positionAfter, root->GetPos());
         EXPECT_EQ(row.id, static_cast<uint32_t>(value.Get()));
     }
@@ -55,14 +54,14 @@ TEST(Vint, SizesOfEveryWidth) {
         {"4000", 0},
         {"407F", 127},
         {"7FFE", 16382},
-        {"3FFFFE", (1u << 21) - 2},
-        {"1FFFFFFE", (1u << 28) - 2},
+        {"3FFFFE", 0x1FFFFE},
+        {"1FFFFFFE", 0xFFFFFFE},
         {"0800000001", 1},
-        {"0FFFFFFFFE", (1ull << 35) - 2},
-        {"07FFFFFFFFFE", (1ull << 42) - 2},
-        {"03FFFFFFFFFFFE", (1ull << 49) - 2},
+        {"0FFFFFFFFE", 0x7FFFFFFFE},
+        {"07FFFFFFFFFE", 0x3FFFFFFFFFE},
+        {"03FFFFFFFFFFFE", 0x1FFFFFFFFFFFE},
         {"0100000000000005", 5},
-        {"01FFFFFFFFFFFFFE", (1ull << 56) - 2},
+        {"01FFFFFFFFFFFFFE", 0xFFFFFFFFFFFFFE},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.bytes);
@@ -113,11 +112,11 @@ TEST(Vint, SignedDifferencesTakeTheirBiasOff) {
         {"200000", -1048575},
         {"2FFFFF", 0},
         {"10000000", -134217727},
-        {"0100000000000000", -((1ll << 55) - 1)},
+        {"0100000000000000", -36028797018963967},
         // Deliberate: all ones are first taken for an unknown size (4 bytes are left), then the bias comes
         // off.
-        {"FF", 4 - 63},
-        {"7FFF", 4 - 8191},
+        {"FF", -59},
+        {"7FFF", -8187},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.bytes);

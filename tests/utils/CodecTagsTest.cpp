@@ -7,6 +7,7 @@
 #include <media/stagefright/MediaDefs.h>
 #include "utils/MimeTypes.h"
 #include "utils/OptionalCodecLibrary.h"
+#include "support/Golden.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -24,37 +25,30 @@ unsigned Tag(const char* text) {
     return tag;
 }
 
+// Every tag that has a type, FourCCs also in lower case, as a kept text.
 TEST(GetMimeType, FindsTagsOfBothKinds) {
-    const struct {
-        unsigned tag;
-        const char* mime;
-    } rows[] = {
-        {0x44494220, "video/raw"},  // " BID"
-        {Tag("avc1"), "video/avc"},
-        {Tag("HeVc"), "video/hevc"},
-        {Tag("wmv2"), "video/mixer"},
-        {Tag("WMV3"), "video/wmv"},
-        {Tag("DIV3"), "video/mixer"},
-        {Tag("DIV2"), "video/mp4v-es"},
-        {Tag("DX50"), "video/ffmpeg"},
-        {Tag("xvid"), "video/mp4v-es"},
-        {Tag("H263"), "video/3gpp"},
-        {Tag("mpg2"), "video/mpeg2"},
-        {Tag("14_4"), "audio/realaudio"},
-        {Tag("raac"), "audio/mp4a-latm"},
-        {Tag("VP-9"), "video/x-vnd.on2.vp9"},
-        {Tag("TSCC"), "video/ffmpeg"},
-        {0x1, "audio/raw"},
-        {0x3, "audio/lpcm"},
-        {0x50, "audio/mpeg"},
-        {0x55, "audio/mpeg"},
-        {0x5346, "audio/adpcm"},
-        {0x5000, "audio/flac"},
-        {0x5001, "audio/vorbis"},
-        {0xF1AC, "audio/flac"},
+    const char* const fourCcs[] = {" BID", "H264", "AVC1", "HVC1", "HEV1", "HEVC", "HVCC", "HM10", "WMV1",
+                                   "WMV2", "WMV3", "WMVA", "WVC1", "DIVX", "DX50", "DIV4", "DIV3", "DIV2",
+                                   "FMP4", "MP4V", "H263", "XVID", "FLV1", "MP42", "MP43", "VP62", "FLV4",
+                                   "MPEG", "MPG1", "MPG2", "RV10", "RV20", "RV30", "RV40", "COOK", "ATRC",
+                                   "SIPR", "DNET", "14_4", "28_8", "RAAC", "RACP", "VP-8", "VP-9", "TSCC"};
+    const unsigned formatTags[] = {0x55, 0x50, 0x161, 0x162, 0x163,  0xFF,   0x2000, 0x2001, 0xA0,
+                                   0x1,  0x2,  0x3,   0x6,   0x7,    0x10,   0x11,   0x20,   0x103,
+                                   0x61, 0x62, 0x69,  0x200, 0x5346, 0x5000, 0x5001, 0xF1AC};
+    const auto typeOf = [](unsigned tag) {
+        const char* mime = android::GetMimeType(tag);
+        return std::string(mime != nullptr ? mime : "none") + "\n";
     };
     LogCapture quiet;
-    for (const auto& row : rows) EXPECT_STREQ(android::GetMimeType(row.tag), row.mime) << std::hex << row.tag;
+    std::string text;
+    for (const char* fourCc : fourCcs) {
+        std::string lower;
+        for (const char* c = fourCc; *c != 0; ++c) lower += static_cast<char>(tolower(*c));
+        text += fourCc + (" " + typeOf(Tag(fourCc)));
+        EXPECT_EQ(typeOf(Tag(fourCc)), typeOf(Tag(lower.c_str()))) << fourCc;
+    }
+    for (const unsigned tag : formatTags) text += std::to_string(tag) + " " + typeOf(tag);
+    testing_support::ExpectGolden("utils/golden/codec-tags", text);
 }
 
 TEST(GetMimeType, LogsWhatItLooksForAndWhatItDoesNotFind) {
@@ -77,14 +71,6 @@ TEST(GetMimeType, LogsWhatItLooksForAndWhatItDoesNotFind) {
         EXPECT_THAT(log.Records(), ElementsAre(LogRecord{ANDROID_LOG_INFO, "Utils", row.asked},
                                                LogRecord{ANDROID_LOG_DEBUG, "Utils", row.missed}));
     }
-}
-
-TEST(MimeTypes, NamesThatShareATextOrAreSpeltOddly) {
-    EXPECT_STREQ(android::MEDIA_MIMETYPE_CONTAINER_EXI_AIFF, "audio/ext-aiff");
-    EXPECT_STREQ(android::MEDIA_MIMETYPE_CONTAINER_MATROSKA_EXT, "video/x-matroska_ext");
-    EXPECT_STREQ(android::MEDIA_MIMETYPE_CONTAINER_DIVX, android::MEDIA_MIMETYPE_VIDEO_DIVX);
-    EXPECT_STREQ(android::MEDIA_MIMETYPE_CONTAINER_FFMPEG, android::MEDIA_MIMETYPE_VIDEO_FFMPEG);
-    EXPECT_STREQ(android::MEDIA_MIMETYPE_CONTAINER_HEVC, android::MEDIA_MIMETYPE_VIDEO_HEVC);
 }
 
 TEST(IsNeedExtra, ComparesTheWholeTextAndItsCase) {

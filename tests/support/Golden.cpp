@@ -1,4 +1,4 @@
-#include "properties/Golden.h"
+#include "support/Golden.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 namespace testing_support {
 
 void ExpectGolden(const std::string& name, const std::string& actual) {
-    const std::string path = std::string(GOLDEN_DIR) + "/" + name + ".txt";
+    const std::string path = std::string(TESTS_DIR) + "/" + name + ".txt";
     if (std::getenv("UPDATE_GOLDEN") != nullptr) {
         std::ofstream(path) << actual;
         return;

@@ -1,4 +1,4 @@
-// Expected texts kept in tests/properties/golden/NAME.txt. With the environment variable UPDATE_GOLDEN set,
+// Expected texts kept in tests/NAME.txt. With the environment variable UPDATE_GOLDEN set,
 // the files are rewritten from what the program does; look at the difference before committing it.
 #pragma once
 

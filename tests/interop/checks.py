@@ -1,10 +1,8 @@
-"""The three comparisons that every file goes through."""
+"""The comparisons that files go through."""
 import hashlib
-import json
-import subprocess
 
 import ebml
-import ffprobe
+import ffmpeg
 import rules
 
 
@@ -13,17 +11,17 @@ def sha1(data):
 
 
 def oracles_agree(path):
-    """ebml.py against ffprobe, frame by frame: without this the former proves nothing about the latter's packets."""
+    """ebml.py against ffmpeg, frame by frame: without this the former proves nothing about the latter's packets."""
     doc = ebml.read(path)
     assert doc.tracks and doc.blocks
-    for track, packets in zip(doc.tracks, ffprobe.packets(path, len(doc.tracks))):
+    for track, packets in zip(doc.tracks, ffmpeg.packets(path, len(doc.tracks))):
         if rules.mime_and_tag(track)[0] is None:
-            continue            # nothing will be listed of it; and ffprobe rebuilds some of those packets
+            continue            # nothing will be listed of it; and ffmpeg rebuilds some of those packets
         blocks = [b for b in doc.blocks if b.track == track.number]
         what = 'track %d, %s' % (track.number, track.codec_id)
         frames = [(len(f), sha1(f)) for b in blocks for f in b.frames]
         assert frames == [(p.size, p.sha1) for p in packets], what
-        delay = int(track.codec_delay_ns / doc.scale + 0.5)       # as ffprobe rounds it
+        delay = int(track.codec_delay_ns / doc.scale + 0.5)       # as ffmpeg rounds it
         at = 0
         for b in blocks:
             if packets[at].pts is not None and track.type != ebml.SUBTITLE:
@@ -34,18 +32,10 @@ def oracles_agree(path):
     return doc
 
 
-def mkvx_json(mkvx, *arguments):
-    done = subprocess.run([mkvx, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    assert done.returncode == 0, 'mkvx ended with %d: %s' % (done.returncode, done.stderr.decode())
-    return done.stdout.decode(), done.stderr.decode()
-
-
 def listed_units(mkvx, path):
     """{(index, number): [Unit]}, and the order in which the tracks came."""
-    out, _ = mkvx_json(mkvx, 'packets', '--format', 'jsonl', path)
     result = {}
-    for line in out.splitlines():
-        u = json.loads(line)
+    for u in mkvx('packets', '--format', 'jsonl', path).lines():
         result.setdefault((u['track'], u['number']), []).append(
             rules.Unit(u['time_us'], u['sync'], u['size'], u['sha1'], u.get('end_us')))
     return result
@@ -67,7 +57,7 @@ def units_match(mkvx, path, doc):
 
 
 def info_matches(mkvx, path, doc):
-    info = json.loads(mkvx_json(mkvx, 'info', '--format', 'json', path)[0])
+    info = mkvx('info', '--format', 'json', path).json()
     assert info['container_mime'] == rules.container_mime(doc)
     tracks = rules.offered(doc)
     assert [t['number'] for t in info['tracks']] == [t.number for t in tracks]

@@ -7,6 +7,7 @@ before they are used to judge anything.
 import struct
 import zlib
 from dataclasses import dataclass, field
+from pathlib import Path
 
 EBML, SEGMENT = 0x1A45DFA3, 0x18538067
 SEEK_HEAD, INFO, TRACKS, CLUSTER = 0x114D9B74, 0x1549A966, 0x1654AE6B, 0x1F43B675
@@ -254,8 +255,7 @@ def _read_segment(data, segment, doc):
 
 
 def read(path):
-    with open(path, 'rb') as f:
-        data = f.read()
+    data = Path(path).read_bytes()
     doc = Document(size=len(data))
     for e in children(data, 0, len(data)):
         if e.id == EBML:

@@ -6,6 +6,7 @@ that is no key frame ends the look into that Cluster. A target of 0 is the start
 behind it, or in front of 0, the end."""
 import struct
 from dataclasses import dataclass, field
+from pathlib import Path
 
 import ebml
 import rules
@@ -40,8 +41,7 @@ def _point(data, e):
 
 
 def read(path):
-    with open(path, 'rb') as f:
-        data = f.read()
+    data = Path(path).read_bytes()
     doc = ebml.read(path)
     layout = Layout(doc, end_ticks=doc.duration)
     segment = next(e for e in ebml.children(data, 0, len(data)) if e.id == ebml.SEGMENT)

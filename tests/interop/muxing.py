@@ -1,59 +1,50 @@
-"""Makes the files under test: short synthetic streams, muxed by ffmpeg and mkvmerge in a temporary folder."""
+"""Makes the files under test: short synthetic streams, stored by ffmpeg and mkvmerge, or written here byte by byte."""
+import hashlib
+import os
+import struct
 import subprocess
+from dataclasses import dataclass
+from pathlib import Path
 
-VIDEO_SOURCE = 'testsrc2=size=96x64:rate=25:duration=1.2'
-AUDIO_SOURCE = 'sine=frequency=440:sample_rate=44100:duration=1.2'
+import craft
+import ebml
 
-# name -> (source, encoder options, extension of a file that holds the stream as it is)
+WIDTH, HEIGHT = 176, 144
+VIDEO = 'testsrc2=size=%dx%d:rate=25:duration=1.2' % (WIDTH, HEIGHT)
+AUDIO = 'sine=frequency=440:sample_rate=44100:duration=1.2'
+
+X264 = '-c:v libx264 -preset veryfast -threads 1 -pix_fmt yuv420p '
+X265 = '-c:v libx265 -preset ultrafast -pix_fmt yuv420p -x265-params log-level=error:keyint=10:pools=1'
+FAST_VP = ' -deadline realtime -cpu-used 8 -g 10'
+
+# Every stream that any test uses: encoder options, and the extension of a file that holds it as it is. Others are named by
+# what they are: two seconds of "mp3" are ('sine=...', '-c:a libmp3lame', 'mp3').
 STREAMS = {
-    'h264': (VIDEO_SOURCE, '-c:v libx264 -preset veryfast -bf 2 -g 10 -threads 1 -pix_fmt yuv420p', 'mkv'),
-    'h264_start_codes': (VIDEO_SOURCE, '-c:v libx264 -preset veryfast -bf 0 -g 10 -threads 1 -pix_fmt yuv420p', 'h264'),
-    'hevc': (VIDEO_SOURCE, '-c:v libx265 -preset ultrafast -x265-params log-level=error:keyint=10:pools=1 '
-                           '-pix_fmt yuv420p', 'mkv'),
-    'mpeg4': (VIDEO_SOURCE, '-c:v mpeg4 -bf 2 -g 10', 'mkv'),
-    'xvid': (VIDEO_SOURCE, '-c:v mpeg4 -vtag XVID -g 10', 'avi'),
-    'mpeg2': (VIDEO_SOURCE, '-c:v mpeg2video -bf 2 -g 10', 'mkv'),
-    'mpeg1': (VIDEO_SOURCE, '-c:v mpeg1video -g 10', 'mkv'),
-    'vp9': (VIDEO_SOURCE, '-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -g 10', 'webm'),
-    'wmv2': (VIDEO_SOURCE, '-c:v wmv2 -g 10', 'mkv'),
-    'flv1': (VIDEO_SOURCE, '-c:v flv -g 10', 'mkv'),
-    'msmpeg4v2': (VIDEO_SOURCE, '-c:v msmpeg4v2 -g 10', 'mkv'),
-    'vp8': (VIDEO_SOURCE, '-c:v libvpx -deadline realtime -cpu-used 8 -g 10', 'webm'),
-    'av1': ('testsrc2=size=64x64:rate=10:duration=0.5', '-c:v libaom-av1 -cpu-used 8 -usage realtime', 'mkv'),
-    'mjpeg': (VIDEO_SOURCE, '-c:v mjpeg -pix_fmt yuvj420p', 'mkv'),
-    'theora': (VIDEO_SOURCE, '-c:v libtheora', 'mkv'),
-    'aac': (AUDIO_SOURCE, '-c:a aac -b:a 48k', 'm4a'),
-    'mp3': (AUDIO_SOURCE, '-c:a libmp3lame -b:a 32k', 'mp3'),
-    'mp2': (AUDIO_SOURCE, '-c:a mp2 -b:a 48k', 'mp2'),
-    'ac3_48k': (AUDIO_SOURCE, '-c:a ac3 -b:a 64k -ar 48000', 'ac3'),
-    'ac3': (AUDIO_SOURCE, '-c:a ac3 -b:a 64k', 'ac3'),
-    'dts': (AUDIO_SOURCE, '-c:a dca -strict -2 -ac 2 -b:a 320k', 'dts'),
-    'flac': (AUDIO_SOURCE, '-c:a flac', 'flac'),
-    'vorbis': (AUDIO_SOURCE, '-c:a libvorbis -fflags +bitexact -flags:a +bitexact -map_metadata -1', 'ogg'),
-    'pcm_s16le': (AUDIO_SOURCE, '-c:a pcm_s16le', 'mka'),
-    'pcm_s24le': (AUDIO_SOURCE, '-c:a pcm_s24le', 'mka'),
-    'pcm_s16be': (AUDIO_SOURCE, '-c:a pcm_s16be', 'mka'),
-    'pcm_alaw': (AUDIO_SOURCE, '-c:a pcm_alaw', 'mka'),
-    'pcm_mulaw': (AUDIO_SOURCE, '-c:a pcm_mulaw', 'mka'),
-    'adpcm_ms': (AUDIO_SOURCE, '-c:a adpcm_ms', 'mka'),
-    'adpcm_ima': (AUDIO_SOURCE, '-c:a adpcm_ima_wav', 'mka'),
-    'wmav2': (AUDIO_SOURCE, '-c:a wmav2', 'mka'),
-    'opus': (AUDIO_SOURCE, '-c:a libopus -b:a 32k', 'opus'),
-    'eac3': (AUDIO_SOURCE, '-c:a eac3 -b:a 64k', 'eac3'),
-    'pcm_f32le': (AUDIO_SOURCE, '-c:a pcm_f32le', 'mka'),
-    'alac': (AUDIO_SOURCE, '-c:a alac', 'mka'),
-    'wavpack': (AUDIO_SOURCE, '-c:a wavpack', 'mka'),
-    'tta': (AUDIO_SOURCE, '-c:a tta', 'mka'),
+    'h264': (X264 + '-bf 2 -g 10', 'mkv'), 'h264_start_codes': (X264 + '-bf 0 -g 10', 'h264'),
+    'h264_headers_repeated': (X264 + '-bf 2 -g 10 -x264-params repeat-headers=1', 'mkv'),
+    'hevc': (X265, 'mkv'), 'hevc_headers_repeated': (X265 + ':repeat-headers=1', 'mkv'),
+    'mpeg4': ('-c:v mpeg4 -bf 2 -g 10', 'mkv'), 'mpeg4_headers_aside': ('-c:v mpeg4 -flags +global_header -g 10', 'mkv'),
+    'mpeg2': ('-c:v mpeg2video -bf 2 -g 10', 'mkv'), 'mpeg2_bare': ('-c:v mpeg2video -bf 2 -g 10', 'm2v'),
+    'mpeg1': ('-c:v mpeg1video -bf 2 -g 10', 'mkv'), 'mpeg1_bare': ('-c:v mpeg1video -bf 2 -g 10', 'm1v'),
+    'vp9': ('-c:v libvpx-vp9' + FAST_VP, 'webm'), 'vp8': ('-c:v libvpx' + FAST_VP, 'webm'),
+    'av1': ('-c:v libaom-av1 -cpu-used 8 -usage realtime -frames:v 3', 'mkv'), 'mjpeg': ('-c:v mjpeg -pix_fmt yuvj420p', 'mkv'),
+    'theora': ('-c:v libtheora', 'mkv'), 'rv10': ('-c:v rv10 -g 10', 'rm'), 'rv20': ('-c:v rv20 -g 10', 'rm'),
+    'aac': ('-c:a aac -b:a 48k', 'm4a'), 'aac_stereo': ('-c:a aac -b:a 48k -ac 2', 'm4a'),
+    'mp3': ('-c:a libmp3lame -b:a 32k', 'mp3'), 'mp2': ('-c:a mp2 -b:a 48k', 'mp2'),
+    'ac3': ('-c:a ac3 -b:a 64k', 'ac3'), 'ac3_48k': ('-c:a ac3 -b:a 64k -ar 48000', 'ac3'), 'eac3': ('-c:a eac3 -b:a 64k', 'eac3'),
+    'dts': ('-c:a dca -ac 2 -b:a 320k', 'dts'), 'flac': ('-c:a flac', 'flac'),
+    'vorbis': ('-c:a libvorbis -fflags +bitexact -flags:a +bitexact -map_metadata -1', 'ogg'),
+    'opus': ('-c:a libopus -b:a 32k', 'opus'), 'ra144': ('-c:a real_144 -ar 8000', 'mka'),
+    **{name: ('-c:v %s -g 10' % name, 'mkv') for name in ('wmv1', 'wmv2', 'h263', 'msmpeg4', 'msmpeg4v2')},
+    'flv1': ('-c:v flv -g 10', 'mkv'),
+    **{tag: ('-c:v %s -g 10 -vtag %s' % (encoder, tag), 'avi') for tag, encoder in (
+        ('XVID', 'mpeg4'), ('DIVX', 'mpeg4'), ('FMP4', 'mpeg4'), ('DX50', 'mpeg4'), ('MP43', 'msmpeg4'), ('DIV3', 'msmpeg4'),
+        ('DIV4', 'msmpeg4'), ('DIV2', 'msmpeg4v2'))},
+    **{name: ('-c:a ' + name, 'mka') for name in (
+        'pcm_s16le', 'pcm_s24le', 'pcm_s16be', 'pcm_s24be', 'pcm_s32be', 'pcm_f32le', 'pcm_alaw', 'pcm_mulaw', 'adpcm_ms',
+        'adpcm_ima_wav', 'adpcm_yamaha', 'adpcm_swf', 'wmav1', 'wmav2', 'alac', 'wavpack', 'tta')},
+    **{name + '_stereo': ('-c:a %s -ac 2' % name, 'mka') for name in ('pcm_u8', 'pcm_s16le', 'pcm_s24le', 'pcm_s32le', 'adpcm_ms')},
 }
-
-
-def srt_time(ms):
-    return '%02d:%02d:%02d,%03d' % (ms // 3600000, ms // 60000 % 60, ms // 1000 % 60, ms % 1000)
-
-
-def ass_time(ms):
-    return '%d:%02d:%02d.%02d' % (ms // 3600000, ms // 60000 % 60, ms // 1000 % 60, ms % 1000 // 10)
-
 
 ASS_HEAD = '''[Script Info]
 ScriptType: v4.00+
@@ -68,71 +59,120 @@ Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text
 '''
 
 
+def clock(ms, point, digits):
+    text = '%02d:%02d:%02d' % (ms // 3600000, ms // 60000 % 60, ms // 1000 % 60)
+    return text + point + ('%03d' % (ms % 1000))[:digits]
+
+
+def run(*command, **options):
+    done = subprocess.run([str(word) for word in command], stdout=options.pop('stdout', subprocess.PIPE), stderr=subprocess.PIPE,
+                          **options)
+    # mkvmerge ends with 1 after a warning.
+    assert done.returncode == 0 or command[0] == 'mkvmerge' and done.returncode == 1, \
+        '%s: %s%s' % (command, (done.stdout or b'').decode(), done.stderr.decode())
+    return done
+
+
+@dataclass
+class Packet:
+    ms: int
+    key: bool
+    data: bytes
+
+
 class Muxer:
-    """Runs the muxers in one folder; each stream is encoded once."""
+    """Runs the muxers in one folder. Each stream is encoded once in the build folder's life."""
 
     def __init__(self, folder):
         self.folder = folder
-        self.made = {}
+        self.streams = Path(os.environ.get('MKVX_BUILD', folder)) / 'streams'
+        self.streams.mkdir(exist_ok=True)
 
     def path(self, name):
         return str(self.folder / name)
 
-    def run(self, *command, **options):
-        done = subprocess.run(command, stdout=options.pop('stdout', subprocess.PIPE), stderr=subprocess.PIPE, **options)
-        # mkvmerge ends with 1 after a warning.
-        assert done.returncode == 0 or command[0] == 'mkvmerge' and done.returncode == 1, \
-            '%s: %s%s' % (' '.join(command), (done.stdout or b'').decode(), done.stderr.decode())
-
     def stream(self, name):
-        """Path of a file that holds one encoded stream."""
-        if name not in self.made:
-            source, options, extension = STREAMS[name]
-            self.made[name] = self.path('stream-%s.%s' % (name, extension))
-            self.run('ffmpeg', '-v', 'error', '-y', '-f', 'lavfi', '-i', source, *options.split(), self.made[name])
-        return self.made[name]
+        """Path of a file that holds one encoded stream: of STREAMS, or as (source, encoder options, extension)."""
+        source, options, extension = name if isinstance(name, tuple) else (None, *STREAMS[name])
+        source = source or (VIDEO if '-c:v' in options else AUDIO)
+        made = self.streams / ('%s.%s' % (hashlib.sha1((source + options).encode()).hexdigest()[:16], extension))
+        if not made.exists():       # tests that run beside this one may want it too
+            begun = made.with_name('%d-%s' % (os.getpid(), made.name))
+            run('ffmpeg', '-v', 'error', '-y', '-f', 'lavfi', '-i', source, *options.split(), '-strict', '-2', begun)
+            begun.rename(made)
+        return str(made)
+
+    def text(self, name, content):
+        Path(self.path(name)).write_text(content)
+        return self.path(name)
 
     def srt(self, name, lines):
         """lines: (start ms, end ms, text)"""
-        with open(self.path(name), 'w') as f:
-            for i, (start, end, text) in enumerate(lines, 1):
-                f.write('%d\n%s --> %s\n%s\n\n' % (i, srt_time(start), srt_time(end), text))
-        return self.path(name)
+        return self.text(name, ''.join('%d\n%s --> %s\n%s\n\n' % (i, clock(start, ',', 3), clock(end, ',', 3), text)
+                                       for i, (start, end, text) in enumerate(lines, 1)))
 
     def ass(self, name, lines):
-        with open(self.path(name), 'w') as f:
-            f.write(ASS_HEAD)
-            for start, end, text in lines:
-                f.write('Dialogue: 0,%s,%s,Default,,0,0,0,,%s\n' % (ass_time(start), ass_time(end), text))
-        return self.path(name)
+        return self.text(name, ASS_HEAD + ''.join(
+            'Dialogue: 0,%s,%s,Default,,0,0,0,,%s\n' % (clock(start, '.', 2)[1:], clock(end, '.', 2)[1:], text)
+            for start, end, text in lines))
 
     def inputs(self, streams):
-        """Stream names become files; anything with a slash is a path already."""
+        """Streams become files; anything with a slash is a path already."""
         return [s if '/' in s else self.stream(s) for s in streams]
 
-    def ffmpeg(self, out, streams, *options, before=()):
-        inputs, maps = [], []
-        for i, path in enumerate(self.inputs(streams)):
-            inputs += ['-i', path]
-            maps += ['-map', str(i)]
-        self.run('ffmpeg', '-v', 'error', '-y', *before, *inputs, *maps, '-c', 'copy', '-strict', '-2', *options,
-                 self.path(out))
-        return self.path(out)
-
-    def ffmpeg_pipe(self, out, streams, *options):
-        """Through a pipe: nothing can be filled in afterwards."""
-        inputs, maps = [], []
-        for i, path in enumerate(self.inputs(streams)):
-            inputs += ['-i', path]
-            maps += ['-map', str(i)]
-        with open(self.path(out), 'wb') as f:
-            self.run('bash', '-c', 'ffmpeg "$@" | cat', 'ffmpeg', '-v', 'error', *inputs, *maps, '-c', 'copy',
-                     *options, '-f', 'matroska', 'pipe:1', stdout=f)
+    def ffmpeg(self, out, streams, *options, piped=False):
+        """`piped`: nothing can be filled in afterwards."""
+        inputs = self.inputs(streams)
+        command = ['ffmpeg', '-v', 'error', '-y', *(word for path in inputs for word in ('-i', path)),
+                   *(word for i in range(len(inputs)) for word in ('-map', str(i))), '-c', 'copy', '-strict', '-2', *options]
+        if not piped:
+            run(*command, self.path(out))
+        else:
+            with open(self.path(out), 'wb') as f:
+                run('bash', '-c', '"$@" | cat', 'bash', *command, '-f', 'matroska', 'pipe:1', stdout=f)
         return self.path(out)
 
     def mkvmerge(self, out, streams, *options, per_input=()):
         command = ['mkvmerge', '--quiet', '--deterministic', '1', '--output', self.path(out), *options]
         for path in self.inputs(streams):
             command += [*per_input, path]
-        self.run(*command)
+        run(*command)
         return self.path(out)
+
+    def packets(self, name):
+        """The only track of a stream as ffmpeg stores it, and its packets."""
+        path = self.ffmpeg('packets-%s.mkv' % name, [name])
+        doc = ebml.read(path)
+        assert len(doc.tracks) == 1 and doc.scale == 1000000
+        return doc.tracks[0], [Packet(b.ticks, b.key, f) for b in doc.blocks for f in b.frames]
+
+    def write(self, name, track, packets):
+        """`track`: a TrackEntry with number 1."""
+        clusters = []
+        for i in range(0, len(packets), 10):
+            base = packets[i].ms
+            clusters.append(craft.cluster(base, *(craft.simple_block(1, p.ms - base, p.data, p.key)
+                                                  for p in packets[i:i + 10])))
+        Path(self.path(name)).write_bytes(craft.matroska([track], *clusters, duration_ms=packets[-1].ms + 40.0))
+        return self.path(name)
+
+
+# TrackEntries of our own, with number 1.
+
+def bitmap_header(fourcc, extra=b''):
+    return struct.pack('<IiiHH4sIiiII', 40 + len(extra), WIDTH, HEIGHT, 1, 24, fourcc.encode(), WIDTH * HEIGHT * 3, 0, 0, 0,
+                       0) + extra
+
+
+def wave_format(tag, channels=1, align=1, bits=16, extra=b''):
+    return struct.pack('<HHIIHHH', tag, channels, 44100, 0, align, bits, len(extra)) + extra
+
+
+def picture(codec_id, private=b''):
+    return craft.video(1, codec_id, *([craft.private(private)] if private else []), width=WIDTH, height=HEIGHT)
+
+
+def sound(codec_id, private=b'', rate=44100.0, channels=1, bits=None):
+    audio = craft.real(0xB5, rate) + craft.uint(0x9F, channels) + (craft.uint(0x6264, bits) if bits else b'')
+    return craft.element(0xAE, craft.uint(0xD7, 1) + craft.uint(0x83, 2) + craft.text(0x86, codec_id) +
+                         craft.element(0xE1, audio) + (craft.private(private) if private else b''))

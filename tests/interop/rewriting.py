@@ -2,21 +2,15 @@
 any size, Clusters of unknown size. Only the touched elements are written anew; Cues and SeekHead, whose positions
 would be wrong afterwards, are left out unless nothing moved."""
 import struct
+from pathlib import Path
 
 import ebml
+from craft import element, uint
 
 
 def vint(value, length=None):
     length = length or next(n for n in range(1, 9) if value < (1 << 7 * n) - 1)
     return (value | 1 << 7 * length).to_bytes(length, 'big')
-
-
-def element(element_id, payload):
-    return element_id.to_bytes((element_id.bit_length() + 7) // 8, 'big') + vint(len(payload)) + payload
-
-
-def uint(element_id, value):
-    return element(element_id, value.to_bytes(max(1, (value.bit_length() + 7) // 8), 'big'))
 
 
 def stripping(settings):
@@ -29,8 +23,7 @@ class Rewriter:
     """strip: {track number: number of leading bytes}; renumber: {old track number: new one}"""
 
     def __init__(self, path, strip=(), renumber=()):
-        with open(path, 'rb') as f:
-            self.data = f.read()
+        self.data = Path(path).read_bytes()
         self.doc = ebml.read(path)
         self.renumber = dict(renumber)
         self.settings = {}
@@ -93,19 +86,16 @@ class Rewriter:
     def write(self, path):
         header, segment = list(ebml.children(self.data, 0, len(self.data)))[:2]
         body = b''.join(self.level_1(e) for e in self.doc.level_1)
-        with open(path, 'wb') as f:
-            f.write(element(header.id, self.raw(header)) + element(segment.id, body))
+        Path(path).write_bytes(element(header.id, self.raw(header)) + element(segment.id, body))
         return path
 
 
 def open_clusters(source, path):
     """The same file with every Cluster's size unknown; nothing moves."""
-    with open(source, 'rb') as f:
-        data = bytearray(f.read())
+    data = bytearray(Path(source).read_bytes())
     for e in ebml.read(source).level_1:
         if e.id == ebml.CLUSTER:
             size_at = data.rindex(struct.pack('>I', ebml.CLUSTER), 0, e.start) + 4
             data[size_at:e.start] = ((1 << 7 * (e.start - size_at) + 1) - 1).to_bytes(e.start - size_at, 'big')
-    with open(path, 'wb') as f:
-        f.write(data)
+    Path(path).write_bytes(data)
     return path

@@ -35,8 +35,9 @@ OFFERED = {
     SUBTITLE: [('S_TEXT/UTF8', 'text/utf-8', b''), ('S_TEXT/ASS', 'text/ass', b''), ('S_TEXT/SSA', 'text/ass', b'')],
 }
 WAVE_TAGS = {0x01: 'audio/raw', 0x02: 'audio/adpcm', 0x06: 'audio/g711-alaw', 0x07: 'audio/g711-mlaw',
-             0x11: 'audio/adpcm', 0x161: 'audio/wma'}
-BITMAP_TAGS = {b'H264': AVC, b'FMP4': MPEG4, b'XVID': MPEG4, b'MP42': 'video/mixer', b'MP43': 'video/mixer',
+             0x11: 'audio/adpcm', 0x20: 'audio/adpcm', 0x5346: 'audio/adpcm', 0x161: 'audio/wma'}
+BITMAP_TAGS = {b'H264': AVC, b'FMP4': MPEG4, b'XVID': MPEG4, b'DIVX': MPEG4, b'DIV4': MPEG4, b'DIV2': MPEG4,
+               b'DX50': 'video/ffmpeg', b'H263': 'video/3gpp', b'MP42': 'video/mixer', b'MP43': 'video/mixer',
                b'DIV3': 'video/mixer', b'WMV1': 'video/mixer', b'WMV2': 'video/mixer', b'FLV1': 'video/mixer'}
 # Subtitle kinds that are queued while the master track is read, offered or not.
 COLLECTED = ('S_TEXT/UTF8', 'S_TEXT/ASS', 'S_TEXT/SSA', 'S_VOBSUB', 'S_IMAGE/BMP', 'S_KATE', 'S_TEXT/USF')

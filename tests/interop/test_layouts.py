@@ -1,8 +1,7 @@
 """The same kinds of streams in every layout that the muxers can write: lacing, encodings, order and size of the
 elements around the blocks. Each test insists that its file has the peculiarity it is named after."""
-import pathlib
-
 import ebml
+import muxing
 import pytest
 import rewriting
 
@@ -90,7 +89,7 @@ def test_ffmpeg_layout(mux, check, options, peculiar):
 @pytest.mark.parametrize('options', [[], ['-cluster_time_limit', '100'], ['-live', '1', '-cluster_time_limit', '100']],
                          ids=['plain', 'small clusters', 'live'])
 def test_ffmpeg_into_a_pipe(mux, check, options):
-    doc = check(mux.ffmpeg_pipe('pipe.mkv', AV, *options))
+    doc = check(mux.ffmpeg('pipe.mkv', AV, *options, piped=True))
     assert doc.segment_unknown_size
 
 
@@ -127,19 +126,16 @@ def test_mkvmerge_layout(mux, check, options, peculiar):
 
 
 def test_chapters_attachments_and_tags(mux, check):
-    with open(mux.path('chapters.txt'), 'w') as f:
-        f.write('CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\nCHAPTER02=00:00:00.600\nCHAPTER02NAME=Two\n')
-    with open(mux.path('note.txt'), 'w') as f:
-        f.write('an attached text\n' * 1000)
-    doc = check(mux.mkvmerge('extras.mkv', AV, '--chapters', mux.path('chapters.txt'),
-                             '--attach-file', mux.path('note.txt'), '--title', 'Extras'))
+    chapters = mux.text('chapters.txt', 'CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\nCHAPTER02=00:00:00.600\nCHAPTER02NAME=Two\n')
+    note = mux.text('note.txt', 'an attached text\n' * 1000)
+    doc = check(mux.mkvmerge('extras.mkv', AV, '--chapters', chapters, '--attach-file', note, '--title', 'Extras'))
     assert doc.count(ebml.CHAPTERS) == doc.count(ebml.ATTACHMENTS) == doc.count(ebml.TAGS) == 1
 
 
 def test_tracks_rewritten_behind_the_clusters(mux, check):
     """A header editor that finds no room moves the Tracks element to the end of the file."""
     path = mux.mkvmerge('moved.mkv', AV)
-    mux.run('mkvpropedit', '--quiet', path, '--edit', 'track:a1', '--set', 'name=' + 'long name ' * 400)
+    muxing.run('mkvpropedit', '--quiet', path, '--edit', 'track:a1', '--set', 'name=' + 'long name ' * 400)
     doc = check(path)
     assert behind_clusters(ebml.TRACKS)(doc)
 
@@ -147,10 +143,8 @@ def test_tracks_rewritten_behind_the_clusters(mux, check):
 # --- tracks -------------------------------------------------
 
 def test_track_numbers_around_127(mux, check):
-    short = mux.path('short.mp3')
-    mux.run('ffmpeg', '-v', 'error', '-y', '-i', mux.stream('mp3'), '-c', 'copy', '-t', '0.2', short)
-    mux.run('ffmpeg', '-v', 'error', '-y', '-i', short, *['-map', '0:a'] * 140, '-c', 'copy', mux.path('many.mka'))
-    doc = check(mux.path('many.mka'))
+    short = mux.ffmpeg('short.mp3', ['mp3'], '-t', '0.2')
+    doc = check(mux.ffmpeg('many.mka', [short], *['-map', '0:a'] * 139))
     assert len(doc.tracks) == 140 and {b.track for b in doc.blocks if b.all_ones} == {127}
 
 
@@ -178,6 +172,6 @@ def test_delayed_and_trimmed_tracks(mux, check):
     assert min(b.ticks for b in doc.blocks) >= 1234
 
 
-def test_the_committed_sample(check):
-    doc = check(str(pathlib.Path(__file__).parents[2] / 'samples' / 'sample.mkv'))
+def test_the_committed_sample(check, sample):
+    doc = check(str(sample))
     assert [t.type for t in doc.tracks] == [ebml.VIDEO, ebml.AUDIO, ebml.SUBTITLE]

@@ -72,7 +72,6 @@ def test_merged_event_keeps_the_earlier_text_behind_the_later(mux, check):
 
 
 def test_webvtt_is_not_offered(mux, check):
-    with open(mux.path('lines.vtt'), 'w') as f:
-        f.write('WEBVTT\n\n00:00.100 --> 00:00.500\nwords\n')
-    doc = check(mux.mkvmerge('vtt.mkv', ['h264', mux.path('lines.vtt')]))
+    lines = mux.text('lines.vtt', 'WEBVTT\n\n00:00.100 --> 00:00.500\nwords\n')
+    doc = check(mux.mkvmerge('vtt.mkv', ['h264', lines]))
     assert [t.codec_id for t in doc.tracks][1] == 'S_TEXT/WEBVTT' and len(rules.offered(doc)) == 1

@@ -24,6 +24,7 @@ def sentence(run):
 @pytest.mark.parametrize('args', [
     ['frobnicate', 'x.mkv'], ['info'], ['info', '--format', 'yaml', 'x.mkv'], ['packets', '--limit', '0', 'x.mkv'],
     ['packets', '--track', 'one', 'x.mkv'], ['info', '--log', 'loud', 'x.mkv'], ['info', '--no-such-option', 'x.mkv'],
+    *[['seek', 'x.mkv', '--to', time] for time in ('', 'soon', '1:2', '00:60:00', '00:00:60', '1:2:3.1234567', '99999999999999999999')],
     ['bench', 'mux', 'x.mkv'], ['bench', 'open', '--source', 'tape', 'x.mkv'],
 ], ids=' '.join)
 def test_wrong_usage(mkvx, args):

@@ -53,7 +53,7 @@ BITMAP = craft.private(bytes(16) + b'H264' + bytes(20))
 ASS = b'0,0,Default,,0,0,0,,'
 EVENTS = [craft.simple_block(1, 0, UNIT), craft.block_group(2, 1, ASS + b'one', 9), craft.block_group(2, 2, ASS + b'two', 9),
           craft.simple_block(1, 3, UNIT)]
-BAD_LACE = craft.simple_block(1, 1, b'\1\xff\xff\xff\x10short', lacing=1)
+BAD_LACE = craft.bad_laces(1, 1)
 GOOD = film(avc(), mp3())
 HEAD = len(craft.element(0x1A45DFA3, craft.text(0x4282, 'matroska') + craft.uint(0x4285, 2)))
 
@@ -116,8 +116,9 @@ CASES = {
     'bad-zlib': (film(avc(1, AVCC, encodings(encoding(0)))), 'plays_with_losses', {'bad_compression': ('loss', '1 frame')}),
     'before-zero': (film(avc(), blocks=[craft.simple_block(1, -5, UNIT), craft.simple_block(1, 5, UNIT)]), 'plays_with_losses',
                     {'times_wrap': ('loss', '1 of its 2')}),
-    'bad-laces': (film(mp3(1), blocks=[craft.simple_block(1, 0, b'good'), BAD_LACE, BAD_LACE]), 'plays_with_losses',
-                  {'blocks_unreadable': ('loss', '2 of its 3')}),
+    'bad-laces': (film(craft.audio(1, 'A_MPEG/L3', craft.stripped(b'>')), blocks=[craft.simple_block(1, 0, b'good'), BAD_LACE, BAD_LACE]),
+                  'plays_with_losses', {'blocks_unreadable': ('loss', '2 of its 3')}),
+    'bad-laces-whole': (film(mp3(1), blocks=[craft.simple_block(1, 0, b'good'), BAD_LACE]), 'plays', {}),
     'laced': (film(mp3(1), blocks=[craft.simple_block(1, 0, b'\1aabb', lacing=2)]), 'plays', {}),
     'units-cut': (film(avc(), blocks=[craft.simple_block(1, 0, UNIT + b'\0\0\0\x99z')]), 'plays_with_losses',
                   {'units_cut': ('loss', '1 of its units')}),

@@ -36,9 +36,9 @@ def odd_film():
         craft.element(0x61A7, craft.text(0x466E, name) + craft.text(0x4660, 'text/plain') + craft.uint(0x46AE, 2 ** 63) + more)
         for name, more in (('../a', craft.text(0x467E, 'what') + craft.element(0x465C, b'data')), (b'b\x1b\xff', b''))))
     tracks = [craft.video(1, 'V_MPEGH/ISO/HEVC', craft.private(b'\1' + bytes(20) + b'\3' + bytes(9)), craft.name(b'\xff\x1b[2J!')),
-              craft.audio(2, 'A_UNHEARD'), craft.subtitle(3), craft.audio(4, 'A_MPEG/L3')]
+              craft.audio(2, 'A_UNHEARD'), craft.subtitle(3), craft.audio(4, 'A_MPEG/L3', craft.stripped(b'>'))]
     blocks = [craft.simple_block(1, 0, b'\0\0\0\3abc'), craft.simple_block(4, 0, b'\2\1\1abc', lacing=1),
-              craft.simple_block(4, 1, b'\1\xff\xff\xff\x10short', lacing=1), craft.block_group(2, 5, b'event', 90),
+              craft.bad_laces(4, 1), craft.block_group(2, 5, b'event', 90),
               craft.simple_block(1, 40, b'\0\0\0\2de', key=False), craft.element(0x4DBE, b'unknown')]
     data = craft.matroska(tracks, chapters, attached, craft.cluster(0, *blocks), b'\0' * 40, craft.cluster(9, *blocks), cue_for=1)
     return data[:-3]

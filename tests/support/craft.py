@@ -45,6 +45,17 @@ def private(data):
     return element(0x63A2, data)
 
 
+def stripped(header):
+    """Of a track from whose frames this header was left out. The plug-in takes its blocks apart."""
+    compression = element(0x5034, uint(0x4254, 3) + element(0x4255, header))
+    return element(0x6D80, element(0x6240, uint(0x5032, 1) + compression))
+
+
+def bad_laces(no, time):
+    """A block whose frames cannot be told apart."""
+    return simple_block(no, time, b'\1\xff\xff\xff\x10short', lacing=1)
+
+
 def simple_block(no, time, payload, key=True, lacing=0):
     return element(0xA3, bytes([0x80 | no]) + struct.pack('>h', time) + bytes([key << 7 | lacing << 1]) + payload)
 

@@ -76,7 +76,8 @@ void readBlock(CMatroskaNode* node, const ValueContext& context, Element& elemen
     if (!block.IsDeliverable(*node->File()))
         element.notes.emplace_back("its bytes are not all there: the plug-in drops it");
     else if (Failed(block.ParseData(node, nullptr, true)))
-        element.notes.emplace_back("its lacing does not fit it: the plug-in drops it");
+        element.notes.emplace_back(
+            "its lacing does not fit it: the plug-in drops it where it takes frames apart");
     else
         value.frames.assign(block.FrameSizes.begin(), block.FrameSizes.end());
     element.value = std::move(value);

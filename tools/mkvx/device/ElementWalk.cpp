@@ -207,12 +207,12 @@ void ElementWalk::State::judgeContent(CMatroskaNode* node, SimpleBlock& block, c
                                       BlockReading& reading) {
     const LossWatch watch(file.Losses);
     (void)block.GetSize(node, &track);
-    if (!block.IsRefused() && block.Lacing() != MatroskaExtReader::kLacingNone) {
-        if (block.FrameSizes.empty()) (void)block.ParseData(node, &track, true);
-        reading.laces = block.FrameSizes.size();
-    }
     reading.isRefused = block.IsRefused();
     if (reading.isRefused) reading.refusedFor = watch.noted();
+    if (reading.isRefused || block.Lacing() == MatroskaExtReader::kLacingNone) return;
+    // Where the frames come as one nobody looks at their sizes, which may be impossible.
+    if (block.FrameSizes.empty()) (void)block.ParseData(node, &track, true);
+    reading.laces = block.FrameSizes.size();
 }
 
 bool ElementWalk::State::wraps(uint64_t clusterTime, int64_t relative) const {

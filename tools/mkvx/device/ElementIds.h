@@ -7,6 +7,5 @@ namespace mkvx {
 namespace id = MatroskaExtReader::id;
 using MatroskaExtReader::ElementInfo;
 using MatroskaExtReader::ElementType;
-using MatroskaExtReader::FindElementInfo;
 
 }  // namespace mkvx

@@ -18,8 +18,6 @@ using MatroskaExtReader::kMaxPosition;
 using MatroskaExtReader::SimpleBlock;
 using MatroskaExtReader::TrackEntry;
 
-constexpr size_t kLossCounts = size_t(LossKind::kRefusedAllocation) + 1;
-
 // Gives the element its value where there is one. 0 where it cannot be read, as the reader takes it.
 uint64_t takeNumber(CMatroskaNode* node, Element& element) {
     CUInt value;
@@ -28,22 +26,35 @@ uint64_t takeNumber(CMatroskaNode* node, Element& element) {
     return value.Get();
 }
 
+Element headerOf(const CMatroskaNode& node) {
+    Element element;
+    element.id = node.Id();
+    element.info = findElement(element.id);
+    element.offset = node.HeaderStart();
+    element.dataOffset = node.DataStart();
+    element.size = node.Size();
+    element.hasUnknownSize = node.HasUnknownSize();
+    element.payloadEnd = node.PayloadEnd();
+    element.end = node.End();
+    return element;
+}
+
 // Which kinds of loss were noted since this was made?
 class LossWatch {
   public:
     explicit LossWatch(const MatroskaExtReader::Losses& losses) : mLosses(losses) {
-        for (size_t i = 0; i < kLossCounts; ++i) mBefore[i] = losses.Count(LossKind(i));
+        for (size_t i = 0; i < kLossKinds; ++i) mBefore[i] = losses.Count(LossKind(i));
     }
     // Of several the last in the order of the kinds.
     std::optional<LossKind> noted() const {
-        for (size_t i = kLossCounts; i-- > 0;)
+        for (size_t i = kLossKinds; i-- > 0;)
             if (mLosses.Count(LossKind(i)) > mBefore[i]) return LossKind(i);
         return std::nullopt;
     }
 
   private:
     const MatroskaExtReader::Losses& mLosses;
-    uint64_t mBefore[kLossCounts];
+    uint64_t mBefore[kLossKinds];
 };
 
 // One level: the cursor on the current child, and how far the level's elements have been walked.
@@ -143,21 +154,12 @@ void ElementWalk::State::jumpTo(uint64_t offset) {
 
 Element ElementWalk::State::take(Level& level) {
     hasPending = false;
-    const CMatroskaNode* node = level.node.get();
-    Element element;
-    element.id = node->Id();
-    element.info = findElement(element.id);
-    element.offset = node->HeaderStart();
-    element.dataOffset = node->DataStart();
-    element.size = node->Size();
-    element.hasUnknownSize = node->HasUnknownSize();
-    element.payloadEnd = node->PayloadEnd();
-    element.end = node->End();
-    const bool isOutside = element.offset >= level.end;
+    Element element = headerOf(*level.node);
+    const bool isDeepest = levels.size() >= kDeepest;
     noteDamage(element, level);
-    if (isMaster(element.info) && levels.size() >= kDeepest)
+    if (isMaster(element.info) && isDeepest)
         element.notes.emplace_back("nested too deeply: its children are not shown");
-    descends = isMaster(element.info) && !isOutside && levels.size() < kDeepest && element.size != 0;
+    descends = isMaster(element.info) && element.offset < level.end && !isDeepest && element.size != 0;
     level.done = std::max(level.done, element.end);
     remember(element);
     return element;

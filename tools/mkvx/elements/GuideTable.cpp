@@ -376,7 +376,8 @@ struct GuideRow {
     static constexpr bool kFits = true;
 };
 static_assert(GuideRow<firstMisplaced()>::kFits, "");
-static_assert(kGuideCount == ElementRows::kCount, "the reader's ElementTable.h ends with other elements");
+static_assert(kGuideCount == ElementRows::kCount,
+              "the guide and the reader's ElementTable.h have different numbers of rows");
 
 }  // namespace
 

@@ -101,22 +101,20 @@ std::optional<TreeItem> TreeReader::next() {
         if (wasInterrupted()) return std::nullopt;  // what came may be made of reads that failed
         if (item) mOptions.onReached(extentOf(*item).first);
         const Verdict verdict = item ? judge(*item) : Verdict::kStop;
-        switch (verdict) {
-            case Verdict::kShow:
-                show(std::move(*item));
-                break;
-            case Verdict::kLeaveOut:
-                leaveOut(*item);
-                break;
-            case Verdict::kPassOver:
-                break;
-            case Verdict::kStop:
-                closeRows(0);
-                mIsOver = true;
-                break;
-        }
+        if (verdict == Verdict::kShow) show(std::move(*item));
+        if (verdict == Verdict::kLeaveOut) leaveOut(*item);
+        if (verdict == Verdict::kStop) stop();
     }
-    if (mReady.empty() || wasInterrupted()) return std::nullopt;
+    return wasInterrupted() ? std::nullopt : takeReady();
+}
+
+void TreeReader::stop() {
+    closeRows(0);
+    mIsOver = true;
+}
+
+std::optional<TreeItem> TreeReader::takeReady() {
+    if (mReady.empty()) return std::nullopt;
     TreeItem item = std::move(mReady.front());
     mReady.pop_front();
     return item;

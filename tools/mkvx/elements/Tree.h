@@ -26,7 +26,7 @@ class TreeReader {
     TreeReader(const android::sp<android::DataSource>& source, const std::string& file,
                const TreeOptions& options);
 
-    // The next item to list, with its value; nullopt at the end, and after an interruption.
+    // The next item to list, with its value and meaning; nullopt at the end, and after an interruption.
     std::optional<TreeItem> next();
     std::optional<uint64_t> fileLength() const { return mWalk.length(); }
 
@@ -46,6 +46,8 @@ class TreeReader {
     void closeRows(unsigned depth);
     void flush(unsigned depth);
     void show(WalkItem item);
+    void stop();
+    std::optional<TreeItem> takeReady();
 
     TreeOptions mOptions;
     std::optional<WalkItem> mTarget;  // the deepest item that holds the byte `at`

@@ -78,16 +78,6 @@ TEST(MediaBufferDeathTest, ReleasesThatMustNotBe) {
     graphic->release();
 }
 
-TEST(MediaBuffer, AllocationLimitHitsLargerBuffersOnly) {
-    const host::ScopedAllocationLimit limit(100);
-    for (size_t size : {100u, 101u}) {
-        MediaBuffer* buffer = new MediaBuffer(size);
-        EXPECT_EQ(buffer->data() == nullptr, size > 100);
-        EXPECT_EQ(buffer->size(), size);
-        buffer->release();
-    }
-}
-
 // Metadata objects are used again; nobody may notice.
 TEST(MediaBuffer, MetadataThatSomebodyStillHoldsIsNotUsedAgain) {
     MediaBuffer* buffer = new MediaBuffer(1);

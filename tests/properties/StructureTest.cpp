@@ -87,32 +87,6 @@ TEST(Structure, Sizes) {
     CheckRows(rows);
 }
 
-TEST(Structure, UnknownSizesOfEveryWidth) {
-    for (int width = 1; width <= 8; ++width) {
-        const Row rows[] = {
-            {"Cluster", Movie({Cluster(0, {kBlock}).UnknownSize(width), Cluster(40, {kBlock})}),
-             "1 track, 2 units"},
-            {"Segment",
-             Whole({EbmlHeader(),
-                    Segment({Info(1), Tracks({Mpeg2Track()}), Cluster(0, {kBlock})}).UnknownSize(width)}),
-             "1 track, 1 unit"},
-            // What an unknown size stands for is the rest of the file.
-            {"block", Movie({Cluster(0, {kBlock.UnknownSize(width)}), Cluster(40, {kBlock})}),
-             "1 track, 2 units"},
-            {"Void", Movie({Bin(id::kVoid, {}).UnknownSize(width), Cluster(40, {kBlock})}),
-             "1 track, 0 units"},
-            {"codec private", WithTrack({Private({}).UnknownSize(width)}), "1 track, 1 unit"},
-        };
-        SCOPED_TRACE(width);
-        CheckRows(rows);
-        Row hidden[] = {
-            {"Cluster, length unknown", rows[0].file, rows[0].outcome, Size::kHidden},
-            {"Segment, length unknown", rows[1].file, rows[1].outcome, Size::kHidden},
-            {"block, length unknown", rows[2].file, "1 track, 1 unit; beyond_source 1", Size::kHidden}};
-        CheckRows(hidden);
-    }
-}
-
 TEST(Structure, BlocksPastWhatHoldsThem) {
     const Row rows[] = {
         {"no byte", WithBlocks({Bin(id::kSimpleBlock, {}), kBlock}), "1 track, 1 unit"},
@@ -252,24 +226,6 @@ TEST(Structure, DepthAndNumber) {
     CheckRows(rows);
 }
 
-TEST(Structure, TrackNumbers) {
-    const auto file = [](const std::vector<uint64_t>& numbers) {
-        Elements tracks;
-        for (const uint64_t number : numbers) tracks.push_back(Mpeg2Track(number));
-        return Whole({EbmlHeader(), Segment({Info(1), Tracks(tracks), Cluster(0, {kBlock})})});
-    };
-    const Row rows[] = {
-        {"one twice", file({1, 1}), "2 tracks, 2 units"},
-        {"zero", file({0, 1}), "2 tracks, 1 unit"},
-        {"only zero", file({0}), "1 track, 0 units"},
-        {"2^32+1", file({(1ull << 32) + 1}), "1 track, 1 unit"},
-        {"2^40", file({1ull << 40, 1}), "2 tracks, 1 unit"},
-        {"2^64-1", file({UINT64_MAX}), "1 track, 0 units"},
-        {"a hundred of one number", file(std::vector<uint64_t>(100, 1)), "100 tracks, 8 units"},
-    };
-    CheckRows(rows);
-}
-
 TEST(Structure, SeekHeadsAndCues) {
     const auto seek = [](uint32_t elementId, uint64_t position) {
         return Master(id::kSeek, {IdValue(id::kSeekId, elementId), Uint(id::kSeekPosition, position, 8)});
@@ -335,31 +291,6 @@ TEST(Structure, SeekHeadsAndCues) {
                          Cluster(0, {kBlock, Cluster(40, {kBlock}).UnknownSize(1)}).UnknownSize(1)})
                     .UnknownSize(1)}),
          "1 track, 2 units"},
-    };
-    CheckRows(rows);
-}
-
-TEST(Structure, NumbersAtTheirEnds) {
-    const double inf = std::numeric_limits<double>::infinity();
-    const auto file = [](const Element& info, uint64_t clusterTime, int16_t blockTime) {
-        return Whole({EbmlHeader(),
-                      Segment({info, Tracks({Mpeg2Track()}),
-                               Cluster(clusterTime, {SimpleBlock(1, blockTime, kKeyFrame, Hex("AA"))}),
-                               Cluster(clusterTime, {BlockGroup(1, blockTime, Hex("BB"),
-                                                                {Uint(id::kBlockDuration, UINT64_MAX)})})})});
-    };
-    const Row rows[] = {
-        {"duration not a number", file(Info(std::nan("")), 0, 0), "1 track, 2 units"},
-        {"endless", file(Info(inf), 0, 0), "1 track, 2 units"},
-        {"negative", file(Info(-1), 0, 0), "1 track, 2 units"},
-        {"negative endless", file(Info(-inf), 0, 0), "1 track, 2 units"},
-        {"as large as there is", file(Info(std::numeric_limits<double>::max()), 0, 0), "1 track, 2 units"},
-        {"scale 0", file(Info(1000, 0), 5, 5), "1 track, 2 units"},
-        {"scale 2^64-1", file(Info(1000, UINT64_MAX), 5, 5), "1 track, 2 units"},
-        {"scale 2^64-1, duration endless", file(Info(inf, UINT64_MAX), 5, 5), "1 track, 2 units"},
-        {"Cluster at 2^64-1", file(Info(1000), UINT64_MAX, 32767), "1 track, 2 units"},
-        {"block at -32768 in a Cluster at 0", file(Info(1000), 0, -32768), "1 track, 2 units"},
-        {"everything at once", file(Info(inf, UINT64_MAX), UINT64_MAX, -32768), "1 track, 2 units"},
     };
     CheckRows(rows);
 }

@@ -108,26 +108,6 @@ TEST(Threads, SourcesOnThreadsReadWhatTheyReadAlone) {
     for (size_t i = 0; i < kTracks; ++i) EXPECT_EQ(alone[i], together[i]) << "track " << i;
 }
 
-// The last reference to the extractor goes on whichever thread is last.
-TEST(Threads, SourcesMayBeLetGoOnTheirThreads) {
-    const SilentLog silence;
-    for (int round = 0; round < 20; ++round) {
-        sp<MediaExtractor> extractor = OpenFile();
-        std::vector<std::thread> threads;
-        for (size_t i = 0; i < kTracks; ++i) {
-            sp<MediaSource> source = extractor->getTrack(i);
-            threads.emplace_back([source]() mutable {
-                source->start(nullptr);
-                Unit unit;
-                for (int reads = 0; reads < 5; ++reads) ReadUnit(source, &unit);
-                source.clear();
-            });
-        }
-        extractor.clear();
-        for (std::thread& thread : threads) thread.join();
-    }
-}
-
 // Subtitles arrive through another track's reads while their own source is asked for them: each event comes
 // once, whatever the order.
 TEST(Threads, SubtitlesAreDrainedWhileTheyArrive) {

@@ -184,27 +184,6 @@ TEST(Document, EveryCuesElementIsReadButOneOfChapters) {
     EXPECT_EQ("tracks 1 seekheads 1 cues 2 chapters 1 attachments 0", Loaded(open));
 }
 
-TEST(Document, Defaults) {
-    InitialisedFile open(Write(
-        {EbmlHeader(), Segment({Master(id::kInfo, {Str(id::kTitle, "t")}),
-                                Master(id::kTracks, {Master(id::kTrackEntry, {Uint(id::kTrackNumber, 1)}),
-                                                     Track(2, 1, "V", {Video(16, 9)})})})}));
-    const reader::Info& info = open.Model().Info;
-    EXPECT_EQ(1000000u, info.TimecodeScale.Get());
-    EXPECT_TRUE(info.TimecodeScale.IsSet());
-    EXPECT_FALSE(info.Duration.IsSet());
-    const reader::TrackEntry& track = *open.file.FindTrack(1);
-    EXPECT_EQ(1u, track.FlagEnabled.Get());
-    EXPECT_EQ(1u, track.FlagDefault.Get());
-    EXPECT_EQ(1u, track.FlagLacing.Get());
-    EXPECT_EQ(8000.0, track.Audio.SamplingFrequency.Get());
-    EXPECT_TRUE(track.Audio.SamplingFrequency.IsSet());
-    EXPECT_EQ(1u, track.Audio.Channels.Get());
-    EXPECT_EQ(0.0, track.TrackTimecodeScale.Get());
-    EXPECT_EQ(0u, track.ParsedParts);
-    EXPECT_EQ(1u, open.file.FindTrack(2)->ParsedParts);  // Video was there, Audio was not
-}
-
 TEST(Document, ACuePositionNamesItsReferences) {
     const auto referring = [](uint64_t time) {
         return Master(id::kCueTrackPositions, {Master(id::kCueReference, {Uint(id::kCueRefTime, time)})});

@@ -19,16 +19,6 @@ std::string Walk(const sp<CMatroskaNode>& parent) {
     return out.str();
 }
 
-TEST(Node, TheRootIsTheWholeFile) {
-    OpenFile open(Bytes(10));
-    const sp<CMatroskaNode> root = open.Root();
-    EXPECT_EQ(0u, root->Id());
-    EXPECT_EQ(10u, root->Size());
-    EXPECT_EQ(0u, root->DataStart());
-    EXPECT_EQ(10, root->GetLength());
-    EXPECT_EQ(0u, open.source->Reads());
-}
-
 TEST(Node, WalksChildrenInFileOrderWhateverTheWidthOfTheirSizes) {
     const Document file = Write({Master(
         id::kInfo, {Uint(id::kTimecodeScale, 5).SizeWidth(8).Label("a"),

@@ -69,6 +69,19 @@ def test_every_help_ends_with_an_example_that_is_understood(mkvx, binary, sample
             assert run.returncode in ((0, 1) if '/media' in example else (0,)), (example, run.stderr)
 
 
+def test_manual_and_completion_tell_what_the_help_tells(mkvx):
+    """Every command, and every option of each; the manual is one that groff has nothing to say of."""
+    commands = re.findall(r'^  (\w+) ', mkvx('--help').out.split('Subcommands:')[1].split('Exit codes:')[0], re.M)
+    manual = mkvx('help', '--man').out
+    done = subprocess.run(['groff', '-man', '-Tutf8', '-ww', '-z'], input=manual, capture_output=True, text=True)
+    assert (done.returncode, done.stderr) == (0, '')
+    forms = [manual.replace('\\-', '-'), mkvx('help', '--completion', 'bash').out, mkvx('help', '--completion', 'zsh').out]
+    for command in commands:
+        options = set(re.findall(r'(?<![\w-])--[a-z-]+', mkvx(command, '--help').out.split('Example:')[0]))
+        assert [word for form in forms for word in {command, *options} - {'--help'} if word not in form] == [], command
+    assert subprocess.run(['bash', '-n'], input=forms[1], text=True).returncode == 0
+
+
 # Bytes of the sample: within its Clusters, of which opening reads nothing, and within its head.
 MEDIA, HEAD = range(100000, 170000), range(4096, 8192)
 
@@ -111,12 +124,13 @@ def test_interruption(binary, mkvx, sample, serve, tmp_path, args, gate, shape):
     assert (0 < saved.stat().st_size < whole_size) if shape == 'file' else not saved.exists()
 
 
-def test_interruption_while_standard_input_is_awaited(binary):
+@pytest.mark.parametrize('asked', [signal.SIGINT, signal.SIGTERM])
+def test_interruption_while_standard_input_is_awaited(binary, asked):
     with subprocess.Popen([binary, 'info', '-'], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as run:
         run.stdin.write(b'\x1a')
         run.stdin.flush()
         until(lambda: fcntl.ioctl(run.stdin, termios.FIONREAD, bytes(4)) == bytes(4))     # it was taken
-        run.send_signal(signal.SIGINT)
+        run.send_signal(asked)
         assert run.wait(60) == 130
         assert run.stdout.read() == b'' and run.stderr.read() == b'mkvx: standard input: interrupted after 1 byte\n'
 

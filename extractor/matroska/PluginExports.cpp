@@ -41,7 +41,7 @@ bool Sniffer(const sp<DataSource>& source, String8* mimeType, float* confidence,
     MatroskaExtReader::CMatroskaFile file(source);
     const sp<MatroskaExtReader::CMatroskaNode> root = new MatroskaExtReader::CMatroskaNode(&file);
     const MatroskaExtReader::CMatroskaFile::Opening opening(&file);
-    (void)file.Parse(root.get());  // from here on the file is claimed, whatever the parse found
+    (void)file.ParseHeader(root.get());  // from here on the file is claimed, whatever the parse found
     mimeType->setTo(MEDIA_MIMETYPE_CONTAINER_MATROSKA_EXT);
     const bool isWebm = strcmp(file.Header.DocType.c_str(), "webm") == 0;
     if (isWebm) {

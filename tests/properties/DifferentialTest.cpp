@@ -2,6 +2,7 @@
 // and the order of reading, they must deliver what a plain walk delivers that does neither.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -220,6 +221,46 @@ TEST(Differential, Seeks) {
             EXPECT_EQ(Difference(plain, readers.Of(track)), "")
                 << shape.name << ", track " << tracks[track] << ", seek to " << target;
         }
+    }
+}
+
+// A grid over every track of a file, which may be a real one.
+void ExpectSameOnAGridOfSeeks(const std::string& name, const Bytes& bytes) {
+    constexpr int kSeeks = 40;
+    constexpr size_t kUnitsAfter = 4;
+    const std::vector<uint32_t> tracks = TracksOf(bytes);
+    Readers readers(bytes, tracks);
+    for (size_t i = 0; i < tracks.size(); ++i) {
+        MatroskaExtReader::CMatroskaFile file(new FaultySource(bytes));
+        OpenWithIndex(&file);
+        PlainWalk walk(&file, tracks[i]);
+        const auto durationUs = static_cast<int64_t>(file.Segment.GetDuration() / 1000);
+        for (int n = 0; n < kSeeks; ++n) {
+            const int64_t target = durationUs / kSeeks * n + n;
+            Deliveries plain = walk.FromTime(target);
+            if (plain.size() > kUnitsAfter) plain.resize(kUnitsAfter);
+            android::MediaSource::ReadOptions options;
+            options.setSeekTo(target);
+            readers.Restart(i);
+            bool more = readers.Read(i, &options);
+            while (more && readers.Of(i).size() < kUnitsAfter) more = readers.Read(i);
+            EXPECT_EQ(Difference(plain, readers.Of(i)), "")
+                << name << ", track " << tracks[i] << ", seek to " << target;
+        }
+    }
+}
+
+// MKVX_TEST_FILES may name a folder of more files.
+TEST(Differential, AGridOfSeeks) {
+    for (const Oddity& file : Oddities()) ExpectSameOnAGridOfSeeks(file.name, file.bytes);
+    const char* more = std::getenv("MKVX_TEST_FILES");
+    if (more == nullptr) return;
+    for (const auto& entry : std::filesystem::directory_iterator(more)) {
+        if (!entry.is_regular_file()) continue;
+        std::ifstream input(entry.path(), std::ios::binary);
+        const Bytes bytes{std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
+        ExpectSameOnAGridOfSeeks(entry.path().filename().string(), bytes);
+        ExpectSameInEveryOrder(entry.path().filename().string(), bytes);
     }
 }
 

@@ -36,13 +36,18 @@ void OpenWithIndex(reader::CMatroskaFile* file) {
 PlainWalk::PlainWalk(reader::CMatroskaFile* file, uint32_t trackNumber)
     : mFile(file), mTrackNumber(trackNumber), mTrack(file->FindTrack(trackNumber)) {
     if (file->SegmentNode() == nullptr) return;
-    sp<reader::CMatroskaNode> cluster = file->SegmentNode()->Child(id::kCluster, true);
-    while (cluster != nullptr) {  // bounded: every step moves forward
+    WalkFrom(file->SegmentNode()->Child(id::kCluster, true));
+}
+
+void PlainWalk::WalkFrom(sp<reader::CMatroskaNode> cluster) {
+    if (cluster == nullptr) return;
+    for (;;) {  // bounded: every step moves forward
         mClusters.emplace_back();
-        mClusters.back().position = cluster->HeaderStart() - file->Segment.DataStart;
+        mClusters.back().position = cluster->HeaderStart() - mFile->Segment.DataStart;
         WalkCluster(*cluster);
         if (!cluster->Next(true)) break;
     }
+    mClusters.back().isLast = true;
 }
 
 void PlainWalk::WalkCluster(const reader::CMatroskaNode& node) {
@@ -120,14 +125,20 @@ Deliveries PlainWalk::From(size_t cluster, size_t block) const {
             const Deliveries& more = mClusters[cluster].blocks[block].deliveries;
             all.insert(all.end(), more.begin(), more.end());
         }
+        if (mClusters[cluster].isLast) break;
     }
     return all;
 }
 
-size_t PlainWalk::FindCluster(uint64_t position) const {
+size_t PlainWalk::FindCluster(uint64_t position) {
     for (size_t i = 0; i < mClusters.size(); ++i)
         if (mClusters[i].position == position) return i;
-    return kNone;
+    mFile->SeekTo(mFile->Segment.DataStart + position);
+    const sp<reader::CMatroskaNode> node = new reader::CMatroskaNode(mFile->SegmentNode());
+    if (node->Id() != id::kCluster) return kNone;
+    const size_t first = mClusters.size();
+    WalkFrom(node);
+    return first;
 }
 
 // The Cluster's first key frame, unless another frame behind the target comes first: then, and at the
@@ -146,7 +157,7 @@ bool PlainWalk::FindKeyBlock(const Cluster& cluster, int64_t timeUs, size_t* pla
 // Every cued Cluster at or before the target is tried, the latest point first. When none has a key frame,
 // reading goes on behind what was looked at in the one tried last, or at the start of the file if that was no
 // Cluster.
-Deliveries PlainWalk::FromTime(int64_t timeUs) const {
+Deliveries PlainWalk::FromTime(int64_t timeUs) {
     const uint64_t durationUs = mFile->Segment.GetDuration() / 1000;
     if (static_cast<uint64_t>(timeUs) >= durationUs) return {};
     if (timeUs <= 0) return All();

@@ -37,7 +37,7 @@ class PlainWalk {
 
     Deliveries All() const { return From(0, 0); }
     // What follows a seek to `timeUs`.
-    Deliveries FromTime(int64_t timeUs) const;
+    Deliveries FromTime(int64_t timeUs);
 
   private:
     struct Block {
@@ -48,6 +48,7 @@ class PlainWalk {
     struct Cluster {
         uint64_t position;      // from the Segment's data start
         bool hasBlock = false;  // of any track
+        bool isLast = false;    // of its walk
         std::vector<Block> blocks;
     };
     static constexpr size_t kNone = SIZE_MAX;
@@ -58,14 +59,15 @@ class PlainWalk {
     Delivery DeliverOnce(MatroskaExtReader::BlockGroup& group, MatroskaExtReader::CMatroskaNode* node) const;
     int64_t TimeOf(const MatroskaExtReader::BlockGroup& group) const;
     Deliveries From(size_t cluster, size_t block) const;
-    size_t FindCluster(uint64_t position) const;
+    void WalkFrom(android::sp<MatroskaExtReader::CMatroskaNode> cluster);
+    size_t FindCluster(uint64_t position);
     bool FindKeyBlock(const Cluster& cluster, int64_t timeUs, size_t* place) const;
 
     MatroskaExtReader::CMatroskaFile* mFile;
     uint32_t mTrackNumber;
     const MatroskaExtReader::TrackEntry* mTrack;
     uint64_t mTimecode = 0;
-    std::vector<Cluster> mClusters;
+    std::vector<Cluster> mClusters;  // of the walk from the start, and of those from what Cues alone lead to
 };
 
 }  // namespace testing_support

@@ -67,14 +67,14 @@ TEST(Source, WhatGetSizeSays) {
     }
 }
 
-// A size that getSize makes possible is believed only as far as it costs little.
+// What the model keeps is bounded, also where getSize makes more possible.
 TEST(Source, ASizeThatLiesCostsNoMemory) {
     const uint64_t claimed = 3ull << 30;
     const Document file =
         Write({EbmlHeader(),
                Segment({Info(1000),
                         Master(id::kTracks, {Mpeg2Track(1, {Private(Bytes(4)).DeclaredSize(claimed / 2)})}),
-                        Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("AA")).DeclaredSize(claimed / 2)})})});
+                        Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("AA")).DeclaredSize(claimed)})})});
     Faults faults;
     faults.claimSize = true;
     faults.claimedSize = static_cast<off64_t>(claimed);

@@ -254,6 +254,17 @@ TEST(Block, SizesPastTheClusterAreReadWholeAndPastTheSourceRefused) {
     }
 }
 
+TEST(Block, ALargeFrameIsReadInOneGoWhereTheLengthIsKnown) {
+    for (const bool isKnown : {true, false}) {
+        Faults faults;
+        if (!isKnown) faults.sizeStatus = android::UNKNOWN_ERROR;
+        OneBlock one(Mpeg2Track(), SimpleBlock(1, 0, 0, Bytes(3 << 20)), faults);
+        const uint64_t before = one.source->Reads();
+        EXPECT_EQ(size_t{6} << 20, one.Deliver().size());
+        EXPECT_EQ(isKnown ? 1u : 2u, one.source->Reads() - before);
+    }
+}
+
 TEST(Block, OnTheStrippingPathReadNeedsTheSizesFirst) {
     OneBlock one(EncodedTrack({Encoding(0, 0, 3, Hex("1122"))}), SimpleBlock(1, 0, 0, Hex("010203")));
     EXPECT_EQ("", one.DeliverInto(100));

@@ -145,6 +145,59 @@ TEST(Document, HowMuchOfTheSegmentIsRead) {
     }
 }
 
+TEST(Document, TheHeadEndsAtAClusterThatIsNotPassed) {
+    const Element unsized = FirstCluster().UnknownSize(), cues = Cues("cluster").Label("cues");
+    const struct {
+        const char* name;
+        Elements children;
+        bool cachesNetwork;
+        const char* loaded;
+    } rows[] = {
+        {"of unknown size", {Info(1), Tracks(), unsized, cues}, false, "tracks 1 seekheads 0 cues 0"},
+        {"of unknown size, in front of all",
+         {unsized, Info(1), Tracks()},
+         false,
+         "tracks 0 seekheads 0 cues 0"},
+        {"over a network", {Info(1), Tracks(), FirstCluster(), cues}, true, "tracks 1 seekheads 0 cues 0"},
+        {"over a network, Tracks behind it",
+         {Info(1), FirstCluster(), Tracks(), Cluster(1, {}), cues},
+         true,
+         "tracks 1 seekheads 0 cues 0"},
+        {"over a network, listed",
+         {SeekHead({{id::kCues, "cues"}}), Info(1), Tracks(), FirstCluster(), cues},
+         true,
+         "tracks 1 seekheads 1 cues 1"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Document file = Write({EbmlHeader(), Segment(row.children)});
+        Faults faults;
+        faults.recordCalls = true;
+        if (row.cachesNetwork) faults.flags = android::DataSource::kIsCachingDataSource;
+        OpenFile open(file.bytes, faults);
+        EXPECT_EQ(kOk, open.file.Init());
+        EXPECT_EQ(std::string(row.loaded) + " chapters 0 attachments 0", Loaded(open));
+        EXPECT_FALSE(open.source->Touched(file.DataOf("cluster"), file.EndOf("cluster")));
+    }
+}
+
+TEST(Document, EveryListedCuesElementIsReadOnceInTheOrderListed) {
+    auto cuesAt = [](uint64_t time) { return Master(id::kCues, {CuePoint(time, 1, "cluster")}); };
+    const Document file =
+        Write({EbmlHeader(), Segment({SeekHead({{id::kCues, "far"},
+                                                {id::kCues, "cluster"},
+                                                {id::kCues, "near"},
+                                                {id::kCues, "next"},
+                                                {id::kCues, "near"}}),
+                                      Info(1), Tracks(), cuesAt(1).Label("near"), Bin(id::kVoid, Bytes(3)),
+                                      cuesAt(2).Label("next"), FirstCluster(), cuesAt(3).Label("far"),
+                                      Cluster(1, {}), cuesAt(4)})});
+    InitialisedFile open(file);
+    std::string times;
+    for (const auto& cue : open.Model().Cues) times += std::to_string(cue->Points.at(0).CueTime) + " ";
+    EXPECT_EQ("3 1 2 ", times);
+}
+
 TEST(Document, ASeekHeadBehindTheClustersIsFollowed) {
     const Document file =
         Write({EbmlHeader(),

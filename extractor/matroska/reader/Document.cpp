@@ -20,12 +20,20 @@ HeaderVerdict JudgeHeader(const EBML& header) {
 }
 
 Result CMatroskaFile::Parse(CMatroskaNode* root) {
+    return WalkTopLevel(root, true);
+}
+
+Result CMatroskaFile::ParseHeader(CMatroskaNode* root) {
+    return WalkTopLevel(root, false);
+}
+
+Result CMatroskaFile::WalkTopLevel(CMatroskaNode* root, bool entersSegments) {
     bool isRejected = false;
     const Result result = VisitChildren(root, [&](CMatroskaNode* child) {
         if (child->Id() == id::kEbml) {
             (void)Header.Parse(child);
             isRejected = JudgeHeader(Header) != HeaderVerdict::kReadable;
-        } else if (child->Id() == id::kSegment && Segment.Info.SegmentUID.empty()) {
+        } else if (child->Id() == id::kSegment && entersSegments && Segment.Info.SegmentUID.empty()) {
             // Deliberate: a Segment without a UID lets a later one add to the same model, one with a UID does
             // not.
             if (Admit(Kept::kSegment, child)) (void)Segment.ParseMinimal(child);

@@ -12,6 +12,7 @@ CMatroskaFile::CMatroskaFile(const android::sp<android::DataSource>& source)
       mPosition(0),
       mLength(kMaxPosition),
       mHasKnownLength(false),
+      mCachesNetwork((source->flags() & android::DataSource::kIsCachingDataSource) != 0),
       mMasterTrack(1),
       mKeptBytes(0) {
     off64_t length = 0;
@@ -81,7 +82,7 @@ bool CMatroskaFile::Admit(Kept kind, const CMatroskaNode* node) {
 bool CMatroskaFile::AdmitBytes(uint64_t position, uint64_t size) {
     // Elements of a sound file do not overlap, so all of them together fit the file.
     const uint64_t bound = mHasKnownLength
-                               ? std::min(limit::kKeptBytes, AddSaturating(mLength, limit::kUnprobedBytes))
+                               ? std::min(limit::kKeptBytes, AddSaturating(mLength, limit::kKeptBeyondLength))
                                : limit::kKeptBytes;
     if (size > bound - mKeptBytes) {
         Losses.Add(LossKind::kLimit, position, size);

@@ -52,8 +52,8 @@ constexpr uint32_t kMostKept[] = {
 constexpr uint64_t kKeptBytes = 32u << 20;
 constexpr uint64_t kStringBytes = 16u << 20;
 
-// Beyond this many bytes a declared size is believed only after the payload's last byte could be read.
-constexpr uint64_t kUnprobedBytes = 1u << 20;
+// What they may take together beyond the length of the file.
+constexpr uint64_t kKeptBeyondLength = 1u << 20;
 
 // What a frame may grow to when its encoding is undone, and all frames of one block together. While a file is
 // being opened a block of few bytes that claims to hold very many is not looked into.

@@ -539,6 +539,7 @@ class Segment {
     int ParseHead(CMatroskaNode* node);
     void FollowSeekHeads(CMatroskaNode* node);
     void ParseBehindClusters(CMatroskaNode* node);
+    void ParseListedCues(CMatroskaNode* node);
 };
 
 }  // namespace MatroskaExtReader

@@ -71,14 +71,15 @@ class CMatroskaFile {
     // Of the source, as navigation takes it; see HasKnownLength.
     uint64_t Length() const { return mLength; }
     bool HasKnownLength() const { return mHasKnownLength; }
+    // The source says that it caches what it fetches over a network: no walk goes over its Clusters.
+    bool CachesNetwork() const { return mCachesNetwork; }
     uint64_t LeftInFile() const { return mLength > mPosition ? mLength - mPosition : 0; }
-    // Can the source deliver `size` bytes from `position`? May read one byte; leaves the position alone.
+    // Can the source deliver `size` bytes from `position`? Reads one byte where the length is not known;
+    // leaves the position alone.
     bool CanDeliver(uint64_t position, uint64_t size) const {
         if (position > kMaxPosition || size > kMaxPosition - position) return false;
-        if (mHasKnownLength && position + size > mLength) return false;
-        if (size == 0 || (mHasKnownLength && size <= limit::kUnprobedBytes)) return true;
-        // What getSize says may be wrong, and without it nothing is known: the far end has to answer.
-        return FarEndAnswers(position, size);
+        if (mHasKnownLength) return position + size <= mLength;
+        return size == 0 || FarEndAnswers(position, size);
     }
 
     // While one lives, the file is being opened: what that may ask of the source is bounded (see
@@ -99,6 +100,8 @@ class CMatroskaFile {
     // ---- document ----
     // The EBML header and the head of every Segment below `root`.
     Result Parse(CMatroskaNode* root);
+    // The EBML header alone, with the same verdict: Segments are stepped over.
+    Result ParseHeader(CMatroskaNode* root);
     // Opens the document: Parse, the Segment node, the facts of every track, the master track.
     Result Init();
     uint32_t GetTrackCnt() const;
@@ -143,6 +146,7 @@ class CMatroskaFile {
   private:
     friend class ChildWalk;
 
+    Result WalkTopLevel(CMatroskaNode* root, bool entersSegments);
     void IndexTracks();
     bool FarEndAnswers(uint64_t position, uint64_t size) const;
     bool MayAsk() const;
@@ -164,6 +168,7 @@ class CMatroskaFile {
     uint64_t mFailedReads = 0;
     uint64_t mLength;
     bool mHasKnownLength;
+    bool mCachesNetwork;
     android::sp<CMatroskaNode> mSegmentNode;
     uint32_t mMasterTrack;
     std::vector<IndexItem> mIndex;                              // ascending by Time

@@ -1,4 +1,6 @@
 // The Segment: its full and its minimal walk, SeekHead, Info, and what is answered from them.
+#include <set>
+
 #include "matroska/reader/MatroskaReader.h"
 #include "matroska/reader/ParseChildren.h"
 
@@ -86,14 +88,17 @@ Result Segment::ParseMinimal(CMatroskaNode* node) {
 }
 
 // Reads Info, SeekHead and Tracks where they come before the Clusters, and Cues met on the way. Answers how
-// many of the three kinds it read. The walk ends early once three were read and Tracks is among them.
+// many of the three kinds it read. The walk ends early once three were read and Tracks is among them, at a
+// Cluster of unknown size, which runs to its parent's end, and behind Info and Tracks at any Cluster where
+// each step over one would be fetched.
 int Segment::ParseHead(CMatroskaNode* node) {
     int count = 0;
-    bool hasTracks = false;
+    bool hasInfo = false, hasTracks = false;
     (void)VisitChildren(node, [&](CMatroskaNode* child) {
         switch (child->Id()) {
             case id::kInfo:
                 (void)Info.Parse(child);
+                hasInfo = true;
                 ++count;
                 break;
             case id::kSeekHead:
@@ -107,6 +112,10 @@ int Segment::ParseHead(CMatroskaNode* node) {
                 break;
             case id::kCues:
                 (void)ParseCues(child);
+                break;
+            case id::kCluster:
+                if (child->HasUnknownSize()) return false;
+                if (child->File()->CachesNetwork() && hasInfo && hasTracks) return false;
                 break;
             default:
                 break;
@@ -133,16 +142,31 @@ void Segment::FollowSeekHeads(CMatroskaNode* node) {
 // Cues, Chapters and Attachments, where they were not met yet and the SeekHead leads to them.
 void Segment::ParseBehindClusters(CMatroskaNode* node) {
     AutoPtr<CMatroskaNode> child;
-    if (Cues.isEmpty() && (child = node->Child(id::kCues, false)) != nullptr) {
-        do {  // bounded: every step moves forward
-            (void)ParseCues(child.get());
-        } while (child->Next(true));
-    }
+    if (Cues.isEmpty()) ParseListedCues(node);
     if (Chapters.isEmpty() && (child = node->Child(id::kChapters, false)) != nullptr) {
         (void)Chapters.Parse(child.get());
     }
     if (Attachments.isEmpty() && (child = node->Child(id::kAttachments, false)) != nullptr) {
         (void)Attachments.Parse(child.get());
+    }
+}
+
+// The Cues that SeekHeads list, each with those that follow it before a Cluster. None is read twice.
+void Segment::ParseListedCues(CMatroskaNode* node) {
+    std::set<uint64_t> parsed;  // header starts
+    for (const AutoPtr<Seek>& list : SeekHeads) {
+        for (const AutoPtr<SeekHead>& entry : list->Entries) {
+            const uint64_t position = AddWrapping(entry->SeekPosition.Get(), DataStart);
+            const bool isCues = static_cast<uint32_t>(entry->SeekID.Get()) == id::kCues;
+            if (!isCues || position > kMaxPosition || parsed.count(position) != 0) continue;
+            node->File()->SeekTo(position);
+            const AutoPtr<CMatroskaNode> child = new CMatroskaNode(node);
+            if (child->Id() != id::kCues) continue;
+            do {  // bounded: every step moves forward
+                const bool isNew = child->Id() == id::kCues && parsed.insert(child->HeaderStart()).second;
+                if (isNew) (void)ParseCues(child.get());
+            } while (child->Next(false) && child->Id() != id::kCluster);
+        }
     }
 }
 

@@ -58,8 +58,8 @@ def test_frames_ends_each_track_early(mkvx, film):
 
 
 @pytest.mark.parametrize('arguments, code, said', [
-    (['--track', '2'], 2, 'track 2 holds subtitles'),
-    (['--track', '7'], 2, 'there is no track 7, the file offers 3'),
+    (['--track', '2'], 2, 'index 2 holds subtitles'),
+    (['--track', '7'], 2, 'there is no index 7, the file offers 3'),
     (['--frames', '0'], 2, '--frames'),
     (['--frames', '1', '--track', '1', '-o', 'never.png'], 1, 'no picture was decoded at or after'),
     (['-o', '/nowhere/x.png'], 1, '/nowhere/x.png: cannot be written: No such file or directory'),

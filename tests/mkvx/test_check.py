@@ -95,7 +95,7 @@ CASES = {
     'vorbis-long': (film(craft.audio(1, 'A_VORBIS', craft.private(VORBIS_LONG))), 'stops_the_media_process',
                     {'vorbis_headers': ('fatal', '255 bytes or more'), 'stops_at_opening': ('fatal', 'CHECK(')}),
     'subtitle-number': (film(avc(), craft.audio(2, 'A_OPUS'), craft.subtitle(3)), 'plays_with_losses',
-                        {'unknown_codec_id': ('loss', ''), 'subtitle_number': ('mute', 'at index 1 this one, number 3, gets none')}),
+                        {'unknown_codec_id': ('loss', ''), 'subtitle_number': ('mute', 'at index 1 this one, track number 3, gets none')}),
     'no-master': (film(craft.video(1, 'V_VP8'), craft.subtitle(2)), 'nothing_plays',
                   {'unmapped_tag': ('loss', ''), 'no_master': ('mute', 'number 1')}),
     'merged': (film(avc(), craft.subtitle(2, 'S_TEXT/ASS'), blocks=EVENTS), 'plays_with_losses',
@@ -219,7 +219,7 @@ def test_evidence_and_remedy(report):
     assert dropped['evidence'] == {'element': 'CodecID', 'offset': data.index(craft.text(0x86, 'A_OPUS')), 'size': 6,
                                    'bytes': b'A_OPUS'.hex()}
     assert dropped['remedy'].startswith('ffmpeg -i ') and '-c:a:0 aac' in dropped['remedy']
-    assert checked['reason'].startswith('no sound: track 2: ')
+    assert checked['reason'].startswith('no sound: track number 2: ')
     numbers = next(f for f in report['files'] if f['file'].endswith('/subtitle-number.mkv'))
     assert '-map 0:0 -map 0:2' in next(f['remedy'] for f in findings(numbers) if f['code'] == 'subtitle_number')
 

@@ -23,7 +23,8 @@ def sentence(run):
 
 @pytest.mark.parametrize('args', [
     ['frobnicate', 'x.mkv'], ['info'], ['info', '--format', 'yaml', 'x.mkv'], ['packets', '--limit', '0', 'x.mkv'],
-    ['packets', '--track', 'one', 'x.mkv'], ['info', '--log', 'loud', 'x.mkv'], ['info', '--no-such-option', 'x.mkv'],
+    *[['packets', f'--track={choice}', 'x.mkv'] for choice in ['one', '-1', '#', '#x', '1 ', '99999999999999999999']],
+    ['info', '--log', 'loud', 'x.mkv'], ['info', '--no-such-option', 'x.mkv'],
     *[['seek', 'x.mkv', '--to', time] for time in ('', 'soon', '1:2', '00:60:00', '00:00:60', '1:2:3.1234567', '99999999999999999999')],
     ['bench', 'mux', 'x.mkv'], ['bench', 'open', '--source', 'tape', 'x.mkv'],
 ], ids=' '.join)
@@ -173,10 +174,19 @@ def test_nothing_to_use(mkvx, write, command, data):
     assert command == ['bench', 'demux'] or run.out == ''
 
 
-def test_track_that_is_not_there(mkvx, sample):
-    run = mkvx('packets', '--track', '3', sample)
+@pytest.mark.parametrize('choice, told', [('3', 'there is no index 3'), ('#4', 'no offered track has the track number 4')])
+def test_track_that_is_not_there(mkvx, sample, choice, told):
+    run = mkvx('packets', '--track', choice, sample)
     assert run.code == 2 and run.out == ''
-    assert str(sample) in sentence(run)
+    assert str(sample) in sentence(run) and told in run.err
+
+
+@pytest.mark.parametrize('command', [['packets'], ['seek', '--to', '0'], ['late', '--at', '1', '--by', '1'],
+                                     ['extract', '-o', '/dev/null', '--format', 'json'], ['decode', '--frames', '1']],
+                         ids=lambda command: command[0])
+def test_track_by_its_number(mkvx, sample, command):
+    by_index, by_number = (mkvx(*command, '--track', choice, sample) for choice in ['1', '#2'])
+    assert by_number.code == 0 and by_number.out == by_index.out != ''
 
 
 @pytest.mark.parametrize('make', [lambda write: '/no/such/plugin.so', lambda write: write('text.so', b'no library'),

@@ -54,7 +54,7 @@ def test_laced_block(mkvx, write):
     block = find(mkvx('tree', '--format', 'json', path), 'SimpleBlock')[0]['block']
     assert block == {'track': 1, 'timecode': -5, 'time_us': 995000, 'flags': 0x82, 'key': True, 'lacing': 'xiph',
                      'frames': [3, 255, 2]}
-    assert 'track 1, -5 (00:00:00.995), key, Xiph lacing, 3 frames: 3 255 2 B' in mkvx('tree', path).out
+    assert 'track number 1, -5 (00:00:00.995), key, Xiph lacing, 3 frames: 3 255 2 B' in mkvx('tree', path).out
 
 
 def damaged():

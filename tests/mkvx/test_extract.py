@@ -9,7 +9,7 @@ import pytest
 
 
 @pytest.mark.parametrize('track, out, code, told', [
-    ('9', 'x', 2, 'there is no track 9'), ('0', 'film.mkv', 2, 'the file to read'), ('0', 'no/such/folder', 1, 'No such file'),
+    ('9', 'x', 2, 'there is no index 9'), ('0', 'film.mkv', 2, 'the file to read'), ('0', 'no/such/folder', 1, 'No such file'),
     ('0', '.', 1, 'Is a directory'), ('0', '/dev/full', 1, 'No space left'),
 ], ids=lambda value: str(value))
 def test_what_cannot_be_written(mkvx, sample, write, track, out, code, told):

@@ -87,7 +87,7 @@ def test_pointing_and_keys_tell_a_unit(browser, mkvx, report, sample, tmp_path):
     tip = browser.driver.find_element('id', 'tip')
     for move in -200, 0, 123:
         ActionChains(browser.driver).move_to_element_with_offset(chart, move, 0).perform()
-        time, size, place = re.match(r'(\S+) · (?:no )?key frame\n([\d,]+) bytes? at byte ([\d,]+)\ntrack 0', tip.text).groups()
+        time, size, place = re.match(r'(\S+) · (?:no )?key frame\n([\d,]+) bytes? at byte ([\d,]+)\nindex 0', tip.text).groups()
         unit = known[time]
         assert int(size.replace(',', '')) == unit['size'] and ('no key frame' in tip.text) == (not unit['sync'])
         assert sample.read_bytes()[int(place.replace(',', '')) + 4:][:16] in stream

@@ -125,9 +125,9 @@ void tellMisfit(const FileHead& head, const std::vector<JudgedTrack>& tracks, co
         {"subtitle_number", Weight::kMute,
          fmt::format("a subtitle source gets the events whose TrackNumber is its index plus one: at index {} "
                      "this one, "
-                     "number {}, gets {}",
+                     "track number {}, gets {}",
                      *verdict.index, verdict.number,
-                     getsOthers ? fmt::format("those of track {}", heard) : std::string("none")),
+                     getsOthers ? fmt::format("those of track number {}", heard) : std::string("none")),
          head.evidenceBelow(verdict.position, {id::kTrackNumber}),
          selectCommand(checked.path, offeredPlaces(tracks))});
 }
@@ -140,13 +140,12 @@ void judgeSubtitles(const Session& session, const std::vector<JudgedTrack>& trac
         TrackVerdict& verdict = *track.verdict;
         if (!verdict.isOffered() || verdict.kind != "subtitle") continue;
         if (session.masterTrack() == nullptr)
-            verdict.findings.push_back(
-                {"no_master", Weight::kMute,
-                 fmt::format(
-                     "subtitle events arrive while the master track (number {}) is read, and that one has no "
-                     "source",
-                     head.masterTrack()),
-                 head.evidenceBelow(verdict.position, {id::kTrackNumber}), ""});
+            verdict.findings.push_back({"no_master", Weight::kMute,
+                                        fmt::format("subtitle events arrive while the master track (track "
+                                                    "number {}) is read, and that one has no "
+                                                    "source",
+                                                    head.masterTrack()),
+                                        head.evidenceBelow(verdict.position, {id::kTrackNumber}), ""});
         else if (verdict.number != *verdict.index + 1)
             tellMisfit(head, tracks, checked, verdict);
     }

@@ -100,7 +100,7 @@ void judgeSeeking(const Session& session, CheckedFile& checked) {
     if (report.source == "cues" && report.masterPoints == 0)
         add(checked, "cues_miss_master", Weight::kLoss,
             fmt::format(
-                "every seek starts over: none of the {} cue points names the master track (number {})",
+                "every seek starts over: none of the {} cue points names the master track (track number {})",
                 report.points, report.masterTrack),
             {}, remuxCommand(checked.path));
     if (report.source != "cues") return;

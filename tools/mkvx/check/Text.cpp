@@ -63,7 +63,7 @@ class CheckPrinter {
 
   private:
     void trackLines(const TrackVerdict& track) {
-        fmt::print(mOut, "  {} {} ({}, {}): ", mPaint.strong("track"), track.number, track.kind,
+        fmt::print(mOut, "  {} {} ({}, {}): ", mPaint.strong("track number"), track.number, track.kind,
                    track.codecId.empty() ? "no CodecID" : printable(track.codecId));
         if (track.isOffered())
             fmt::print(mOut, "{} as index {}, {}{}{}\n", mPaint.good("offered"), *track.index,
@@ -111,7 +111,7 @@ class CheckPrinter {
     void proofLines(const Finding& finding, const std::string& indent) {
         if (finding.evidence)
             fmt::print(mOut, "{}{}\n", indent, mPaint.faint(evidenceText(*finding.evidence)));
-        if (!finding.remedy.empty()) fmt::print(mOut, "{}mend: {}\n", indent, finding.remedy);
+        if (!finding.remedy.empty()) fmt::print(mOut, "{}remedy: {}\n", indent, finding.remedy);
     }
 
     void sharesLine(const ByteShares& shares, uint64_t size) {

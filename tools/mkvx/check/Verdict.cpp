@@ -25,7 +25,7 @@ bool plays(const TrackVerdict& track) {
 }
 
 std::string about(const TrackVerdict& track) {
-    return fmt::format("track {} ({})", track.number, track.kind);
+    return fmt::format("track number {} ({})", track.number, track.kind);
 }
 
 // The finding that keeps a track from playing, or null.
@@ -35,7 +35,7 @@ const Finding* obstacleOf(const TrackVerdict& track) {
     return fatal != nullptr ? fatal : firstOf(track.findings, Weight::kMute);
 }
 
-// "no sound: track 2: ..." when no track of the kind plays, though the file has some; else empty.
+// "no sound: track number 2: ..." when no track of the kind plays, though the file has some; else empty.
 std::string missing(const CheckedFile& checked, const char* kind, const char* lack) {
     const TrackVerdict* first = nullptr;
     for (const TrackVerdict& track : checked.tracks) {
@@ -44,8 +44,9 @@ std::string missing(const CheckedFile& checked, const char* kind, const char* la
         if (first == nullptr) first = &track;
     }
     const Finding* obstacle = first != nullptr ? obstacleOf(*first) : nullptr;
-    return obstacle != nullptr ? fmt::format("{}: track {}: {}", lack, first->number, obstacle->sentence)
-                               : std::string();
+    return obstacle != nullptr
+               ? fmt::format("{}: track number {}: {}", lack, first->number, obstacle->sentence)
+               : std::string();
 }
 
 std::string fatalReason(const CheckedFile& checked) {
@@ -78,7 +79,8 @@ std::vector<std::string> losses(const CheckedFile& checked) {
         for (const TrackVerdict& track : checked.tracks) {
             if (weight == Weight::kMute && !plays(track)) {
                 if (const Finding* obstacle = obstacleOf(track)) {
-                    const std::string text = fmt::format("track {}: {}", track.number, obstacle->sentence);
+                    const std::string text =
+                        fmt::format("track number {}: {}", track.number, obstacle->sentence);
                     const bool isTold = std::any_of(found.begin(), found.end(), [&](const std::string& told) {
                         return told.size() > text.size() &&
                                told.compare(told.size() - text.size(), text.size(), text) == 0;
@@ -89,7 +91,7 @@ std::vector<std::string> losses(const CheckedFile& checked) {
             if (weight == Weight::kLoss)
                 for (const Finding& finding : track.findings)
                     if (finding.weight == weight)
-                        found.push_back(fmt::format("track {}: {}", track.number, finding.sentence));
+                        found.push_back(fmt::format("track number {}: {}", track.number, finding.sentence));
         }
         for (const Finding& finding : checked.findings)
             if (finding.weight == weight) found.push_back(finding.sentence);

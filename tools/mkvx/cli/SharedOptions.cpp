@@ -15,6 +15,17 @@ void addFormatOption(Arguments& command, Format& chosen, const FormatNames& name
     command.text("--format", choose, "How to print the result").oneOf(known).showDefault(known.front());
 }
 
+Argument addTrackOption(Arguments& command, std::optional<TrackChoice>& chosen, const std::string& help) {
+    const auto choose = [&chosen](const std::string& text) {
+        chosen = parseTrackChoice(text);
+        return chosen ? std::string()
+                      : text + " is neither an index (mkvx info lists them) nor # and a track number";
+    };
+    return command
+        .text("--track", choose, help + ": its index (from 0, as info shows it), or # and its number")
+        .called("INDEX|#NUMBER");
+}
+
 void addProgressOption(Arguments& command, ProgressStyle& style) {
     static const std::map<std::string, ProgressStyle> kNames = {
         {"json", ProgressStyle::kJson}, {"line", ProgressStyle::kLine}, {"off", ProgressStyle::kOff}};

@@ -11,17 +11,17 @@
 #include "cli/SharedOptions.h"
 #include "decode/DecoderProcess.h"
 #include "decode/Report.h"
+#include "device/MetaDataKeys.h"
 #include "device/Session.h"
 #include "device/TrackReader.h"
 #include "device/UnitProgress.h"
-#include "matroska/MetaDataKeys.h"
 
 namespace mkvx {
 namespace {
 
 struct Options {
     std::string file;
-    std::optional<size_t> track;
+    std::optional<TrackChoice> track;
     size_t frames = std::numeric_limits<size_t>::max();  // per track
     std::string output;
     Format format = Format::kTable;
@@ -133,8 +133,9 @@ const TrackInfo* firstOf(const std::vector<TrackInfo>& tracks, TrackKind kind) {
 
 // The track whose frames go to the output: the chosen one; else the first picture track, or the first sound
 // track for a name that ends in .wav or where there is nothing else.
-const TrackInfo& outputTrack(const Options& options, const std::vector<TrackInfo>& tracks) {
-    if (options.track) return tracks[*options.track];
+const TrackInfo& outputTrack(const Options& options, const TrackInfo* only,
+                             const std::vector<TrackInfo>& tracks) {
+    if (only != nullptr) return *only;
     const TrackInfo* video = firstOf(tracks, TrackKind::kVideo);
     const TrackInfo* audio = firstOf(tracks, TrackKind::kAudio);
     const bool wantsSound = endsWith(options.output, ".wav");
@@ -158,22 +159,22 @@ std::string interruptedAt(const std::vector<DecodedTrack>& results) {
     return fmt::format("{} of {}", counted(units, "unit"), counted(results.size(), "track"));
 }
 
-void checkTrack(const Options& options, const FileInfo& info) {
-    if (!options.track) return;
-    if (requireTrack(info, *options.track).kind == TrackKind::kSubtitle)
+void checkTrack(const Options& options, const TrackInfo* only) {
+    if (only != nullptr && only->kind == TrackKind::kSubtitle)
         throw UsageFailure(
-            fmt::format("{}: track {} holds subtitles, which need no decoder (mkvx extract "
+            fmt::format("{}: index {} holds subtitles, which need no decoder (mkvx extract "
                         "writes them)",
-                        options.file, *options.track));
+                        options.file, only->index));
 }
 
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
-    checkTrack(options, session.info());
-    const TrackInfo* toOutput = options.output.empty() ? nullptr : &outputTrack(options, tracks);
+    const TrackInfo* only = chosenTrack(session.info(), options.track);
+    checkTrack(options, only);
+    const TrackInfo* toOutput = options.output.empty() ? nullptr : &outputTrack(options, only, tracks);
     const auto isWanted = [&](const TrackInfo& track) {
-        return track.kind != TrackKind::kSubtitle && (!options.track || *options.track == track.index);
+        return track.kind != TrackKind::kSubtitle && (only == nullptr || only == &track);
     };
     UnitProgress progress(options.file, options.progress,
                           size_t(std::count_if(tracks.begin(), tracks.end(), isWanted)));
@@ -205,7 +206,7 @@ void addDecodeCommand(CommandLine& line, const Globals& globals) {
     Arguments command =
         line.command("decode", "Decode every track from the plug-in's configuration keys and units alone");
     command.value("FILE", options->file, "The file to read").required();
-    command.value("--track", options->track, "Only the track with this index (from 0, as info shows it)");
+    addTrackOption(command, options->track, "Only this track");
     command.value("--frames", options->frames, "Stop after this many decoded frames per track").positive();
     command.value("-o", options->output,
                   "Write the picture at the thumbnail time as PNG, or a sound track as WAV");

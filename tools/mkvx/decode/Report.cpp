@@ -25,7 +25,7 @@ Json trackJson(const DecodedTrack& track) {
 
 std::string table(const std::vector<DecodedTrack>& tracks) {
     using Align = TextTable::Align;
-    TextTable text({{"TRACK", Align::kRight},
+    TextTable text({{"INDEX", Align::kRight},
                     {"TYPE"},
                     {"MIME"},
                     {"DECODER"},

@@ -9,10 +9,11 @@ namespace {
 
 const TrackInfo& masterOf(const Session& session, const TrackInfo& track) {
     if (const TrackInfo* master = session.masterTrack()) return *master;
-    throw FileFailure(session.info().path,
-                      fmt::format("track {}: no subtitle can arrive, since the master track (number {}) has "
-                                  "no source (mkvx check says why)",
-                                  track.index, session.reader().head().masterTrack()));
+    throw FileFailure(
+        session.info().path,
+        fmt::format("index {}: no subtitle can arrive, since the master track (track number {}) has "
+                    "no source (mkvx check says why)",
+                    track.index, session.reader().head().masterTrack()));
 }
 
 }  // namespace

@@ -5,9 +5,8 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
-#include "base/Text.h"
 #include "base/Trial.h"
-#include "matroska/MetaDataKeys.h"
+#include "device/MetaDataKeys.h"
 #include "source/OpenSource.h"
 
 namespace mkvx {
@@ -80,7 +79,7 @@ FileInfo describeFile(const std::string& path, MediaExtractor& extractor,
     info.containerMime = textOf(extractor.getMetaData(), android::kKeyMIMEType).value_or("");
     for (size_t i = 0; i < extractor.countTracks(); ++i) {
         const sp<MetaData> meta = extractor.getTrackMetaData(i, MediaExtractor::kIncludeExtensiveMetaData);
-        if (meta == nullptr) throw FileFailure(path, "track " + std::to_string(i) + " has no format");
+        if (meta == nullptr) throw FileFailure(path, "index " + std::to_string(i) + " has no format");
         info.tracks.push_back(describeTrack(i, offered[i], meta));
     }
     return info;
@@ -153,18 +152,6 @@ Session::Session(const ExtractorPlugin& plugin, const std::string& path, const S
                            "no track description can be read from it (mkvx tree shows what is there)");
     mInfo = describeFile(path, *mExtractor, offered);
     throwIfInterrupted(path);
-}
-
-const TrackInfo& requireTrack(const FileInfo& info, size_t index) {
-    const size_t count = info.tracks.size();
-    if (index < count) return info.tracks[index];
-    if (count == 0)
-        throw UsageFailure(fmt::format("{}: there is no track {}, the file offers none (mkvx check says why)",
-                                       info.path, index));
-    throw UsageFailure(
-        fmt::format("{}: there is no track {}, the file offers {}, counted from 0 (mkvx info "
-                    "lists them)",
-                    info.path, index, counted(count, "track")));
 }
 
 const TrackInfo* Session::masterTrack() const {

@@ -41,9 +41,6 @@ class UnusableFile : public FileFailure {
     std::string mStoppedBy;
 };
 
-// The track with the framework's index. Throws UsageFailure when the file offers none with that.
-const TrackInfo& requireTrack(const FileInfo& info, size_t index);
-
 class Session {
   public:
     Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options = {});

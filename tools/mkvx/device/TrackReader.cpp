@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "base/Interrupt.h"
-#include "matroska/MetaDataKeys.h"
+#include "device/MetaDataKeys.h"
 
 namespace mkvx {
 TrackReader::TrackReader(const android::sp<android::MediaSource>& source, std::unique_ptr<TwinCursor> twin)

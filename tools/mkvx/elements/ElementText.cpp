@@ -29,9 +29,9 @@ std::string frameText(const BlockValue& block) {
     return text + (block.frames.empty() ? "" : " B");
 }
 
-// "track 1, +40 (00:00:02.040), key, 2975 B"
+// "track number 1, +40 (00:00:02.040), key, 2975 B"
 std::string blockText(uint32_t id, const BlockValue& block) {
-    std::string text = fmt::format("track {}, {:+}", block.track, block.timecode);
+    std::string text = fmt::format("track number {}, {:+}", block.track, block.timecode);
     if (block.timeUs) text += " (" + clockTime(*block.timeUs) + ")";
     const bool isSimple = id == id::kSimpleBlock;
     if (isSimple && (block.flags & 0x80) != 0) text += ", key";

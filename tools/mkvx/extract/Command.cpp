@@ -1,6 +1,5 @@
 // mkvx extract FILE: one track as a stream or file that ordinary tools open.
 #include <fmt/format.h>
-#include <media/stagefright/MetaData.h>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
@@ -12,26 +11,25 @@
 #include "extract/Facts.h"
 #include "extract/Report.h"
 #include "extract/Writer.h"
-#include "matroska/MetaDataKeys.h"
 
 namespace mkvx {
 namespace {
 
 struct Options {
     std::string file;
-    size_t track = 0;
+    std::optional<TrackChoice> track;
     std::string out;
     ProgressStyle progress = ProgressStyle::kLine;
     Format format = Format::kTable;
 };
 
-ExtractUnit unitOf(android::MediaBuffer& buffer) {
-    const android::sp<android::MetaData> meta = buffer.meta_data();
+ExtractUnit unitOf(const TrackInfo& track, android::MediaBuffer& buffer) {
+    const Unit described = describeUnit(track, buffer);
     ExtractUnit unit;
     unit.data = static_cast<const uint8_t*>(buffer.data()) + buffer.range_offset();
-    unit.size = buffer.range_length();
-    meta->findInt64(android::kKeyTime, &unit.timeUs);
-    meta->findInt64(android::kKeySubtitleEnd, &unit.endUs);
+    unit.size = described.size;
+    unit.timeUs = described.timeUs;
+    unit.endUs = described.endUs.value_or(0);
     return unit;
 }
 
@@ -42,14 +40,14 @@ ExtractedTrack extract(const Session& session, const TrackInfo& track, ProgressS
     ExtractedTrack done{session.info().path, track.index, out.path(), writer.form()};
     writer.begin();
     done.unreadable = passOver(session, track, [&](const PassedUnit& passed) {
-        const ExtractUnit unit = unitOf(passed.buffer);
+        const ExtractUnit unit = unitOf(track, passed.buffer);
         writer.write(unit);
         ++done.units;
         progress.reach(unit.timeUs, unit.size);
     });
     progress.hide();
     if (done.unreadable > 0)
-        fmt::print(stderr, "mkvx: {}: track {}: {} units could not be read\n", session.info().path,
+        fmt::print(stderr, "mkvx: {}: index {}: {} units could not be read\n", session.info().path,
                    track.index, done.unreadable);
     if (done.units == 0) throwIfInterrupted(session.info().path);
     if (done.units == 0) throw ExtractRefusal("it delivers no unit");
@@ -61,7 +59,7 @@ ExtractedTrack extract(const Session& session, const TrackInfo& track, ProgressS
 
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    const TrackInfo& track = requireTrack(session.info(), options.track);
+    const TrackInfo& track = requireTrack(session.info(), *options.track);
     requireOtherFile(options.file, options.out);
     const ExtractTrack facts = factsOf(session, track);
     ExtractFile out(options.out);
@@ -72,7 +70,7 @@ int run(const Globals& globals, const Options& options) {
         throwIfInterrupted(options.file,
                            fmt::format("{}, which {} holds", counted(done.units, "unit"), options.out));
     } catch (const ExtractRefusal& refusal) {
-        throw FileFailure(options.file, fmt::format("track {}: {}", track.index, printable(refusal.what())));
+        throw FileFailure(options.file, fmt::format("index {}: {}", track.index, printable(refusal.what())));
     }
     return kExitDone;
 }
@@ -83,8 +81,7 @@ void addExtractCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
     Arguments command = line.command("extract", "One track as a stream or file that ordinary tools open");
     command.value("FILE", options->file, "The file to read").required();
-    command.value("--track", options->track, "The track with this index (from 0, as info shows it)")
-        .required();
+    addTrackOption(command, options->track, "The track to write").required();
     command.value("-o,--output", options->out, "The file to write").required();
     addProgressOption(command, options->progress);
     addFormatOption(command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});

@@ -45,7 +45,7 @@ const char* describeSource(const IndexReport& report) {
 void printTable(const IndexReport& report, const std::vector<IndexGap>& gaps) {
     fmt::print("Sync index: {} entries, {}; duration {}\n", report.entries.size(), describeSource(report),
                clockTime(report.durationUs));
-    fmt::print("Seeking: {} of {} cue points name the master track (number {})\n", report.masterPoints,
+    fmt::print("Seeking: {} of {} cue points name the master track (track number {})\n", report.masterPoints,
                report.points, report.masterTrack);
     TextTable table({{"TIME", TextTable::Align::kRight}, {"POSITION", TextTable::Align::kRight}});
     for (const IndexEntry& entry : report.entries)

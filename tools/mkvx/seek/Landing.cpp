@@ -29,7 +29,7 @@ LandingProbe::LandingProbe(const Session& session, const TrackInfo& track)
     if (extractor != nullptr) mSource = extractor->getTrack(track.index);
     if (mSource == nullptr || mSource->start() != android::OK)
         throw FileFailure(session.info().path,
-                          fmt::format("the source of track {} does not start", track.index));
+                          fmt::format("the source of index {} does not start", track.index));
     mBytes->observe([this](off64_t offset, size_t, ssize_t got) {
         if (got > 0) mRanges.note(uint64_t(offset), uint64_t(offset) + uint64_t(got));
     });

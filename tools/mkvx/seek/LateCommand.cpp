@@ -13,7 +13,7 @@ namespace {
 
 struct Options {
     std::string file;
-    size_t track = 0;
+    std::optional<TrackChoice> track;
     size_t at = 0;
     int64_t byUs = 0;
     Format format = Format::kTable;
@@ -25,7 +25,7 @@ Landing readAt(const Session& session, const Options& options, const TrackInfo& 
     for (size_t i = 0; i < options.at; ++i)
         if (!probe.read(nullptr).unit) {
             throwIfInterrupted(options.file);
-            throw UsageFailure(fmt::format("{}: track {} has only {} (--at counts them from 0)", options.file,
+            throw UsageFailure(fmt::format("{}: index {} has only {} (--at counts them from 0)", options.file,
                                            track.index, counted(i, "unit")));
         }
     android::MediaSource::ReadOptions late;
@@ -33,10 +33,10 @@ Landing readAt(const Session& session, const Options& options, const TrackInfo& 
     return probe.read(&late);
 }
 
-void print(const Options& options, const Landing& onTime, const Landing& late) {
+void print(const Options& options, const TrackInfo& track, const Landing& onTime, const Landing& late) {
     if (options.format != Format::kTable) {
         Json object = newResult();
-        object["track"] = options.track;
+        object["track"] = track.index;
         object["at"] = options.at;
         object["by_us"] = options.byUs;
         object["due_us"] = onTime.unit ? Json(onTime.unit->timeUs) : Json(nullptr);
@@ -46,9 +46,9 @@ void print(const Options& options, const Landing& onTime, const Landing& late) {
     }
     constexpr auto kRight = TextTable::Align::kRight;
     TextTable table(
-        landingColumns({{"TRACK", kRight}, {"UNIT", kRight}, {"LATE (ms)", kRight}, {"DUE", kRight}}));
+        landingColumns({{"INDEX", kRight}, {"UNIT", kRight}, {"LATE (ms)", kRight}, {"DUE", kRight}}));
     addLandingRow(table,
-                  {std::to_string(options.track), std::to_string(options.at),
+                  {std::to_string(track.index), std::to_string(options.at),
                    std::to_string(options.byUs / 1000), onTime.unit ? clockTime(onTime.unit->timeUs) : "end"},
                   late);
     fmt::print("{}", table.str());
@@ -56,16 +56,16 @@ void print(const Options& options, const Landing& onTime, const Landing& late) {
 
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    const TrackInfo& track = requireTrack(session.info(), options.track);
+    const TrackInfo& track = requireTrack(session.info(), *options.track);
     if (track.kind == TrackKind::kSubtitle)
         throw UsageFailure(
-            fmt::format("{}: track {} is a subtitle track, which skips nothing (--track takes a video or "
+            fmt::format("{}: index {} is a subtitle track, which skips nothing (--track takes a video or "
                         "audio track)",
                         options.file, track.index));
     const Landing onTime = readAt(session, options, track, 0);
     const Landing late = readAt(session, options, track, options.byUs);
     throwIfInterrupted(options.file);
-    print(options, onTime, late);
+    print(options, track, onTime, late);
     return kExitDone;
 }
 
@@ -75,8 +75,7 @@ void addLateCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
     Arguments command = line.command("late", "What a player gets that says how late it is");
     command.value("FILE", options->file, "The file to read").required();
-    command.value("--track", options->track, "The track with this index (from 0, as info shows it)")
-        .required();
+    addTrackOption(command, options->track, "The track to read").required();
     command.value("--at", options->at, "Be late at the unit with this index, from 0").required();
     command.value("--by", options->byUs, "How late, in microseconds").required();
     addFormatOption(command, options->format,

@@ -13,7 +13,7 @@ namespace {
 
 struct Options {
     std::string file;
-    std::optional<size_t> track;
+    std::optional<TrackChoice> track;
     std::vector<std::string> targets;
     Format format = Format::kTable;
 };
@@ -58,7 +58,7 @@ class Printer {
   public:
     explicit Printer(Format format)
         : mFormat(format),
-          mTable(landingColumns({{"TRACK", TextTable::Align::kRight},
+          mTable(landingColumns({{"INDEX", TextTable::Align::kRight},
                                  {"TARGET", TextTable::Align::kRight},
                                  {"AWAY (ms)", TextTable::Align::kRight}})) {}
 
@@ -99,11 +99,12 @@ class Printer {
 
 void seekTracks(const Session& session, const Options& options, const std::vector<int64_t>& times,
                 Printer& printer) {
+    const TrackInfo* only = chosenTrack(session.info(), options.track);
     for (const TrackInfo& track : session.info().tracks) {
         const bool isSubtitle = track.kind == TrackKind::kSubtitle;
-        if (options.track ? *options.track != track.index : isSubtitle) continue;
+        if (only != nullptr ? only != &track : isSubtitle) continue;
         if (isSubtitle)
-            fmt::print(stderr, "mkvx: {}: track {}: subtitles follow the seeks of the master track\n",
+            fmt::print(stderr, "mkvx: {}: index {}: subtitles follow the seeks of the master track\n",
                        options.file, track.index);
         printer.add(track, seekAll(session, track, times));
         if (wasInterrupted()) return;
@@ -113,7 +114,7 @@ void seekTracks(const Session& session, const Options& options, const std::vecto
 int run(const Globals& globals, const Options& options) {
     const std::vector<int64_t> times = parseTargets(options.targets);
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    if (options.track) (void)requireTrack(session.info(), *options.track);
+    (void)chosenTrack(session.info(), options.track);  // before there is a result to print
     Printer printer(options.format);
     untilInterrupted([&] { seekTracks(session, options, times, printer); });
     printer.finish(options.file);
@@ -127,8 +128,7 @@ void addSeekCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
     Arguments command = line.command("seek", "Where each seek lands: the first unit after it");
     command.value("FILE", options->file, "The file to read").required();
-    command.value("--track", options->track,
-                  "Only the track with this index (default: every video and audio track)");
+    addTrackOption(command, options->track, "Only this track, not every video and audio track");
     command
         .value("--to", options->targets,
                "Where to seek: microseconds or HH:MM:SS.mmm; repeat it for more seeks on one source")

@@ -17,7 +17,7 @@ namespace {
 
 struct Options {
     std::string file;
-    std::optional<size_t> track;
+    std::optional<TrackChoice> track;
     size_t limit = std::numeric_limits<size_t>::max();  // units per track
     bool all = false;
     Format format = Format::kTable;
@@ -51,7 +51,7 @@ class Listing {
 
     void note(const TrackInfo& track, const std::string& text) {
         mProgress.hide();
-        fmt::print(stderr, "mkvx: {}: track {}: {}\n", mOptions.file, track.index, text);
+        fmt::print(stderr, "mkvx: {}: index {}: {}\n", mOptions.file, track.index, text);
     }
 
     void noteUnreadable(const TrackInfo& track, TrackReader& reader) {
@@ -82,9 +82,10 @@ class Listing {
     void listSubtitles(const TrackInfo& track) {
         const TrackInfo* master = mSession.masterTrack();
         if (master == nullptr)
-            return note(track, fmt::format("no subtitle can arrive, since the master track (number {}) has "
-                                           "no source that reads the file",
-                                           mSession.reader().head().masterTrack()));
+            return note(track,
+                        fmt::format("no subtitle can arrive, since the master track (track number {}) has "
+                                    "no source that reads the file",
+                                    mSession.reader().head().masterTrack()));
         const android::sp<android::MediaExtractor> extractor = mSession.newExtractor();
         TrackReader driver(extractor->getTrack(master->index), twin(*master));
         TrackReader subtitles(extractor->getTrack(track.index));
@@ -125,14 +126,14 @@ std::string requirePositive(const std::string& text) {
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const std::vector<TrackInfo>& tracks = session.info().tracks;
-    if (options.track) (void)requireTrack(session.info(), *options.track);
+    const TrackInfo* only = chosenTrack(session.info(), options.track);
     if (tracks.empty())
         fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered (mkvx check says why)\n", options.file,
                    session.reader().head().trackCount());
     Listing listing(session, options);
     untilInterrupted([&] {
         for (const TrackInfo& track : tracks)
-            if (!wasInterrupted() && (!options.track || *options.track == track.index)) listing.list(track);
+            if (!wasInterrupted() && (only == nullptr || only == &track)) listing.list(track);
     });
     listing.finish();
     throwIfInterrupted(options.file, counted(listing.listed(), "unit"));
@@ -145,7 +146,7 @@ void addPacketsCommand(CommandLine& line, const Globals& globals) {
     auto options = std::make_shared<Options>();
     Arguments command = line.command("packets", "Every unit that the plug-in delivers, track by track");
     command.value("FILE", options->file, "The file to read").required();
-    command.value("--track", options->track, "Only the track with this index (from 0, as info shows it)");
+    addTrackOption(command, options->track, "Only this track");
     command.value("--limit", options->limit, "At most this many units per track")
         .checked(requirePositive, "N > 0");
     command.flag("--all", options->all, "Go on past units that cannot be read; a player stops at the first");

@@ -64,7 +64,7 @@ std::string timeColumn(const std::optional<int64_t>& us) {
 
 std::string infoTable(const FileInfo& info) {
     using Align = TextTable::Align;
-    TextTable table({{"TRACK", Align::kRight},
+    TextTable table({{"INDEX", Align::kRight},
                      {"NUMBER", Align::kRight},
                      {"TYPE"},
                      {"MIME"},

@@ -10,7 +10,7 @@ namespace {
 class TableWriter : public UnitWriter {
   public:
     explicit TableWriter(std::FILE* out) : mOut(out) {
-        fmt::print(mOut, "{:>5} {:>13} {:>3} {:>9}  {:40}  {}\n", "TRACK", "TIME", "KEY", "SIZE", "SHA-1",
+        fmt::print(mOut, "{:>5} {:>13} {:>3} {:>9}  {:40}  {}\n", "INDEX", "TIME", "KEY", "SIZE", "SHA-1",
                    "END");
     }
     void write(const Unit& unit) override {

@@ -52,5 +52,5 @@ const timeSpan = (() => {
 
 const trackName = index => {
   const track = report.tracks.find(candidate => candidate.index === index);
-  return track ? `track ${index} (${track.kind})` : `track ${index}`;
+  return track ? `index ${index} (${track.kind})` : `index ${index}`;
 };

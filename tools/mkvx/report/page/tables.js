@@ -26,7 +26,7 @@ function findingItem(finding, told) {
   told.add(finding.remedy);
   const place = finding.offset === undefined ? '' : ` (${finding.element || 'byte'} at ${grouped.format(finding.offset)})`;
   return el('li', {}, el('span', {class: weightClass[finding.weight] || ''}, `${finding.sentence}${place}`),
-    isNew ? el('span', {class: 'remedy'}, 'Mends it: ', el('code', {}, finding.remedy)) : null);
+    isNew ? el('span', {class: 'remedy'}, 'Remedy: ', el('code', {}, finding.remedy)) : null);
 }
 
 function findingList(findings) {
@@ -36,7 +36,7 @@ function findingList(findings) {
 
 function verdictCell(track) {
   const state = track.dropped ? el('span', {class: 'state bad'}, 'dropped')
-    : el('span', {class: 'state good'}, `offered as ${track.index}`);
+    : el('span', {class: 'state good'}, `offered as index ${track.index}`);
   return [el('div', {}, state, findingList((track.dropped ? [track.dropped] : []).concat(track.findings)))];
 }
 

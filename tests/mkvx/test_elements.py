@@ -168,20 +168,7 @@ def attached(name, data, *more):
 
 
 def file_with(*level_one):
-    """A Segment whose SeekHead leads to each of these elements."""
-    info = craft.element(0x1549A966, craft.uint(0x2AD7B1, 1000000))
-    tracks = craft.element(0x1654AE6B, craft.audio(1, 'A_AC3'))
-
-    def seek_head(at):
-        entries = b''
-        for element in level_one:
-            entries += craft.element(0x4DBB, craft.element(0x53AB, element[:4]) + craft.element(0x53AC, at.to_bytes(8, 'big')))
-            at += len(element)
-        return craft.element(0x114D9B74, entries)
-
-    size = len(seek_head(0)) + len(info) + len(tracks)
-    head = craft.element(0x1A45DFA3, craft.text(0x4282, 'matroska') + craft.uint(0x4285, 2))
-    return head + craft.element(0x18538067, seek_head(size) + info + tracks + b''.join(level_one))
+    return craft.matroska([craft.audio(1, 'A_AC3')], led_to=level_one)
 
 
 def attachments(*files):

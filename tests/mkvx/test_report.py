@@ -105,18 +105,6 @@ def test_zoom_shows_less_and_all_again(browser, report, sample):
     assert (browser.text('#zoom-range'), browser.run(STROKES, 1, 'keys')) == whole
 
 
-def with_seek_head(tracks, media, extras):
-    """What follows the tracks: a SeekHead for what stands behind the media, the media, and that."""
-    def seek_head(start):
-        entries = []
-        for extra in extras:
-            entries.append(craft.element(0x4DBB, craft.element(0x53AB, extra[:4]) + craft.element(0x53AC, start.to_bytes(8, 'big'))))
-            start += len(extra)
-        return craft.element(0x114D9B74, b''.join(entries))
-    before = len(craft.matroska(tracks)) - craft.matroska(tracks).index(craft.number(0x1549A966))
-    return [seek_head(before + len(seek_head(0)) + len(media)), media, *extras]
-
-
 EVIL = '</script><script>window.caught=1</script><img src=x onerror="window.caught=1">{{script}}'
 
 
@@ -127,7 +115,7 @@ def test_texts_of_the_file_stay_texts(browser, report):
     tracks = [craft.audio(1, 'A_MPEG/L3', craft.name(EVIL + '!')), craft.audio(2, EVIL)]
     media = craft.cluster(0, craft.simple_block(1, 0, b'sound'))
     extras = [craft.element(0x1043A770, craft.element(0x45B9, chapter)), craft.element(0x1941A469, attached)]
-    page = report(craft.matroska(tracks, *with_seek_head(tracks, media, extras)), name=EVIL.replace('/', '\u2215') + '.mka')
+    page = report(craft.matroska(tracks, media, led_to=extras), name=EVIL.replace('/', '\u2215') + '.mka')
     assert browser.open(page) == ([], [])
     assert browser.run('return [window.caught === undefined, document.images.length, document.scripts.length]') == [True, 0, 3]
     for selector in '#track-table', '#chapter-table', '#attachment-table':

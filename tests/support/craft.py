@@ -74,11 +74,24 @@ def cue(time, track, position):
     return element(0x1C53BB6B, element(0xBB, uint(0xB3, time) + element(0xB7, place)))
 
 
-def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska', cue_for=None):
-    """`cue_for`: the track of a Cues element that names the first cluster, at time 0."""
+def seek_head(at, elements):
+    """Leads to elements that lie one behind the other from `at` on, in bytes from the start of the Segment's data."""
+    entries = b''
+    for found in elements:
+        entries += element(0x4DBB, element(0x53AB, found[:4]) + element(0x53AC, at.to_bytes(8, 'big')))
+        at += len(found)
+    return element(0x114D9B74, entries)
+
+
+def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska', cue_for=None, led_to=()):
+    """`cue_for`: the track of a Cues element that names the first cluster, at time 0. `led_to`: elements behind the clusters,
+    to which a SeekHead leads."""
     head = element(0x1A45DFA3, text(0x4282, doctype) + uint(0x4285, 2))
     info = element(0x1549A966, uint(0x2AD7B1, 1000000) + real(0x4489, duration_ms))
     front = info + element(0x1654AE6B, b''.join(tracks))
     if cue_for is not None:
         front += cue(0, cue_for, len(front) + len(cue(0, cue_for, 0)))
-    return head + element(0x18538067, front + b''.join(clusters))
+    media = b''.join(clusters)
+    if led_to:
+        front += seek_head(len(front) + len(seek_head(0, led_to)) + len(media), led_to)
+    return head + element(0x18538067, front + media + b''.join(led_to))

@@ -5,10 +5,10 @@ import craft
 
 
 @pytest.mark.parametrize('args, told', [
-    (['late', '--track', '2', '--at', '0', '--by', '1'], 'track 2 is a subtitle track, which skips nothing'),
+    (['late', '--track', '2', '--at', '0', '--by', '1'], 'index 2 is a subtitle track, which skips nothing'),
     (['late', '--track', '0', '--at', '201', '--by', '1'], 'has only 200 units'),
-    (['late', '--track', '3', '--at', '0', '--by', '1'], 'there is no track 3'),
-    (['seek', '--track', '3', '--to', '0'], 'there is no track 3'), (['seek', '--to', 'noon'], 'noon'),
+    (['late', '--track', '3', '--at', '0', '--by', '1'], 'there is no index 3'),
+    (['seek', '--track', '3', '--to', '0'], 'there is no index 3'), (['seek', '--to', 'noon'], 'noon'),
     (['index', '--coarse', '1:2'], '1:2 is neither'),
 ], ids=lambda value: ' '.join(value) if isinstance(value, list) else '')
 def test_what_cannot_be_asked(mkvx, sample, args, told):

@@ -3,25 +3,14 @@
 #include <stdint.h>
 #include <string.h>
 
-#include <thread>
 #include <vector>
 
-#include <host/AllocationLimit.h>
 #include <media/stagefright/MediaBuffer.h>
 #include <media/stagefright/MediaSource.h>
 #include <media/stagefright/MetaData.h>
-#include <media/stagefright/foundation/ABuffer.h>
-#include <ui/GraphicBuffer.h>
 
 namespace android {
 namespace {
-
-// A group of one buffer, as a player's buffer pool would be.
-class Group : public MediaBufferObserver {
-  public:
-    void signalBufferReturned(MediaBuffer* buffer) override { returned.push_back(buffer); }
-    std::vector<MediaBuffer*> returned;
-};
 
 TEST(MediaBuffer, RangeMovesNothingButTheRange) {
     MediaBuffer* buffer = new MediaBuffer(100);
@@ -40,42 +29,6 @@ TEST(MediaBuffer, RangeMovesNothingButTheRange) {
     EXPECT_FALSE(buffer->meta_data()->hasData('key '));
     EXPECT_DEATH(buffer->set_range(31, 70), "CHECK");
     buffer->release();
-}
-
-TEST(MediaBuffer, ObserverGetsTheBufferBackAndKeepsIt) {
-    Group group;
-    MediaBuffer* buffer = new MediaBuffer(10);
-    EXPECT_EQ(buffer->refcount(), 0);
-    buffer->setObserver(&group);
-    buffer->add_ref();
-    buffer->add_ref();
-    buffer->release();
-    EXPECT_TRUE(group.returned.empty());
-    buffer->release();
-    EXPECT_EQ(group.returned, std::vector<MediaBuffer*>{buffer});
-    EXPECT_EQ(buffer->refcount(), 0);
-    EXPECT_DEATH(buffer->release(), "CHECK") << "released once too often";
-    EXPECT_DEATH(buffer->setObserver(&group), "CHECK") << "has one already";
-    buffer->setObserver(nullptr);
-    buffer->release();
-}
-
-TEST(MediaBufferDeathTest, ReleasesThatMustNotBe) {
-    MediaBuffer* counted = new MediaBuffer(10);
-    counted->add_ref();
-    EXPECT_DEATH(counted->release(), "CHECK_EQ\\( .*failed: 1 vs. 0") << "a count, but no observer";
-
-    Group group;
-    counted->setObserver(&group);
-    counted->release();
-    counted->setObserver(nullptr);
-    counted->release();
-
-    MediaBuffer* graphic = new MediaBuffer(sp<GraphicBuffer>(new GraphicBuffer));
-    EXPECT_EQ(graphic->range_length(), 1u);
-    EXPECT_DEATH(graphic->data(), "CHECK");
-    EXPECT_DEATH(graphic->size(), "CHECK");
-    graphic->release();
 }
 
 // Metadata objects are used again; nobody may notice.

@@ -21,35 +21,6 @@ std::string BytesAt(const MetaData& meta, uint32_t key, uint32_t* type) {
     return std::string(static_cast<const char*>(data), size);
 }
 
-TEST(MetaData, GivesBackWhatWasStored) {
-    sp<MetaData> meta = new MetaData;
-    meta->setCString('cstr', "text");
-    meta->setInt32('in32', INT32_MIN);
-    meta->setInt64('in64', INT64_MIN);
-    meta->setFloat('floa', -0.5f);
-    meta->setPointer('ptr ', meta.get());
-    meta->setRect('rect', -1, 2, -3, 4);
-
-    const char* text = nullptr;
-    int32_t i32 = 0;
-    int64_t i64 = 0;
-    float real = 0;
-    void* pointer = nullptr;
-    int32_t left = 0, top = 0, right = 0, bottom = 0;
-    EXPECT_TRUE(meta->findCString('cstr', &text));
-    EXPECT_TRUE(meta->findInt32('in32', &i32));
-    EXPECT_TRUE(meta->findInt64('in64', &i64));
-    EXPECT_TRUE(meta->findFloat('floa', &real));
-    EXPECT_TRUE(meta->findPointer('ptr ', &pointer));
-    EXPECT_TRUE(meta->findRect('rect', &left, &top, &right, &bottom));
-    EXPECT_STREQ(text, "text");
-    EXPECT_EQ(i32, INT32_MIN);
-    EXPECT_EQ(i64, INT64_MIN);
-    EXPECT_EQ(real, -0.5f);
-    EXPECT_EQ(pointer, meta.get());
-    EXPECT_EQ(std::vector<int32_t>({left, top, right, bottom}), std::vector<int32_t>({-1, 2, -3, 4}));
-}
-
 TEST(MetaData, AgreesWithAMapOverManyChanges) {
     std::mt19937 random(1);
     sp<MetaData> meta = new MetaData;

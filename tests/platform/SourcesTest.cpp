@@ -6,10 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <host/MappedSource.h>
@@ -152,31 +150,6 @@ TEST_F(Sources, ReachPastFourGigabytes) {
         EXPECT_EQ(size, far + 3);
         EXPECT_EQ(source->readAt(far, bytes, sizeof(bytes)), 3);
         EXPECT_STREQ(bytes, "end");
-    }
-}
-
-TEST_F(Sources, ThreadsReadAtTheirOwnPlaces) {
-    std::string content(1 << 16, '\0');
-    for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i >> 8);
-    const std::string path = FileWith("ramp", content);
-    for (const Kind& kind : kKinds) {
-        if (std::string(kind.name) == "MemorySource") continue;
-        SCOPED_TRACE(kind.name);
-        sp<DataSource> source = kind.open(path);
-        std::atomic<int> wrong{0};
-        const auto work = [&](size_t start) {
-            for (size_t i = 0; i < 2000; ++i) {
-                const size_t place = (start + i * 257) % content.size();
-                char byte = 0;
-                if (source->readAt(static_cast<off64_t>(place), &byte, 1) != 1 || byte != content[place])
-                    ++wrong;
-            }
-        };
-        std::thread first(work, 0);
-        std::thread second(work, 40000);
-        first.join();
-        second.join();
-        EXPECT_EQ(wrong, 0);
     }
 }
 

@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "properties/HeapMeter.h"
-#include "properties/Rows.h"
+#include "properties/Measure.h"
 #include "matroska/PluginExports.h"
 #include "support/FaultySource.h"
 #include "support/Listing.h"
@@ -154,7 +154,6 @@ TEST(Blocks, AHundredThousandCorruptFramesWithoutGrowth) {
                                      Master(id::kCluster, {}).UnknownSize(8)});
     const Bytes block = Piece({SimpleBlock(1, 0, kKeyFrame, Hex("789C BAD0BAD0BAD0BAD0"))});
     const android::sp<HostileSource> source = new HostileSource({Stretch{front}, Stretch{block, kFrames}});
-    const SilentLog silence;
     const android::sp<android::MediaExtractor> extractor = android::createInstance(source, nullptr);
     const android::sp<android::MediaSource> track = extractor->getTrack(0);
     track->start(nullptr);
@@ -182,7 +181,6 @@ TEST(Blocks, AMergedEventGrowsOnlySoFar) {
     const Document file = Write(
         {EbmlHeader(), Segment({Info(1000), Master(id::kTracks, {Mpeg2Track(1), TextTrack(2, "S_TEXT/ASS")}),
                                 Cluster(0, blocks)})});
-    const SilentLog silence;
     const android::sp<android::DataSource> source = new FaultySource(file.bytes);
     const std::vector<Unit> events = ReadSubtitles(android::createInstance(source, nullptr), 0, 1);
     size_t lines = 0;

@@ -12,7 +12,6 @@ namespace {
 
 // The units of each track that is offered.
 std::vector<std::vector<Unit>> UnitsOf(const Bytes& bytes) {
-    const SilentLog silence;
     const sp<MediaExtractor> extractor = Open(bytes);
     std::vector<std::vector<Unit>> units;
     for (size_t i = 0; i < extractor->countTracks(); ++i) {

@@ -267,7 +267,6 @@ TEST(Reading, ASeekGoesThroughABoundedNumberOfBlocks) {
     const Document file = Write(
         {EbmlHeader(), Segment({Info(1000), Master(id::kTracks, {Mpeg2Track()}), Master(id::kCues, points),
                                 Cluster(0, blocks).Label("even"), Cluster(0, blocks).Label("odd")})});
-    const SilentLog silence;
     const android::sp<HostileSource> source = new HostileSource({Stretch{file.bytes}});
     const android::sp<android::MediaExtractor> extractor = android::createInstance(source, nullptr);
     const android::sp<android::MediaSource> track = extractor->getTrack(0);

@@ -127,7 +127,6 @@ Outcome Throw(const Content& content, Size size, bool reads) {
     if (size == Size::kHidden) source->HideSize();
     Outcome outcome;
     OnSmallStack([&] {
-        const SilentLog silence;
         HeapMeter heap;
         {
             const Phase phase(*source, &heap);
@@ -153,8 +152,6 @@ Outcome Throw(const Content& content, Size size, bool reads) {
     });
     return outcome;
 }
-
-void Discard(const __android_logger_data*, const char*) {}
 
 thread_local bool gIsOnSmallStack = false;
 
@@ -195,13 +192,6 @@ void OnSmallStack(const std::function<void()>& work) {
     ASSERT_EQ(0, pthread_create(&thread, &attributes, &RunWork, argument));
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
-}
-
-SilentLog::SilentLog() {
-    __android_log_set_logger(&Discard);
-}
-SilentLog::~SilentLog() {
-    __android_log_set_logger(&__android_log_stderr_logger);
 }
 
 }  // namespace testing_support

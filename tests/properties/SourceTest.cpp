@@ -60,7 +60,6 @@ TEST(Source, WhatGetSizeSays) {
         faults.sizeStatus = row.status;
         faults.claimSize = true;
         faults.claimedSize = row.size;
-        const SilentLog silence;
         const size_t units = UnitsOf(Open(file, faults));
         EXPECT_LE(units, all);
         EXPECT_TRUE(!row.isWhole || units == all) << units;
@@ -78,7 +77,6 @@ TEST(Source, ASizeThatLiesCostsNoMemory) {
     Faults faults;
     faults.claimSize = true;
     faults.claimedSize = static_cast<off64_t>(claimed);
-    const SilentLog silence;
     const sp<android::DataSource> source = new FaultySource(file.bytes, faults);
     const HeapMeter heap;
     EXPECT_EQ(0u, UnitsOf(Open(source)));
@@ -89,7 +87,6 @@ TEST(Source, ReadsThatComeShort) {
     for (const Oddity& sample : Oddities(kDamaged)) {
         SCOPED_TRACE(sample.name);
         const sp<FaultySource> sound = new FaultySource(sample.bytes);
-        const SilentLog silence;
         const size_t all = UnitsOf(Open(sp<android::DataSource>(sound)));
         const uint64_t calls = sound->Reads();
         std::vector<Faults> faults;
@@ -145,7 +142,6 @@ TEST(Source, AFileOfManyGigabytes) {
     ASSERT_EQ(0, ftruncate64(fd, at + (1ll << 33)));
     close(fd);
     {
-        const SilentLog silence;
         const HeapMeter heap;
         const sp<MediaExtractor> extractor =
             Open(sp<android::DataSource>(new android::host::PreadSource(path.c_str())));
@@ -170,7 +166,6 @@ TEST(Source, AFileOfManyGigabytes) {
 // the address sanitizer a use of what is gone ends the test.
 TEST(Lifetime, EveryOrderOfLettingGo) {
     const Bytes file = OddityNamed("cues-in-front");
-    const SilentLog silence;
     const HeapMeter heap;
     size_t heldAfterFirst = 0;
     int order[] = {0, 1, 2, 3, 4, 5};
@@ -197,7 +192,6 @@ TEST(Lifetime, TheSameTrackTwiceGivesTheSameUnits) {
     for (const Oddity& sample : Oddities(kDamaged)) {
         SCOPED_TRACE(sample.name);
         if (sample.Has(kHoldsAddresses)) continue;
-        const SilentLog silence;
         const sp<MediaExtractor> extractor = Open(sample.bytes);
         for (size_t i = 0; i < extractor->countTracks(); ++i) {
             const std::vector<Unit> alone = ReadAll(Started(extractor, i));
@@ -293,7 +287,6 @@ TEST(Allocation, RefusedMemoryCostsOneUnitAtMost) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const SilentLog silence;
         const sp<android::DataSource> source = new FaultySource(row.file.bytes, {});
         std::vector<size_t> sizes;
         {

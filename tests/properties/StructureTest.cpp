@@ -2,7 +2,7 @@
 #include <cmath>
 #include <limits>
 
-#include "properties/Rows.h"
+#include "properties/Measure.h"
 
 namespace testing_support {
 namespace {

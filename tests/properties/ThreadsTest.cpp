@@ -89,7 +89,6 @@ std::vector<Unit> Play(const sp<MediaSource>& source, uint32_t seed) {
 }
 
 TEST(Threads, SourcesOnThreadsReadWhatTheyReadAlone) {
-    const SilentLog silence;
     std::vector<Unit> alone[kTracks], together[kTracks];
     for (size_t i = 0; i < kTracks; ++i) {
         const sp<MediaExtractor> extractor = OpenFile();
@@ -121,7 +120,6 @@ TEST(Threads, SubtitlesAreDrainedWhileTheyArrive) {
     const Document file = Write(
         {EbmlHeader(),
          Segment({Info(10000), Master(id::kTracks, {Mpeg2Track(1), TextTrack(2)}), Cluster(0, blocks)})});
-    const SilentLog silence;
     const sp<MediaExtractor> extractor =
         android::createInstance(sp<android::DataSource>(new FaultySource(file.bytes)), nullptr);
     const sp<MediaSource> pictures = extractor->getTrack(0), words = extractor->getTrack(1);

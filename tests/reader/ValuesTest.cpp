@@ -142,16 +142,6 @@ TEST(Values, Utf8IsOneZeroByteLongerThanItsElement) {
     EXPECT_EQ(0, std::memcmp("abc\0", text.c_str(), 5));
 }
 
-TEST(Values, BinaryReplacesWhatItHeld) {
-    OneElement first = Payload("0102030405");
-    reader::ByteBuffer binary;
-    EXPECT_EQ(kOk, binary.Parse(first.node.get()));
-    EXPECT_EQ("0102030405", Show(binary));
-    OneElement second = Payload("FF");
-    EXPECT_EQ(kOk, binary.Parse(second.node.get()));
-    EXPECT_EQ("ff", Show(binary));
-}
-
 // Where the bytes are there but cannot be read, nothing is left of a size over memory that nobody filled.
 TEST(Values, ABinaryThatCannotBeReadIsEmpty) {
     Faults faults;

@@ -251,6 +251,34 @@ TEST(Document, ACuePositionNamesItsReferences) {
     EXPECT_EQ(6u, cue.References[second.FirstReference].CueRefTime);
 }
 
+TEST(Document, CuesKeepEveryNumberAndNoEmptyPoint) {
+    const Element reference =
+        Master(id::kCueReference, {Uint(id::kCueRefTime, 1), Uint(id::kCueRefCluster, 2),
+                                   Uint(id::kCueRefNumber, 4), Uint(id::kCueRefCodecState, 6)});
+    const Element positions =
+        Master(id::kCueTrackPositions,
+               {Uint(id::kCueTrack, 8), Uint(id::kCueClusterPosition, 9), Uint(id::kCueBlockNumber, 7),
+                Uint(id::kCueCodecState, 5), reference, Master(id::kCueReference, {})});
+    InitialisedFile open(
+        Write({EbmlHeader(),
+               Segment({Info(1), Tracks(),
+                        Master(id::kCues, {Master(id::kCuePoint, {}),
+                                           Master(id::kCuePoint, {Uint(id::kCueTime, 3), positions,
+                                                                  Master(id::kCueTrackPositions, {})})})})}));
+    ASSERT_EQ(1u, open.Model().Cues.size());
+    const reader::Cue& cue = *open.Model().Cues[0];
+    ASSERT_EQ(1u, cue.Points.size());
+    ASSERT_EQ(1u, cue.Positions.size());
+    ASSERT_EQ(1u, cue.References.size());
+    const reader::CueTrackPosition& position = *cue.PositionsOf(cue.Points[0]);
+    const reader::CueReference& kept = cue.References[0];
+    const std::vector<uint64_t> numbers = {
+        cue.Points[0].CueTime,   position.CueTrack,      position.CueClusterPosition,
+        position.CueBlockNumber, position.CueCodecState, kept.CueRefTime,
+        kept.CueRefCluster,      kept.CueRefNumber,      kept.CueRefCodecState};
+    EXPECT_EQ((std::vector<uint64_t>{3, 8, 9, 7, 5, 1, 2, 4, 6}), numbers);
+}
+
 TEST(Document, ABadMemberDoesNotFailItsParent) {
     InitialisedFile open(
         Write({EbmlHeader(),

@@ -11,7 +11,8 @@ endif()
 # A compiler cache serves rebuilds, other checkouts and other presets alike.
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  # Without these two the cache lets files with precompiled headers pass.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 set(CMAKE_CXX_EXTENSIONS ON)      # gnu++: the platform headers use it
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -26,8 +27,14 @@ target_compile_options(project_warnings INTERFACE
   -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wno-multichar -Werror
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
 
+# What a target's precompiled headers are made of is included by its sources all the same: a build with
+# CMAKE_DISABLE_PRECOMPILE_HEADERS has to work, and the clang preset is one.
+if(CCACHE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-fpch-preprocess)
+endif()
+
 if(MKVX_SANITIZE)
-  add_compile_options(-fsanitize=${MKVX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${MKVX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${MKVX_SANITIZE})
   if(NOT MKVX_SANITIZE STREQUAL "thread")
     add_compile_options(-fno-sanitize=vptr)  # the plug-in is built without RTTI, which that check needs

@@ -1,5 +1,5 @@
 # Daily habits, each a thin line onto a CMake preset. `make` builds everything into build/release/.
-.PHONY: release asan tsan clang coverage test demo interop format lint clean fuzz bench arm32 install deb
+.PHONY: release asan tsan clang coverage test demo interop format lint lint-all compile-commands clean fuzz bench arm32 install deb
 
 release clang:
 	@cmake --preset $@ -DMKVX_BUILD_TESTS=ON >/dev/null
@@ -47,8 +47,18 @@ coverage:
 format:
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
-lint: release
-	@git ls-files 'extractor/*.cpp' 'platform/*.cpp' 'tools/*.cpp' | xargs clang-tidy -p build/release --quiet
+# What differs from where this branch left main, or from the last commit on main itself; lint-all looks at everything.
+lint: compile-commands
+	@git diff --name-only --diff-filter=d $$(git merge-base HEAD $$(git rev-parse -q --verify @{upstream} || \
+		git rev-parse -q --verify main || echo HEAD)) -- 'extractor/*.cpp' 'platform/*.cpp' 'tools/*.cpp' | \
+		xargs -r clang-tidy -p build/clang --quiet
+
+lint-all: compile-commands
+	@git ls-files 'extractor/*.cpp' 'platform/*.cpp' 'tools/*.cpp' | xargs clang-tidy -p build/clang --quiet
+
+# Without precompiled headers, which are one compiler's own.
+compile-commands:
+	@cmake --preset clang -DMKVX_BUILD_TOOL=ON >/dev/null
 
 clean:
 	rm -rf build

@@ -95,7 +95,7 @@ class MediaBuffer {
     sp<GraphicBuffer> mGraphicBuffer;
     sp<ABuffer> mBuffer;
     bool mOwnsData;
-    MetaData* mMetaData;  // one strong reference is ours
+    MetaData* mMetaData;     // one strong reference is ours
     MediaBuffer* mOriginal;  // a clone's; one count of it is ours
 
     MediaBuffer(const MediaBuffer&);

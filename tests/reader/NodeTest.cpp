@@ -19,6 +19,11 @@ std::string Walk(const sp<CMatroskaNode>& parent) {
     return out.str();
 }
 
+TEST(Node, ElementsAreKnownByTheirIds) {
+    EXPECT_STREQ("SimpleBlock", reader::FindElementInfo(id::kSimpleBlock)->name);
+    EXPECT_EQ(nullptr, reader::FindElementInfo(0x4243));
+}
+
 TEST(Node, WalksChildrenInFileOrderWhateverTheWidthOfTheirSizes) {
     const Document file = Write({Master(
         id::kInfo, {Uint(id::kTimecodeScale, 5).SizeWidth(8).Label("a"),

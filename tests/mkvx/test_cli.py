@@ -83,8 +83,8 @@ def test_manual_and_completion_tell_what_the_help_tells(mkvx):
     assert subprocess.run(['bash', '-n'], input=forms[1], text=True).returncode == 0
 
 
-# Bytes of the sample: within its Clusters, of which opening reads nothing, and within its head.
-MEDIA, HEAD = range(100000, 170000), range(4096, 8192)
+# Bytes of the sample: within its Clusters, of which opening reads nothing, within its head, and within the EBML header.
+MEDIA, HEAD, START = range(100000, 170000), range(4096, 8192), range(4096)
 
 
 # The sample comes over the network up to there; what the tool has told until then is known. A result is told as
@@ -97,7 +97,7 @@ MEDIA, HEAD = range(100000, 170000), range(4096, 8192)
     (['extract', '--track', '0', '-o', 'OUT'], MEDIA, 'file'),
     (['seek', '--track', '0', '--to', '1', '--to', '3000000', '--to', '7000000', '--format', 'jsonl'], MEDIA, 'lines'),
     (['late', '--track', '0', '--at', '150', '--by', '500000'], MEDIA, 'nothing'),
-    (['sniff'], HEAD, 'nothing'), (['info'], HEAD, 'nothing'), (['index'], HEAD, 'nothing'), (['chapters'], HEAD, 'nothing'),
+    (['sniff'], START, 'nothing'), (['info'], HEAD, 'nothing'), (['index'], HEAD, 'nothing'), (['chapters'], HEAD, 'nothing'),
     (['report', '-o', 'OUT'], MEDIA, 'nothing'),
 ], ids=lambda value: '-'.join(value[:3:2]) if isinstance(value, list) else '')
 def test_interruption(binary, mkvx, sample, serve, tmp_path, args, gate, shape):

@@ -97,7 +97,7 @@ MEDIA, HEAD, START = range(100000, 170000), range(4096, 8192), range(4096)
     (['extract', '--track', '0', '-o', 'OUT'], MEDIA, 'file'),
     (['seek', '--track', '0', '--to', '1', '--to', '3000000', '--to', '7000000', '--format', 'jsonl'], MEDIA, 'lines'),
     (['late', '--track', '0', '--at', '150', '--by', '500000'], MEDIA, 'nothing'),
-    (['sniff'], START, 'nothing'), (['info'], HEAD, 'nothing'), (['index'], HEAD, 'nothing'), (['chapters'], HEAD, 'nothing'),
+    (['sniff'], START, 'nothing'), (['info'], HEAD, 'nothing'), (['info'], START, 'nothing'), (['check'], START, 'nothing'), (['index'], HEAD, 'nothing'), (['chapters'], HEAD, 'nothing'),
     (['report', '-o', 'OUT'], MEDIA, 'nothing'),
 ], ids=lambda value: '-'.join(value[:3:2]) if isinstance(value, list) else '')
 def test_interruption(binary, mkvx, sample, serve, tmp_path, args, gate, shape):

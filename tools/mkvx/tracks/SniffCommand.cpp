@@ -29,6 +29,7 @@ int run(const Globals& globals, const Options& options) {
         } catch (const Interrupted&) {
             break;
         } catch (const FileFailure& failure) {
+            if (wasInterrupted()) break;  // it may be the interruption's doing
             complaints.push_back(failure.what());
         }
     }

@@ -155,6 +155,7 @@ TEST(SeekIndex, WithoutCuesEveryClusterIsVisited) {
                   IndexOf(rebuilt));
         EXPECT_EQ(5.0, rebuilt.Model().Info.Duration.Get());  // the last Cluster's, not the latest
         ASSERT_EQ(1u, rebuilt.Model().Cues.size());
+        EXPECT_TRUE(rebuilt.Model().Cues[0]->IsSynthesised);
         const reader::Cue& cue = *rebuilt.Model().Cues[0];
         EXPECT_EQ(4u, cue.PositionsOf(cue.Points[0])->CueTrack);  // the master track
     }

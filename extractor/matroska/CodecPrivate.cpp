@@ -63,11 +63,12 @@ VorbisLaces LacesOf(const uint8_t* codecPrivate) {
     return {codecPrivate[1], codecPrivate[2]};
 }
 
-// A condition on the headers. The texts and lines are those of the assertions that crash reports show. A
+// A condition on the headers. The texts are those of the assertions that crash reports show. A
 // condition may rely on all those in front of it.
 struct VorbisRule {
     const char* condition;
-    int line;
+    const char* negated;
+    const char* message;
     bool (*holds)(const uint8_t* bytes, size_t size);
 };
 
@@ -75,18 +76,28 @@ constexpr uint8_t kIdentificationHeader = 0x01;
 constexpr uint8_t kCommentHeader = 0x03;
 constexpr uint8_t kSetupHeader = 0x05;
 
+// clang-format off
 const VorbisRule kVorbisRules[] = {
-    {"codecPrivateSize >= 3", 911, [](const uint8_t*, size_t size) { return size >= 3; }},
-    {"codecPrivate[0] == 0x02", 914, [](const uint8_t* bytes, size_t) { return bytes[0] == 0x02; }},
-    {"codecPrivateSize > 3 + len1 + len2", 919,
+    {"codecPrivateSize >= 3", "!(codecPrivateSize >= 3)",
+     "frameworks/av/media/libstagefright/corvo/extractor/matroska/MatroskaExtExtractor:911 CHECK(codecPrivateSize >= 3) failed.",
+     [](const uint8_t*, size_t size) { return size >= 3; }},
+    {"codecPrivate[0] == 0x02", "!(codecPrivate[0] == 0x02)",
+     "frameworks/av/media/libstagefright/corvo/extractor/matroska/MatroskaExtExtractor:914 CHECK(codecPrivate[0] == 0x02) failed.",
+     [](const uint8_t* bytes, size_t) { return bytes[0] == 0x02; }},
+    {"codecPrivateSize > 3 + len1 + len2", "!(codecPrivateSize > 3 + len1 + len2)",
+     "frameworks/av/media/libstagefright/corvo/extractor/matroska/MatroskaExtExtractor:919 CHECK(codecPrivateSize > 3 + len1 + len2) failed.",
      [](const uint8_t* bytes, size_t size) { return size > LacesOf(bytes).setupOffset(); }},
-    {"codecPrivate[3] == 0x01", 921,
+    {"codecPrivate[3] == 0x01", "!(codecPrivate[3] == 0x01)",
+     "frameworks/av/media/libstagefright/corvo/extractor/matroska/MatroskaExtExtractor:921 CHECK(codecPrivate[3] == 0x01) failed.",
      [](const uint8_t* bytes, size_t) { return bytes[3] == kIdentificationHeader; }},
-    {"codecPrivate[len1 + 3] == 0x03", 924,
+    {"codecPrivate[len1 + 3] == 0x03", "!(codecPrivate[len1 + 3] == 0x03)",
+     "frameworks/av/media/libstagefright/corvo/extractor/matroska/MatroskaExtExtractor:924 CHECK(codecPrivate[len1 + 3] == 0x03) failed.",
      [](const uint8_t* bytes, size_t) { return bytes[LacesOf(bytes).identification + 3] == kCommentHeader; }},
-    {"codecPrivate[len1 + len2 + 3] == 0x05", 926,
+    {"codecPrivate[len1 + len2 + 3] == 0x05", "!(codecPrivate[len1 + len2 + 3] == 0x05)",
+     "frameworks/av/media/libstagefright/corvo/extractor/matroska/MatroskaExtExtractor:926 CHECK(codecPrivate[len1 + len2 + 3] == 0x05) failed.",
      [](const uint8_t* bytes, size_t) { return bytes[LacesOf(bytes).setupOffset()] == kSetupHeader; }},
 };
+// clang-format on
 
 const VorbisRule* FirstBrokenRule(const uint8_t* codecPrivate, size_t size) {
     if (codecPrivate == nullptr) size = 0;
@@ -158,7 +169,7 @@ bool VorbisLacesAreLong(const uint8_t* codecPrivate, size_t size) {
 void addVorbis2CodecInfo(const sp<MetaData>& meta, const void* codecPrivate, size_t codecPrivateSize) {
     const uint8_t* bytes = static_cast<const uint8_t*>(codecPrivate);
     const VorbisRule* broken = FirstBrokenRule(bytes, codecPrivateSize);
-    if (broken != nullptr) FailCheck(broken->condition, broken->line);
+    if (broken != nullptr) FailCheck(broken->negated, broken->message);
     const VorbisLaces laces = LacesOf(bytes);
     meta->setData(kKeyVorbisInfo, 0, bytes + 3, laces.identification);
     meta->setData(kKeyVorbisBooks, 0, bytes + laces.setupOffset(), codecPrivateSize - laces.setupOffset());

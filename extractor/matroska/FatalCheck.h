@@ -3,9 +3,10 @@
 
 namespace android {
 
-// Logs, as the platform's own CHECK would, that `condition` (its source text) did not hold, under the tag
-// "MatroskaExtExtractor", and aborts. `line` is part of a text that crash reports are matched against: it is
-// fixed per condition and is not this source file's line.
-[[noreturn]] void FailCheck(const char* condition, int line);
+// Logs both texts under the tag "MatroskaExtExtractor", as the platform's own CHECK would, and aborts.
+// `negated` is the condition that held and should not, `message` a text that crash reports are matched
+// against: its path and line are fixed and not those of this source. Callers write both out, so that a search
+// finds them.
+[[noreturn]] void FailCheck(const char* negated, const char* message);
 
 }  // namespace android

@@ -101,6 +101,10 @@ void MatroskaExtIterator::getAC3Info(int& frameSize, int& sampleRate, int& bitRa
     }
 }
 
+int MatroskaExtIterator::a52_syncinfo(unsigned char* buf, int* flags, int* sampleRate, int* bitRate) {
+    return android::a52_syncinfo(buf, flags, sampleRate, bitRate);
+}
+
 void MatroskaExtIterator::getDTSInfo(int& a, int& b, int& c) {
     InspectedFrame frame;
     long long blockPos;

@@ -33,7 +33,7 @@ MatroskaExtIterator::Examined MatroskaExtIterator::ScanCluster(Examine examine) 
         ++mScannedBlocks;
         if (mBlock.Head().header.trackNumber != mTrackNumber) continue;
         ClearPending();
-        AppendPending(mBlock.Head());
+        if (!AppendPending(mBlock.Head())) continue;
         const Examined examined = examine(*mPendingBlocks.front());
         if (examined == Examined::kFound) return examined;
         ClearPending();

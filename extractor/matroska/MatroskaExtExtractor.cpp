@@ -14,12 +14,6 @@ namespace android {
 
 using namespace MatroskaExtReader;
 
-namespace {
-
-constexpr int kThumbnailCheckLine = 1276;
-
-}  // namespace
-
 MatroskaExtExtractor::MatroskaExtExtractor(const sp<DataSource>& source)
     : mFile(new CMatroskaFile(source)), mThumbnailsFound(false), mSubtitleCount(0) {
     const CMatroskaFile::Opening opening(mFile.get());
@@ -50,8 +44,9 @@ void MatroskaExtExtractor::addTracks() {
 // come through the codec tables, and none does; the merging of events depends on its staying 0.
 void MatroskaExtExtractor::AddTrack(const TrackEntry& entry) {
     const DiscoveredTrack track = DiscoverTrack(mFile.get(), entry);
+    if (track.mCountsAsSubtitle) ++mSubtitleCount;
     if (track.mDrop != DropReason::kNone) {
-        mDroppedTracks.push_back(DroppedTrack{entry.TrackNumber.Get(), entry.Position, track.mDrop});
+        (void)mDroppedTracks.Append(DroppedTrack{entry.TrackNumber.Get(), entry.Position, track.mDrop});
         return;
     }
     mTracks.push();
@@ -102,7 +97,10 @@ void MatroskaExtExtractor::findThumbnails() {
     for (size_t i = 0; i < mTracks.size(); ++i) {
         const char* mime;
         if (!mTracks[i].mMeta->findCString(kKeyMIMEType, &mime)) {
-            FailCheck("info->mMeta->findCString(kKeyMIMEType, &mime)", kThumbnailCheckLine);
+            // clang-format off
+            FailCheck("!(info->mMeta->findCString(kKeyMIMEType, &mime))",
+                      "frameworks/av/media/libstagefright/corvo/extractor/matroska/MatroskaExtExtractor:1276 CHECK(info->mMeta->findCString(kKeyMIMEType, &mime)) failed.");
+            // clang-format on
         }
         if (strncasecmp(mime, "video/", 6) != 0) continue;
         const uint64_t durationUs = static_cast<uint64_t>(DurationUs(*mFile));

@@ -49,7 +49,7 @@ class MatroskaExtExtractor : public MediaExtractor {
     MatroskaExtReader::CMatroskaFile* File() const { return mFile.get(); }
     uint32_t SubtitleCount() const { return mSubtitleCount; }
     // Tracks of the file that are not in the track table, and why.
-    const std::vector<DroppedTrack>& DroppedTracks() const { return mDroppedTracks; }
+    const MatroskaExtReader::Array<DroppedTrack>& DroppedTracks() const { return mDroppedTracks; }
 
   protected:
     virtual ~MatroskaExtExtractor();
@@ -65,7 +65,7 @@ class MatroskaExtExtractor : public MediaExtractor {
     std::unique_ptr<MatroskaExtReader::CMatroskaFile> mFile;
     bool mThumbnailsFound;
     uint32_t mSubtitleCount;  // Deliberate: stays 0, see AddTrack
-    std::vector<DroppedTrack> mDroppedTracks;
+    MatroskaExtReader::Array<DroppedTrack> mDroppedTracks;
 };
 
 }  // namespace android

@@ -8,6 +8,7 @@
 #include <media/stagefright/MetaData.h>
 
 #include <algorithm>
+#include <new>
 
 #include "matroska/MetaDataKeys.h"
 #include "matroska/reader/OrderedSearch.h"
@@ -92,30 +93,25 @@ bool MatroskaExtIterator::EnterCluster() {
 void MatroskaExtIterator::TakeBlock() {
     const BlockHead& head = mBlock.Head();
     if (head.header.trackNumber == mTrackNumber) {
-        AppendPending(head);
+        (void)AppendPending(head);
         return;
     }
-    if (!CollectsSubtitles()) return;
-    // Deliberate: a foreign number is cut to 32 bits.
-    const TrackEntry* track = mFile->FindTrack(static_cast<uint32_t>(head.header.trackNumber));
-    if (track == nullptr || track->SubtitleType == kSubtitleNone) return;
-    BlockGroup group;
-    head.Fill(group);
-    (void)collectSubtitles(group, track);  // an event that cannot be read is dropped
+    // Deliberate: a foreign number is cut to 32 bits. An event that cannot be read is dropped.
+    (void)collectSubtitles(static_cast<unsigned int>(head.header.trackNumber));
 }
 
-void MatroskaExtIterator::AppendPending(const BlockHead& head) {
-    if (mSpareBlock == nullptr) mSpareBlock.reset(new BlockGroup);
-    head.Fill(*mSpareBlock);
-    mPendingBlocks.push_back(std::move(mSpareBlock));
+// False, with a loss, where memory is refused.
+bool MatroskaExtIterator::AppendPending(const BlockHead& head) {
+    if (mSpareBlock == nullptr) mSpareBlock.reset(new (std::nothrow) BlockGroup);
+    if (mSpareBlock != nullptr) head.Fill(*mSpareBlock);
+    if (mSpareBlock != nullptr && mPendingBlocks.Append(std::move(mSpareBlock))) return true;
+    mFile->Losses.Add(LossKind::kRefusedAllocation, head.header.dataPosition, head.header.dataSize);
+    return false;
 }
 
 void MatroskaExtIterator::PopPending() {
     mSpareBlock = std::move(mPendingBlocks.front());
-    if (mPendingBlocks.size() == 1)
-        mPendingBlocks.pop_back();  // nearly always
-    else
-        mPendingBlocks.erase(mPendingBlocks.begin());
+    mPendingBlocks.PopFront();
 }
 
 void MatroskaExtIterator::ClearPending() {
@@ -157,7 +153,7 @@ status_t MatroskaExtIterator::read(MediaBuffer** out, const MediaSource::ReadOpt
 // Seeks, and sets the index cursor on the first entry behind the target.
 void MatroskaExtIterator::ServeSeek(long long timeUs) {
     seekToTime(timeUs);
-    const std::vector<IndexItem>& index = mFile->Index();
+    const Array<IndexItem>& index = mFile->Index();
     mIndexCursor = static_cast<uint32_t>(
         CountUpTo<int64_t>(timeUs, index.size(), [&](size_t i) { return index[i].Time; }));
 }
@@ -165,7 +161,7 @@ void MatroskaExtIterator::ServeSeek(long long timeUs) {
 // Moves the index cursor along, and when the consumer is late jumps to the sync point there. At most one jump
 // a read.
 void MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
-    const std::vector<IndexItem>& index = mFile->Index();
+    const Array<IndexItem>& index = mFile->Index();
     while (mIndexCursor < index.size()) {  // bounded: a second round has no lateness
         const long long timeUs = BlockTimeUs(*mPendingBlocks.front());
         if (index[mIndexCursor].Time < timeUs) ++mIndexCursor;
@@ -184,7 +180,7 @@ void MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
 // Stays where it is when no block of this track follows there.
 void MatroskaExtIterator::JumpTo(const IndexItem& entry) {
     const Place before = CurrentPlace();
-    std::vector<std::unique_ptr<BlockGroup>> pending;
+    Array<std::unique_ptr<BlockGroup>> pending;
     pending.swap(mPendingBlocks);
     seekToPosition(static_cast<long long>(entry.Position), entry.Time);
     if (!mPendingBlocks.empty() || (OwnBlockFollows() && advance())) return;

@@ -68,6 +68,8 @@ class MatroskaExtIterator {
     std::vector<uint8_t> getMpeg4Headers();
     // From the first frame's A/52 header; all 0 when there is none.
     void getAC3Info(int& frameSize, int& sampleRate, int& bitRate);
+    // What an A/52 frame's header says; its length, or 0. As the free function of that name.
+    int a52_syncinfo(unsigned char* buf, int* flags, int* sampleRate, int* bitRate);
     // Deliberate: reads the first frame and says nothing of it; all three are 0.
     void getDTSInfo(int& a, int& b, int& c);
 
@@ -88,7 +90,7 @@ class MatroskaExtIterator {
     bool StepToNextBlock(bool wantsOthers);
     bool EnterCluster();
     void TakeBlock();
-    void AppendPending(const MatroskaExtReader::BlockHead& head);
+    bool AppendPending(const MatroskaExtReader::BlockHead& head);
     void PopPending();
     void ClearPending();
     bool HasPending();
@@ -117,7 +119,7 @@ class MatroskaExtIterator {
 
     // subtitles
     bool CollectsSubtitles() const;
-    int collectSubtitles(BlockGroup& group, const MatroskaExtReader::TrackEntry* track);
+    int collectSubtitles(unsigned int trackNumber);
     bool MergeWithLast(MediaBuffer* buffer, const BlockGroup& group, unsigned int trackNumber);
     bool DecideMerging(ssize_t comma);
 
@@ -135,8 +137,9 @@ class MatroskaExtIterator {
     BlockCursor mBlock;  // not valid before the Cluster's first block was taken
     // Holds the Timecode only: that of the last Cluster entered which had one.
     MatroskaExtReader::AutoPtr<MatroskaExtReader::Cluster> mClusterInfo;
-    std::vector<std::unique_ptr<BlockGroup>> mPendingBlocks;  // not fully delivered yet, front first
-    std::unique_ptr<BlockGroup> mSpareBlock;                  // for reuse
+    MatroskaExtReader::Array<std::unique_ptr<BlockGroup>>
+        mPendingBlocks;                       // not fully delivered yet, front first
+    std::unique_ptr<BlockGroup> mSpareBlock;  // for reuse
     bool mEOS;
     int64_t mStripBlockPos;
     uint32_t mStripSize;

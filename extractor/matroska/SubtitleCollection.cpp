@@ -28,13 +28,21 @@ bool MatroskaExtIterator::CollectsSubtitles() const {
     return mExtractor != nullptr && mTrackNumber == mFile->MasterTrack();
 }
 
-// Queues the event in `group`, a block of a subtitle track. ERROR_END_OF_STREAM when it cannot be read.
-int MatroskaExtIterator::collectSubtitles(BlockGroup& group, const TrackEntry* track) {
+// Queues the event in the block that the walk stands on, which is one of track `trackNumber`, if that has
+// subtitles. ERROR_END_OF_STREAM when it cannot be read.
+int MatroskaExtIterator::collectSubtitles(unsigned int trackNumber) {
+    if (!CollectsSubtitles()) return 0;
+    const TrackEntry* track = mFile->FindTrack(trackNumber);
+    if (track == nullptr || track->SubtitleType == kSubtitleNone) return 0;
+    BlockGroup group;
+    mBlock.Head().Fill(group);
     MediaBuffer* buffer = ReadBlock(group, track);
     if (buffer == nullptr) return ERROR_END_OF_STREAM;
-    const unsigned int trackNumber = static_cast<unsigned int>(group.Block.TrackNumber.Get());
     if (MergeWithLast(buffer, group, trackNumber)) return 0;
-    mFile->Subtitles.Append(buffer, trackNumber);
+    if (!mFile->Subtitles.Append(buffer, trackNumber)) {
+        mFile->Losses.Add(LossKind::kRefusedAllocation, group.Block.DataPosition, group.Block.DataSize);
+        return ERROR_END_OF_STREAM;
+    }
     mLastSubtitleTrack = trackNumber;
     return 0;
 }
@@ -68,7 +76,7 @@ bool MatroskaExtIterator::MergeWithLast(MediaBuffer* buffer, const BlockGroup& g
     MergeEvents(static_cast<uint8_t*>(merged->data()), BytesOf(buffer), newSize, lastText, lastSize, textAt);
     buffer->release();
     mFile->Subtitles.DropLast();
-    mFile->Subtitles.Append(merged, static_cast<uint32_t>(mLastSubtitleTrack));
+    (void)mFile->Subtitles.Append(merged, static_cast<uint32_t>(mLastSubtitleTrack));  // in the place left
     return true;
 }
 

@@ -235,6 +235,9 @@ DropReason DescribeByType(CMatroskaFile* file, const TrackEntry& entry, const ch
             return DescribeAudio(entry, mime, track->mMeta);
         case kTrackTypeVideo:
             return DescribeVideo(file, entry, mime, track);
+        case kTrackTypeSubtitle:  // Deliberate: none comes here, for DiscoverTrack takes them apart before
+            track->mCountsAsSubtitle = true;
+            return DropReason::kTrackType;
         default:
             return DropReason::kTrackType;
     }

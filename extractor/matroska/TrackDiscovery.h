@@ -37,6 +37,7 @@ struct DiscoveredTrack {
     sp<MetaData> mMeta;     // null when dropped
     int64_t mExtraPos = 0;  // block whose first mExtraSize bytes became the codec configuration; 0: none
     uint32_t mExtraSize = 0;
+    bool mCountsAsSubtitle = false;  // dropped, as a subtitle track that came through the codec tables
 };
 
 DiscoveredTrack DiscoverTrack(MatroskaExtReader::CMatroskaFile* file,

@@ -16,6 +16,14 @@ namespace {
 std::atomic<long long> gHeld{0};
 std::atomic<long long> gPeak{0};
 std::atomic<size_t> gMost{SIZE_MAX};  // that malloc gives
+std::atomic<long> gLarger{0};         // blocks asked for
+std::atomic<long> gRefused{0};        // which of them is refused
+
+bool IsRefused(size_t size) {
+    if (size <= gMost.load(std::memory_order_relaxed)) return false;
+    const long number = gLarger++;
+    return gRefused == testing_support::RefusedAbove::kAll || gRefused == number;
+}
 
 void Count(long long change) {
     const long long held = gHeld.fetch_add(change, std::memory_order_relaxed) + change;
@@ -64,7 +72,7 @@ static void* Took(void* p) {
 }
 
 COUNTED void* malloc(size_t size) noexcept {
-    if (size > gMost.load(std::memory_order_relaxed)) return nullptr;
+    if (IsRefused(size)) return nullptr;
     return Took(__libc_malloc(size));
 }
 COUNTED void* calloc(size_t count, size_t size) noexcept {
@@ -101,8 +109,13 @@ COUNTED void free(void* p) noexcept {
 
 namespace testing_support {
 
-RefusedAbove::RefusedAbove(size_t bytes) {
+RefusedAbove::RefusedAbove(size_t bytes, long which) {
+    gLarger = 0;
+    gRefused = which;
     gMost = bytes;
+}
+long RefusedAbove::Asked() const {
+    return gLarger;
 }
 RefusedAbove::~RefusedAbove() {
     gMost = SIZE_MAX;

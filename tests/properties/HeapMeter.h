@@ -19,12 +19,15 @@ class HeapMeter {
     long long mBase;
 };
 
-// While one lives, larger blocks are refused to every thread. A sanitizer's allocator cannot be made to do
-// that, so plain builds only.
+// While one lives, larger blocks are refused to every thread: all of them, or only the one with this number,
+// counted from 0. A sanitizer's allocator cannot be made to do that, so plain builds only.
 class RefusedAbove {
   public:
-    explicit RefusedAbove(size_t bytes);
+    static constexpr long kAll = -1;
+    explicit RefusedAbove(size_t bytes, long which = kAll);
     ~RefusedAbove();
+    // How many larger blocks were asked for.
+    long Asked() const;
 };
 
 }  // namespace testing_support

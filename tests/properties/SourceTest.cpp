@@ -239,6 +239,45 @@ TEST(Allocation, ARefusedUnitIsLostAlone) {
 }
 
 #if !IS_SANITIZED
+// Cue lists, the index, runs of block headers, laces and queued events of more than 4 KiB, of which one is
+// refused, whichever it is: no more than one event is lost, and no unit.
+TEST(Allocation, OneRefusedBlockCostsOneEventAtMost) {
+    constexpr size_t kMost = 4096, kEvents = 1500, kFrames = 400, kLaces = 200;
+    Elements points,
+        blocks = {SimpleBlock(2, 0, kKeyFrame, Lacing::kXiph, std::vector<Bytes>(kLaces, Bytes(1)))};
+    for (uint64_t i = 0; i < 700; ++i) points.push_back(CuePoint(i, 1, "cluster"));
+    for (size_t i = 0; i < kFrames; ++i) blocks.push_back(SimpleBlock(1, 0, kKeyFrame, Bytes(1)));
+    for (size_t i = 0; i < kEvents; ++i) blocks.push_back(BlockGroup(3, 0, Text("e")));
+    const Bytes file =
+        Write({EbmlHeader(),
+               Segment({Info(1000),
+                        Master(id::kTracks,
+                               {Mpeg2Track(1), Track(2, 2, "A_VORBIS", {Private(Hex("020101 01 03 05"))}),
+                                TextTrack(3)}),
+                        Master(id::kCues, points), Cluster(0, blocks).Label("cluster")})})
+            .bytes;
+    const SilentLog silence;
+    const sp<android::DataSource> source = new FaultySource(file, {});
+    long asked = 1;
+    for (long which = 0; which < asked; ++which) {
+        SCOPED_TRACE(which);
+        const RefusedAbove refused(kMost, which);
+        const sp<MediaExtractor> extractor = Open(source);
+        ASSERT_EQ(3u, extractor->countTracks());
+        size_t counts[3] = {};
+        for (const size_t track : {1, 0, 2}) {
+            const sp<MediaSource> units = Started(extractor, track);
+            MediaBuffer* buffer = nullptr;
+            for (; units->read(&buffer, nullptr) == android::OK; ++counts[track]) buffer->release();
+        }
+        EXPECT_EQ(kFrames, counts[0]);
+        EXPECT_EQ(kLaces, counts[1]);
+        EXPECT_LE(kEvents - 1, counts[2]);
+        asked = refused.Asked();
+    }
+    EXPECT_LT(10, asked);
+}
+
 // No memory for large blocks, of which each file chooses one: what was to hold it is lost or left as stored,
 // the small unit behind it comes, and with memory again everything does.
 TEST(Allocation, RefusedMemoryCostsOneUnitAtMost) {

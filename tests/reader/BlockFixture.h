@@ -42,7 +42,7 @@ struct OneBlock : InitialisedFile {
 
     std::vector<uint64_t> Sizes() {
         Block().ParseData(node.get(), entry, true);
-        return Block().FrameSizes;
+        return {Block().FrameSizes.begin(), Block().FrameSizes.end()};
     }
 
     std::unique_ptr<reader::BlockGroup> group;

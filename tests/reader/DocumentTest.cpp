@@ -194,7 +194,7 @@ TEST(Document, EveryListedCuesElementIsReadOnceInTheOrderListed) {
                                       Cluster(1, {}), cuesAt(4)})});
     InitialisedFile open(file);
     std::string times;
-    for (const auto& cue : open.Model().Cues) times += std::to_string(cue->Points.at(0).CueTime) + " ";
+    for (const auto& cue : open.Model().Cues) times += std::to_string(cue->Points[0].CueTime) + " ";
     EXPECT_EQ("3 1 2 ", times);
 }
 

@@ -2,6 +2,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <new>
 
 #include "matroska/reader/Lacing.h"
 #include "matroska/reader/MatroskaReader.h"
@@ -200,14 +201,17 @@ Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool
     file->SeekTo(DataPosition);
     FramesPosition = DataPosition;
     const size_t firstSize = FrameSizes.size();  // a block that is parsed again has its sizes twice
+    bool hasRoom = true;
     if (Lacing() == kLacingNone) {
-        FrameSizes.push_back(DataSize);
+        hasRoom = FrameSizes.Append(DataSize);
     } else {
-        const LacingResult lacing = DecodeLacing(Lacing(), DataPosition + DataSize, *file,
-                                                 [this](uint64_t size) { FrameSizes.push_back(size); });
+        const LacingResult lacing =
+            DecodeLacing(Lacing(), DataPosition + DataSize, *file,
+                         [&](uint64_t size) { hasRoom = hasRoom && FrameSizes.Append(size); });
         FramesPosition = lacing.framesPosition;
         if (!lacing.isWhole) return Refuse(node, LossKind::kBadLacing);
     }
+    if (!hasRoom) return Refuse(node, LossKind::kRefusedAllocation);
     return sizesOnly || track == nullptr ? kOk : ReadFrames(node, *track, firstSize);
 }
 
@@ -218,11 +222,11 @@ Result SimpleBlock::ReadFrames(CMatroskaNode* node, const TrackEntry& track, siz
     uint32_t roomLeft = MostRestoredBytes(*file);
     file->SeekTo(FramesPosition);
     for (size_t i = firstSize; i < FrameSizes.size(); ++i) {
-        AutoPtr<CBinary> frame = new CBinary;
-        if (!frame->Resize(static_cast<uint32_t>(FrameSizes[i])))
+        AutoPtr<CBinary> frame = new (std::nothrow) CBinary;
+        if (frame == nullptr || !frame->Resize(static_cast<uint32_t>(FrameSizes[i])))
             return Refuse(node, LossKind::kRefusedAllocation);
         if (Failed(file->Read(frame->data(), frame->size()))) return Refuse(node, LossKind::kBeyondSource);
-        DecodedFrames.push_back(frame);
+        if (!DecodedFrames.Append(frame)) return Refuse(node, LossKind::kRefusedAllocation);
     }
     for (const AutoPtr<CBinary>& frame : DecodedFrames) {
         const uint32_t most = std::min(roomLeft, limit::kInflatedFrameBytes);
@@ -298,7 +302,7 @@ Result SimpleBlock::ReadDecoded(CMatroskaNode* node, const TrackEntry& track, ui
     if (track.IsVorbis) {
         if (DecodedFrames.empty()) return kOk;  // a lace without frames
         const AutoPtr<CBinary> frame = DecodedFrames.front();
-        DecodedFrames.erase(DecodedFrames.begin());
+        DecodedFrames.PopFront();
         if (!room.Put(frame->data(), frame->size())) return kFailure;
         len = static_cast<long>(room.next - out);
         return kOk;

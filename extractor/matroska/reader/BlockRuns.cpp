@@ -37,6 +37,7 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
     mKey = key;
     mIsFirst = isFirst;
     mHasEnded = false;
+    mIsCut = false;
     mIsDoubtful = false;
     mSoundBlocks = 0;
     mIsOnNewBlock = false;
@@ -84,6 +85,7 @@ void BlockRun::Continue(const BlockRun& before) {
     mHasTimecode = before.mHasTimecode;
     mClusterTimecode = before.mClusterTimecode;
     mTail = before.mTail->Copy();
+    mIsOnNewBlock = before.mIsOnNewBlock;
 }
 
 void BlockRun::StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster) {
@@ -123,19 +125,27 @@ bool BlockRun::TakeNextBlock() {
         }
         mIsOnNewBlock = false;
         if (TakeBlock()) return true;
+        if (mIsCut) return false;
     }
 }
 
 bool BlockRun::TakeBlock() {
     if (mTail->Id() == id::kSimpleBlock) {
-        mHeads.push_back(BlockHead::OfSimpleBlock(
+        return Keep(BlockHead::OfSimpleBlock(
             ReadBlockHeader(*mTail->File(), mTail->DataStart(), mTail->PayloadEnd())));
-        return true;
     }
     mScratch.Reset();
     if (Failed(mScratch.Parse(mTail.get()))) return false;
-    mHeads.push_back(BlockHead::Of(mScratch));
-    return true;
+    return Keep(BlockHead::Of(mScratch));
+}
+
+// Without memory the run ends here, for everybody but those who go on behind it.
+bool BlockRun::Keep(const BlockHead& head) {
+    if (mHeads.Append(head)) return true;
+    mTail->File()->Losses.Add(LossKind::kRefusedAllocation, mTail->HeaderStart(), 0);
+    mIsCut = mIsOnNewBlock = true;
+    Doubt(mHeads.size());
+    return false;
 }
 
 void BlockRun::Finish() {
@@ -156,6 +166,12 @@ void BlockRunCache::Clear() {
 }
 
 sp<BlockRun> BlockRunCache::After(const BlockRun& before) {
+    if (before.mIsCut) {  // its end is no place that a key tells
+        const sp<BlockRun> run = new BlockRun;
+        run->Restart(0, false);
+        run->Continue(before);
+        return run;
+    }
     bool isNew;
     const sp<BlockRun>& run = Slot(before.mTail->HeaderStart(), false, &isNew);
     if (isNew) run->Continue(before);

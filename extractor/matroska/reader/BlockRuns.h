@@ -15,8 +15,7 @@
 
 #include <stdint.h>
 
-#include <vector>
-
+#include "matroska/reader/Array.h"
 #include "matroska/reader/MatroskaElements.h"
 #include "matroska/reader/Node.h"
 
@@ -54,7 +53,7 @@ class BlockRun : public android::RefBase {
         while (index + 1 < sound && mHeads[index + 1].header.trackNumber != track) ++index;
         return index;
     }
-    bool IsFull() const { return mHeads.size() == kBlocks; }
+    bool IsFull() const { return mHeads.size() == kBlocks || mIsCut; }
     bool IsDoubtful() const { return mIsDoubtful; }
     // How many of the known blocks were found before a read failed.
     size_t SoundBlocks() const { return mIsDoubtful ? mSoundBlocks : mHeads.size(); }
@@ -79,12 +78,14 @@ class BlockRun : public android::RefBase {
     bool Walk(size_t index);
     bool TakeNextBlock();
     bool TakeBlock();
+    bool Keep(const BlockHead& head);
     void Finish();
 
     uint64_t mLastUse = 0;  // the cache's clock
     uint64_t mKey = 0;      // header start of the Cluster, or of the last block of the run before
     bool mIsFirst = false;
     bool mHasEnded = false;
+    bool mIsCut = false;  // for want of memory it ends in front of the block that mTail stands on
     bool mIsDoubtful = false;
     size_t mSoundBlocks = 0;
     bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
@@ -93,7 +94,7 @@ class BlockRun : public android::RefBase {
     uint64_t mWalkEnd = 0;
     android::sp<CMatroskaNode> mTail;  // the element that the walk stands on
     BlockGroup mScratch;
-    std::vector<BlockHead> mHeads;
+    Array<BlockHead> mHeads;
 };
 
 class BlockRunCache {

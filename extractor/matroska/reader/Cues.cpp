@@ -5,102 +5,101 @@ namespace MatroskaExtReader {
 
 namespace {
 
+// An element that is a number, and where it goes.
+template <typename X>
+struct NumberRow {
+    uint32_t id;
+    uint64_t X::*member;
+};
+
 // A number that cannot be read is 0.
-void Take(CMatroskaNode* node, uint64_t* number) {
-    CUInt value;
-    (void)value.Parse(node);
-    *number = value.Get();
+template <typename X, size_t N>
+void TakeNumber(X* object, CMatroskaNode* child, const NumberRow<X> (&rows)[N]) {
+    for (const NumberRow<X>& row : rows) {
+        if (row.id != child->Id()) continue;
+        CUInt value;
+        (void)value.Parse(child);
+        object->*row.member = value.Get();
+        return;
+    }
+}
+
+// Appends what was read from the element at `node`.
+template <typename T>
+Result Keep(Array<T>* list, const T& item, CMatroskaNode* node) {
+    if (list->Append(item)) return kOk;
+    node->File()->Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), node->Size());
+    return kOutOfMemory;
 }
 
 }  // namespace
 
 Result Cue::Parse(CMatroskaNode* node) {
     return VisitChildren(node, [this](CMatroskaNode* child) {
-        if (child->Id() == id::kCuePoint) (void)ParsePoint(child);
+        CuePoint point;
+        if (child->Id() != id::kCuePoint || Failed(point.Parse(child, this))) return true;
+        if (!Failed(Keep(&Points, point, child))) NoteOrder();
         return true;
     });
 }
 
-// Appends the point when it has a readable child, as a list of repeated masters would.
-Result Cue::ParsePoint(CMatroskaNode* node) {
+Result CuePoint::Parse(CMatroskaNode* node, Cue* lists) {
+    static const NumberRow<CuePoint> kRows[] = {{id::kCueTime, &CuePoint::CueTime}};
     if (!node->File()->Admit(Kept::kCuePoint, node)) return kFailure;
-    CuePoint point;
-    point.FirstPosition = static_cast<uint32_t>(Positions.size());
+    FirstPosition = static_cast<uint32_t>(lists->Positions.size());
     const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        if (child->Id() == id::kCueTime) Take(child, &point.CueTime);
-        if (child->Id() == id::kCueTrackPositions) (void)ParsePosition(child);
-        return true;
-    });
-    if (Failed(result)) return result;
-    point.PositionCount = static_cast<uint32_t>(Positions.size()) - point.FirstPosition;
-    Append(point);
-    return kOk;
-}
-
-Result Cue::ParsePosition(CMatroskaNode* node) {
-    if (!node->File()->Admit(Kept::kCuePosition, node)) return kFailure;
-    CueTrackPosition position;
-    position.FirstReference = static_cast<uint32_t>(References.size());
-    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        switch (child->Id()) {
-            case id::kCueTrack:
-                Take(child, &position.CueTrack);
-                break;
-            case id::kCueClusterPosition:
-                Take(child, &position.CueClusterPosition);
-                break;
-            case id::kCueBlockNumber:
-                Take(child, &position.CueBlockNumber);
-                break;
-            case id::kCueCodecState:
-                Take(child, &position.CueCodecState);
-                break;
-            case id::kCueReference:
-                (void)ParseReference(child);
-                break;
-            default:
-                break;
+        TakeNumber(this, child, kRows);
+        CueTrackPosition position;
+        if (child->Id() == id::kCueTrackPositions && !Failed(position.Parse(child, lists))) {
+            (void)Keep(&lists->Positions, position, child);
         }
         return true;
     });
-    if (Failed(result)) return result;
-    position.ReferenceCount = static_cast<uint32_t>(References.size()) - position.FirstReference;
-    Positions.push_back(position);
-    return kOk;
-}
-
-Result Cue::ParseReference(CMatroskaNode* node) {
-    if (!node->File()->Admit(Kept::kCueReference, node)) return kFailure;
-    CueReference reference;
-    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        switch (child->Id()) {
-            case id::kCueRefTime:
-                Take(child, &reference.CueRefTime);
-                break;
-            case id::kCueRefCluster:
-                Take(child, &reference.CueRefCluster);
-                break;
-            case id::kCueRefNumber:
-                Take(child, &reference.CueRefNumber);
-                break;
-            case id::kCueRefCodecState:
-                Take(child, &reference.CueRefCodecState);
-                break;
-            default:
-                break;
-        }
-        return true;
-    });
-    if (!Failed(result)) References.push_back(reference);
+    PositionCount = static_cast<uint32_t>(lists->Positions.size()) - FirstPosition;
     return result;
 }
 
-void Cue::Append(const CuePoint& point) {
-    mIsOrdered = mIsOrdered && (Points.empty() || Points.back().CueTime <= point.CueTime);
-    Points.push_back(point);
+Result CueTrackPosition::Parse(CMatroskaNode* node, Cue* lists) {
+    static const NumberRow<CueTrackPosition> kRows[] = {
+        {id::kCueTrack, &CueTrackPosition::CueTrack},
+        {id::kCueClusterPosition, &CueTrackPosition::CueClusterPosition},
+        {id::kCueBlockNumber, &CueTrackPosition::CueBlockNumber},
+        {id::kCueCodecState, &CueTrackPosition::CueCodecState},
+    };
+    if (!node->File()->Admit(Kept::kCuePosition, node)) return kFailure;
+    FirstReference = static_cast<uint32_t>(lists->References.size());
+    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
+        TakeNumber(this, child, kRows);
+        CueReference reference;
+        if (child->Id() == id::kCueReference && !Failed(reference.Parse(child))) {
+            (void)Keep(&lists->References, reference, child);
+        }
+        return true;
+    });
+    ReferenceCount = static_cast<uint32_t>(lists->References.size()) - FirstReference;
+    return result;
 }
 
-void Cue::AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition) {
+Result CueReference::Parse(CMatroskaNode* node) {
+    static const NumberRow<CueReference> kRows[] = {
+        {id::kCueRefTime, &CueReference::CueRefTime},
+        {id::kCueRefCluster, &CueReference::CueRefCluster},
+        {id::kCueRefNumber, &CueReference::CueRefNumber},
+        {id::kCueRefCodecState, &CueReference::CueRefCodecState},
+    };
+    if (!node->File()->Admit(Kept::kCueReference, node)) return kFailure;
+    return VisitChildren(node, [&](CMatroskaNode* child) {
+        TakeNumber(this, child, kRows);
+        return true;
+    });
+}
+
+void Cue::NoteOrder() {
+    const size_t count = Points.size();
+    mIsOrdered = mIsOrdered && (count < 2 || Points[count - 2].CueTime <= Points[count - 1].CueTime);
+}
+
+bool Cue::AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition) {
     CuePoint point;
     point.CueTime = time;
     point.FirstPosition = static_cast<uint32_t>(Positions.size());
@@ -108,8 +107,9 @@ void Cue::AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition) {
     CueTrackPosition position;
     position.CueTrack = track;
     position.CueClusterPosition = clusterPosition;
-    Append(point);
-    Positions.push_back(position);
+    if (!Positions.Append(position) || !Points.Append(point)) return false;
+    NoteOrder();
+    return true;
 }
 
 }  // namespace MatroskaExtReader

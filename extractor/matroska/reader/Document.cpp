@@ -1,6 +1,8 @@
 // The order of opening a document, and the look-up of its tracks.
 #include <string.h>
 
+#include <algorithm>
+
 #include "matroska/reader/MatroskaReader.h"
 #include "matroska/reader/ParseChildren.h"
 
@@ -62,20 +64,28 @@ uint32_t CMatroskaFile::GetTrackCnt() const {
     return static_cast<uint32_t>(count);
 }
 
+// Of entries with the same number the one that answers comes first: the last Tracks element that has it
+// counts.
 void CMatroskaFile::IndexTracks() {
     mTracksByNumber.clear();
-    for (size_t i = Segment.Tracks.size();
-         i-- > 0;) {  // the last Tracks element that has a number answers for it
+    const bool hasRoom = mTracksByNumber.Reserve(GetTrackCnt());
+    if (!hasRoom) Losses.Add(LossKind::kRefusedAllocation, Segment.DataStart, 0);
+    for (size_t i = hasRoom ? Segment.Tracks.size() : 0; i-- > 0;) {
         for (const AutoPtr<TrackEntry>& entry : Segment.Tracks[i]->Entries) {
-            const uint64_t number = entry->TrackNumber.Get();
-            if (number <= UINT32_MAX) mTracksByNumber.emplace(static_cast<uint32_t>(number), entry.get());
+            if (entry->TrackNumber.Get() <= UINT32_MAX) (void)mTracksByNumber.Append(entry.get());
         }
     }
+    std::stable_sort(mTracksByNumber.begin(), mTracksByNumber.end(), [](TrackEntry* a, TrackEntry* b) {
+        return a->TrackNumber.Get() < b->TrackNumber.Get();
+    });
 }
 
 TrackEntry* CMatroskaFile::FindTrack(uint32_t number) const {
-    const auto found = mTracksByNumber.find(number);
-    return found == mTracksByNumber.end() ? nullptr : found->second;
+    TrackEntry* const* found =
+        std::lower_bound(mTracksByNumber.begin(), mTracksByNumber.end(), number,
+                         [](TrackEntry* entry, uint64_t n) { return entry->TrackNumber.Get() < n; });
+    const bool isFound = found != mTracksByNumber.end() && (*found)->TrackNumber.Get() == number;
+    return isFound ? *found : nullptr;
 }
 
 }  // namespace MatroskaExtReader

@@ -6,7 +6,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <vector>
+#include "matroska/reader/Array.h"
 
 namespace MatroskaExtReader {
 
@@ -73,14 +73,14 @@ class Losses {
     void Add(LossKind kind, uint64_t position, uint64_t size) {
         ++mCount;
         ++mCounts[static_cast<size_t>(kind)];
-        if (mList.size() < kKept) mList.push_back(Loss{kind, position, size});
+        if (mList.size() < kKept) (void)mList.Append(Loss{kind, position, size});  // the counts go on
     }
-    const std::vector<Loss>& List() const { return mList; }
+    const Array<Loss>& List() const { return mList; }
     uint64_t Count() const { return mCount; }
     uint64_t Count(LossKind kind) const { return mCounts[static_cast<size_t>(kind)]; }
 
   private:
-    std::vector<Loss> mList;
+    Array<Loss> mList;
     uint64_t mCount = 0;
     uint64_t mCounts[kLossKinds] = {};
 };

@@ -14,6 +14,7 @@
 
 #include <vector>
 
+#include "matroska/reader/Array.h"
 #include "matroska/reader/Containers.h"
 #include "matroska/reader/Losses.h"
 #include "matroska/reader/Values.h"
@@ -242,8 +243,13 @@ class Track : public android::RefBase {
 // --------------------------------------------------------------------------------------------------------
 
 // A Cues element may hold hundreds of thousands of points, so they are kept flat: a point names a range of
-// positions, a position a range of references, all in file order.
+// positions, a position a range of references, all in file order. What their Parse reads below them goes into
+// the lists of `lists`.
+class Cue;
+
 struct CueReference {
+    Result Parse(CMatroskaNode* node);
+
     uint64_t CueRefTime = 0;
     uint64_t CueRefCluster = 0;
     uint64_t CueRefNumber = 0;
@@ -251,6 +257,8 @@ struct CueReference {
 };
 
 struct CueTrackPosition {
+    Result Parse(CMatroskaNode* node, Cue* lists);
+
     uint64_t CueTrack = 0;
     uint64_t CueClusterPosition = 0;  // bytes from the Segment's data start
     uint64_t CueBlockNumber = 0;
@@ -260,6 +268,8 @@ struct CueTrackPosition {
 };
 
 struct CuePoint {
+    Result Parse(CMatroskaNode* node, Cue* lists);
+
     uint64_t CueTime = 0;  // timecode units
     uint32_t FirstPosition = 0;
     uint32_t PositionCount = 0;
@@ -269,25 +279,23 @@ class Cue : public android::RefBase {
   public:
     Result Parse(CMatroskaNode* node);
 
-    // Appends a point with one position, as the scan of a file without Cues makes them.
-    void AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition);
+    // Appends a point with one position, as the scan of a file without Cues makes them. False where memory is
+    // refused.
+    bool AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition);
     const CueTrackPosition* PositionsOf(const CuePoint& point) const {
         return Positions.data() + point.FirstPosition;
     }
 
-    std::vector<CuePoint> Points;
-    std::vector<CueTrackPosition> Positions;
-    std::vector<CueReference> References;
+    Array<CuePoint> Points;
+    Array<CueTrackPosition> Positions;
+    Array<CueReference> References;
     bool IsSynthesised = false;  // made by a scan of the Clusters
 
     // The points' times, in timecode units, never descend.
     bool IsOrdered() const { return mIsOrdered; }
 
   private:
-    void Append(const CuePoint& point);
-    Result ParsePoint(CMatroskaNode* node);
-    Result ParsePosition(CMatroskaNode* node);
-    Result ParseReference(CMatroskaNode* node);
+    void NoteOrder();
 
     bool mIsOrdered = true;
 };
@@ -398,7 +406,7 @@ class SimpleBlock {
 
     // Gives up the frame that Read would take next from those that were read whole.
     void DropFrame() {
-        if (!DecodedFrames.empty()) DecodedFrames.erase(DecodedFrames.begin());
+        if (!DecodedFrames.empty()) DecodedFrames.PopFront();
     }
 
     // The whole block lies within what the source can deliver and its size fits the interfaces.
@@ -422,8 +430,8 @@ class SimpleBlock {
     uint64_t DataPosition;    // first byte behind the flags
     uint64_t FramesPosition;  // first byte of the first frame; known after ParseData
     uint64_t DataSize;        // bytes from DataPosition to the block's own end, lacing header included
-    std::vector<AutoPtr<CBinary>> DecodedFrames;
-    std::vector<uint64_t> FrameSizes;
+    Array<AutoPtr<CBinary>> DecodedFrames;
+    Array<uint64_t> FrameSizes;
 
   private:
     Result ReadDecoded(CMatroskaNode* node, const TrackEntry& track, uint8_t* out, long& len,

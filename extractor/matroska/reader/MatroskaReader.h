@@ -14,9 +14,6 @@
 
 #include <stdint.h>
 
-#include <unordered_map>
-#include <vector>
-
 #include "matroska/reader/BlockRuns.h"
 #include "matroska/reader/CheckedMath.h"
 #include "matroska/reader/ElementIds.h"
@@ -106,7 +103,7 @@ class CMatroskaFile {
     Result Init();
     uint32_t GetTrackCnt() const;
     // The entry with that TrackNumber, or null. Of several Tracks elements the last one that has it answers,
-    // within one element the first entry. Costs the same however many tracks there are.
+    // within one element the first entry. Costs a binary search.
     TrackEntry* FindTrack(uint32_t number) const;
 
     // ---- sync index ----
@@ -114,7 +111,7 @@ class CMatroskaFile {
     void RebuildIndex();
     // Fills and sorts the index from all Cues.
     android::status_t BuildIndexForSync();
-    const std::vector<IndexItem>& Index() const { return mIndex; }
+    const Array<IndexItem>& Index() const { return mIndex; }
     // How many of the Cue's first points a look-up for `timeUs` has to go through, backwards: in an ordered
     // list without wrapping times those at or before it, else all of them.
     size_t CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const;
@@ -171,11 +168,11 @@ class CMatroskaFile {
     bool mCachesNetwork;
     android::sp<CMatroskaNode> mSegmentNode;
     uint32_t mMasterTrack;
-    std::vector<IndexItem> mIndex;                              // ascending by Time
-    std::unordered_map<uint32_t, TrackEntry*> mTracksByNumber;  // entries are owned by the Segment
+    Array<IndexItem> mIndex;             // ascending by Time
+    Array<TrackEntry*> mTracksByNumber;  // ascending; owned by the Segment
     uint32_t mKept[sizeof(limit::kMostKept) / sizeof(limit::kMostKept[0])] = {};  // by Kept
     uint64_t mKeptBytes;
-    std::vector<android::sp<CMatroskaNode>> mSpareNodes;  // for ChildWalk
+    Array<android::sp<CMatroskaNode>> mSpareNodes;  // for ChildWalk
     Inflater mInflater;
 };
 

@@ -199,12 +199,12 @@ bool CMatroskaNode::NextBlock() {
 
 ChildWalk::ChildWalk(CMatroskaNode* parent) : mHasChild(false) {
     CMatroskaFile* file = parent->File();
-    std::vector<sp<CMatroskaNode>>& spare = file->mSpareNodes;
+    Array<sp<CMatroskaNode>>& spare = file->mSpareNodes;
     if (spare.empty()) {
         mNode = new CMatroskaNode(file);
     } else {
         mNode = std::move(spare.back());
-        spare.pop_back();
+        spare.PopBack();
     }
     if (parent->Size() == 0) return;
     mNode->BecomeFirstChildOf(parent);
@@ -212,7 +212,7 @@ ChildWalk::ChildWalk(CMatroskaNode* parent) : mHasChild(false) {
 }
 
 ChildWalk::~ChildWalk() {
-    mNode->File()->mSpareNodes.push_back(mNode);
+    (void)mNode->File()->mSpareNodes.Append(mNode);  // without memory it just goes
 }
 
 }  // namespace MatroskaExtReader

@@ -18,7 +18,7 @@ bool IsEarlier(const IndexItem& a, const IndexItem& b) {
 }
 
 // Strictly descending by Time.
-bool IsDescending(const std::vector<IndexItem>& items) {
+bool IsDescending(const Array<IndexItem>& items) {
     for (size_t i = 1; i < items.size(); ++i) {
         if (items[i].Time >= items[i - 1].Time) return false;
     }
@@ -45,7 +45,8 @@ void CMatroskaFile::RebuildIndex() {
         (void)cluster->ParseTimeCode(node.get());
         const uint64_t time = cluster->Timecode.Get();
         Segment.Info.Duration.Set(RoundedToSingle(time));
-        cue->AddPoint(time, master, node->HeaderStart() - Segment.DataStart);
+        if (!cue->AddPoint(time, master, node->HeaderStart() - Segment.DataStart))
+            Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), 0);
         if (!node->Next(true)) break;
     }
     Segment.Cues.Append(cue);
@@ -53,14 +54,19 @@ void CMatroskaFile::RebuildIndex() {
 
 android::status_t CMatroskaFile::BuildIndexForSync() {
     mIndex.clear();
+    size_t points = 0;
+    for (const AutoPtr<Cue>& cue : Segment.Cues) points += cue->Points.size();
+    if (!mIndex.Reserve(points)) {
+        Losses.Add(LossKind::kRefusedAllocation, Segment.DataStart, 0);
+        return android::NO_MEMORY;
+    }
     for (const AutoPtr<Cue>& cue : Segment.Cues) {
-        mIndex.reserve(mIndex.size() + cue->Points.size());
         for (size_t i = cue->Points.size(); i-- > 0;) {
             const CuePoint& point = cue->Points[i];
             if (point.PositionCount == 0) continue;  // names no place
             const uint64_t time = ToMicroseconds(point.CueTime);
             const uint64_t position = cue->PositionsOf(point)[0].CueClusterPosition;
-            mIndex.push_back(IndexItem{static_cast<int64_t>(time), position});
+            (void)mIndex.Append(IndexItem{static_cast<int64_t>(time), position});
         }
     }
     // Cues in their usual order arrive here backwards.
@@ -75,7 +81,7 @@ android::status_t CMatroskaFile::BuildIndexForSync() {
 // What is searched is the order that parsing noted, of the times as they stand in the file; it is also that
 // of the microseconds only where none of them wraps.
 size_t CMatroskaFile::CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const {
-    const std::vector<CuePoint>& points = cue.Points;
+    const Array<CuePoint>& points = cue.Points;
     const uint64_t scale = TimecodeScale();
     if (points.empty() || scale == 0 || !cue.IsOrdered()) return points.size();
     if (points.back().CueTime > UINT64_MAX / scale || timeUs >= UINT64_MAX / 1000) return points.size();

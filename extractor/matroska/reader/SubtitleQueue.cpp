@@ -8,30 +8,41 @@ namespace MatroskaExtReader {
 
 using android::MediaBuffer;
 
-void SubtitleQueue::Append(MediaBuffer* buffer, uint32_t trackNumber) {
-    mRecords.push_back(SubtitleInfo{buffer, trackNumber});
+bool SubtitleQueue::Append(MediaBuffer* buffer, uint32_t trackNumber) {
+    if (!mRecords.Append(SubtitleInfo{buffer, trackNumber})) {
+        buffer->release();
+        return false;
+    }
     mBytes += buffer->size();
-    while (mRecords.size() > kMaxRecords || (mBytes > kMaxBytes && mRecords.size() > 1)) DropFirst();
+    while (Count() > kMaxRecords || (mBytes > kMaxBytes && Count() > 1)) DropFirst();
+    return true;
+}
+
+// Moves what is left to the front now and then, so that a record is moved about once.
+void SubtitleQueue::PassFirst() {
+    mBytes -= First().mBuffer->size();
+    if (2 * ++mTaken < mRecords.size()) return;
+    mRecords.PopFront(mTaken);
+    mTaken = 0;
 }
 
 void SubtitleQueue::DropFirst() {
-    mBytes -= mRecords.front().mBuffer->size();
-    mRecords.front().mBuffer->release();
-    mRecords.pop_front();
+    MediaBuffer* buffer = First().mBuffer;
+    PassFirst();
+    buffer->release();
 }
 
 void SubtitleQueue::DropLast() {
     mBytes -= mRecords.back().mBuffer->size();
     mRecords.back().mBuffer->release();
-    mRecords.pop_back();
+    mRecords.PopBack();
 }
 
 MediaBuffer* SubtitleQueue::TakeFor(uint32_t trackNumber) {
-    while (!mRecords.empty()) {
-        if (mRecords.front().mTrackNumber == trackNumber) {
-            MediaBuffer* buffer = mRecords.front().mBuffer;
-            mBytes -= buffer->size();
-            mRecords.pop_front();
+    while (!IsEmpty()) {
+        if (First().mTrackNumber == trackNumber) {
+            MediaBuffer* buffer = First().mBuffer;
+            PassFirst();
             return buffer;
         }
         // Deliberate: what belongs to another subtitle track is not kept for that track's source.
@@ -41,7 +52,7 @@ MediaBuffer* SubtitleQueue::TakeFor(uint32_t trackNumber) {
 }
 
 void SubtitleQueue::Clear() {
-    while (!mRecords.empty()) DropFirst();
+    while (!IsEmpty()) DropFirst();
 }
 
 }  // namespace MatroskaExtReader

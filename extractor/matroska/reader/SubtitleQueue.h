@@ -8,7 +8,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <deque>
+#include "matroska/reader/Array.h"
 
 namespace android {
 
@@ -33,10 +33,10 @@ class SubtitleQueue {
     SubtitleQueue(const SubtitleQueue&) = delete;
     SubtitleQueue& operator=(const SubtitleQueue&) = delete;
 
-    bool IsEmpty() const { return mRecords.empty(); }
-    size_t Count() const { return mRecords.size(); }
-    // Takes the buffer over.
-    void Append(android::MediaBuffer* buffer, uint32_t trackNumber);
+    bool IsEmpty() const { return Count() == 0; }
+    size_t Count() const { return mRecords.size() - mTaken; }
+    // Takes the buffer over. False where memory is refused: then it is released.
+    bool Append(android::MediaBuffer* buffer, uint32_t trackNumber);
     // The newest record; the queue must not be empty.
     const SubtitleInfo& Last() const { return mRecords.back(); }
     // Releases the newest record.
@@ -48,9 +48,12 @@ class SubtitleQueue {
     void Clear();
 
   private:
+    const SubtitleInfo& First() const { return mRecords[mTaken]; }
+    void PassFirst();
     void DropFirst();
 
-    std::deque<SubtitleInfo> mRecords;
+    Array<SubtitleInfo> mRecords;
+    size_t mTaken = 0;  // so many in front are gone already
     size_t mBytes;
 };
 

@@ -49,7 +49,7 @@ std::string totalText(LossKind kind, uint64_t count) {
 
 // Nothing when the reader's list was full before.
 std::optional<Evidence> firstPlaceOf(const FileHead& head, LossKind kind) {
-    const std::vector<Loss>& list = head.losses();
+    const std::vector<Loss> list = head.losses();
     const auto found =
         std::find_if(list.begin(), list.end(), [&](const Loss& loss) { return loss.kind == kind; });
     if (found == list.end()) return std::nullopt;
@@ -96,6 +96,12 @@ void judgeSeeking(const Session& session, CheckedFile& checked) {
                 "there are no Cues: opening visits every Cluster ({}), and from a network source seeks "
                 "start over",
                 report.points),
+            {}, remuxCommand(checked.path));
+    if (report.source == "none" && report.isStreamed)
+        add(checked, "no_cues_streamed", Weight::kNote,
+            "over a network no Cues are found, for none stand in front and no SeekHead there lists any: "
+            "every "
+            "seek starts over",
             {}, remuxCommand(checked.path));
     if (report.source == "cues" && report.masterPoints == 0)
         add(checked, "cues_miss_master", Weight::kLoss,

@@ -64,6 +64,16 @@ class LedgerTable {
     TextTable mTable;
 };
 
+// Why opening goes on behind the head and the Cues.
+void printReasons(const StageCosts& stages, std::FILE* out) {
+    if (stages[size_t(CostStage::kClusters)].reads > 0)
+        fmt::print(out,
+                   "Clusters are passed over because SeekHead, Info and Tracks do not all stand in front.\n");
+    if (stages[size_t(CostStage::kScan)].reads > 0)
+        fmt::print(out,
+                   "There are no Cues that opening finds, so that each Cluster is visited for an index.\n");
+}
+
 void printLedger(const CostReport& report, const CostLedgerResult& ledger, std::FILE* out) {
     if (ledger.isCached)
         fmt::print(out,
@@ -77,6 +87,7 @@ void printLedger(const CostReport& report, const CostLedgerResult& ledger, std::
         if (ledger.stages[i].reads > 0) table.add(stageText(report, CostStage(i)), ledger.stages[i]);
     table.add("total", totalOf(ledger.stages));
     fmt::print(out, "{}", table.str());
+    printReasons(ledger.stages, out);
 }
 
 }  // namespace

@@ -209,8 +209,9 @@ uint64_t FileHead::lossCount(LossKind kind) const {
     return mFile.Losses.Count(kind);
 }
 
-const std::vector<Loss>& FileHead::losses() const {
-    return mFile.Losses.List();
+std::vector<Loss> FileHead::losses() const {
+    const auto& kept = mFile.Losses.List();
+    return {kept.begin(), kept.end()};
 }
 
 Evidence FileHead::evidenceAt(uint64_t position) const {

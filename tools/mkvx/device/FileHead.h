@@ -68,7 +68,7 @@ class FileHead {
     // How often the reader has lost something of that kind, up to now; and the first losses, each with its
     // place.
     uint64_t lossCount(LossKind kind) const;
-    const std::vector<Loss>& losses() const;
+    std::vector<Loss> losses() const;
 
     // The element whose header stands at `position`; bytes that are none where no header can be read.
     Evidence evidenceAt(uint64_t position) const;

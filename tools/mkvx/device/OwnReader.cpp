@@ -134,7 +134,7 @@ std::vector<OfferedTrack> OwnReader::offered() const {
 
 // Both lists are in the order of the file's entries.
 std::vector<std::optional<DropReason>> OwnReader::drops() const {
-    const std::vector<android::DroppedTrack>& dropped = mState->extractor->DroppedTracks();
+    const auto& dropped = mState->extractor->DroppedTracks();
     std::vector<std::optional<DropReason>> drops;
     size_t next = 0;
     for (const auto& tracks : mState->file().Segment.Tracks)

@@ -256,7 +256,6 @@ TEST(Allocation, OneRefusedBlockCostsOneEventAtMost) {
                                 TextTrack(3)}),
                         Master(id::kCues, points), Cluster(0, blocks).Label("cluster")})})
             .bytes;
-    const SilentLog silence;
     const sp<android::DataSource> source = new FaultySource(file, {});
     long asked = 1;
     for (long which = 0; which < asked; ++which) {

@@ -66,7 +66,8 @@ class LedgerTable {
 
 // Why opening goes on behind the head and the Cues.
 void printReasons(const StageCosts& stages, std::FILE* out) {
-    if (stages[size_t(CostStage::kClusters)].reads > 0)
+    constexpr uint64_t kHeader = 12;  // of the one Cluster that ends a search
+    if (stages[size_t(CostStage::kClusters)].distinct > kHeader)
         fmt::print(out,
                    "Clusters are passed over because SeekHead, Info and Tracks do not all stand in front.\n");
     if (stages[size_t(CostStage::kScan)].reads > 0)

@@ -45,6 +45,7 @@ OpeningReads traceOpening(const sp<android::DataSource>& bytes, bool isCached, C
     OpeningReads reads;
     bool isSearched = false;
     const sp<CountingSource> source = new CountingSource(bytes);
+    source->setFlags(isCached ? kNetworkFlags : 0);
     source->observe([&](off64_t offset, size_t asked, ssize_t) {
         reads.trace.add(offset, asked);
         isSearched = isSearched || (reads.headReads == 0 && !elements.isKnown(uint64_t(offset)));

@@ -3,7 +3,6 @@
 //
 // One pass follows the other. One thread.
 #pragma once
-#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -14,22 +13,11 @@ namespace mkvx {
 
 class UnitProgress {
   public:
-    UnitProgress(std::string what, ProgressStyle style, size_t passes)
-        : mProgress(std::move(what), style), mPasses(passes) {}
+    UnitProgress(std::string what, ProgressStyle style, size_t passes);
 
     // The next pass reads this track; 0 for a duration that is not known.
-    void beginPass(int64_t durationUs) {
-        ++mBegun;
-        mDurationUs = durationUs;
-    }
-    void reach(int64_t timeUs, uint64_t size) {
-        mState.bytes += size;
-        if (mDurationUs > 0 && mPasses > 0) {
-            const double within = std::clamp(double(timeUs) / double(mDurationUs), 0.0, 1.0);
-            mState.share = (double(mBegun) - 1 + within) / double(mPasses);
-        }
-        mProgress.reach(mState);
-    }
+    void beginPass(int64_t durationUs);
+    void reach(int64_t timeUs, uint64_t size);
     void reach(const Unit& unit) { reach(unit.timeUs, unit.size); }
     // Before something else is printed to the terminal.
     void hide() { mProgress.hide(); }

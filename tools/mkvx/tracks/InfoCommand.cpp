@@ -5,7 +5,7 @@
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
 #include "device/Session.h"
-#include "tracks/Render.h"
+#include "tracks/Model.h"
 
 namespace mkvx {
 namespace {
@@ -17,7 +17,7 @@ struct Options {
 
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    renderInfo(session.info(), options.format, stdout);
+    print(session.info(), options.format, stdout);
     if (session.info().tracks.empty())
         fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered\n", options.file,
                    session.reader().head().trackCount());

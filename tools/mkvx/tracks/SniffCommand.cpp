@@ -6,8 +6,8 @@
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
-#include "device/Session.h"
-#include "tracks/Render.h"
+#include "tracks/Model.h"
+#include "tracks/Sniff.h"
 
 namespace mkvx {
 namespace {
@@ -18,27 +18,15 @@ struct Options {
 };
 
 int run(const Globals& globals, const Options& options) {
-    const ExtractorPlugin plugin = loadPlugin(globals.plugin);
-    std::vector<SniffResult> results;
-    std::vector<std::string> complaints;
-    for (const std::string& file : options.files) {
-        if (wasInterrupted()) break;
-        try {
-            results.push_back(sniffFile(plugin, file, globals.source));
-            if (!results.back().claimed) complaints.push_back(file + ": is no Matroska or WebM file");
-        } catch (const Interrupted&) {
-            break;
-        } catch (const FileFailure& failure) {
-            if (wasInterrupted()) break;  // it may be the interruption's doing
-            complaints.push_back(failure.what());
-        }
-    }
-    renderSniff(results, options.format, stdout);
+    const SniffRun sniffed = sniffFiles(loadPlugin(globals.plugin), options.files, globals.source);
+    const auto listing = newSniffListing(options.format, stdout);
+    for (const SniffResult& result : sniffed.results) listing->write(result);
+    listing->finish();
     std::fflush(stdout);
-    for (const std::string& complaint : complaints) fmt::print(stderr, "mkvx: {}\n", complaint);
-    throwIfInterrupted(options.files.front(),
-                       fmt::format("{} of {}", results.size(), counted(options.files.size(), "file")));
-    return complaints.empty() ? kExitDone : kExitFileUnusable;
+    for (const std::string& complaint : sniffed.complaints) fmt::print(stderr, "mkvx: {}\n", complaint);
+    throwIfInterrupted(options.files.front(), fmt::format("{} of {}", sniffed.results.size(),
+                                                          counted(options.files.size(), "file")));
+    return sniffed.complaints.empty() ? kExitDone : kExitFileUnusable;
 }
 
 }  // namespace

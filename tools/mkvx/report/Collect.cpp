@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "base/Failure.h"
+#include "seek/Landing.h"
 #include "seek/Targets.h"
 #include "source/OpenSource.h"
 

@@ -2,6 +2,7 @@
 #include <tuple>
 
 #include "report/Collect.h"
+#include "seek/Index.h"
 
 namespace mkvx {
 namespace {

@@ -18,8 +18,7 @@
 #include "device/Model.h"
 #include "report/RateBuckets.h"
 #include "report/Thinned.h"
-#include "seek/Index.h"
-#include "seek/Landing.h"
+#include "seek/Model.h"
 
 namespace mkvx {
 
@@ -72,12 +71,6 @@ struct FileLayout {
     uint64_t missing = 0;         // bytes by which the Segment goes on behind the end of the file
     std::map<std::string, uint64_t> bytesByName;
     Thinned<ClusterMark> clusters;
-};
-
-struct SeekProbe {
-    size_t track = 0;  // the framework's index
-    int64_t targetUs = 0;
-    Landing landing;
 };
 
 struct LossRow {

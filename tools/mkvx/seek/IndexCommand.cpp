@@ -3,13 +3,12 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
-#include "base/Json.h"
-#include "base/Text.h"
+#include "base/ParseTime.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
 #include "device/Session.h"
 #include "seek/Index.h"
-#include "seek/Landing.h"
+#include "seek/Model.h"
 
 namespace mkvx {
 namespace {
@@ -20,54 +19,16 @@ struct Options {
     Format format = Format::kTable;
 };
 
-void printJson(const Options& options, const IndexReport& report, const std::vector<IndexGap>& gaps) {
-    Json json = newResult();
-    json["file"] = printable(options.file);
-    json["source"] = report.source;
-    json["duration_us"] = report.durationUs;
-    json["master_track"] = report.masterTrack;
-    json["points"] = report.points;
-    json["master_points"] = report.masterPoints;
-    json["entries"] = Json::array();
-    for (const IndexEntry& entry : report.entries)
-        json["entries"].push_back({{"time_us", entry.timeUs}, {"position", entry.position}});
-    json["coarse"] = Json::array();
-    for (const IndexGap& gap : gaps) json["coarse"].push_back({{"from_us", gap.fromUs}, {"to_us", gap.toUs}});
-    fmt::print("{}\n", dump(json));
-}
-
-const char* describeSource(const IndexReport& report) {
-    if (report.isStreamed) return "for a source that caches a network stream gets none";
-    if (report.source == "cues") return "from the file's Cues";
-    return report.source == "scan" ? "from a scan of the Clusters, for there are no Cues" : "there is none";
-}
-
-void printTable(const IndexReport& report, const std::vector<IndexGap>& gaps) {
-    fmt::print("Sync index: {} entries, {}; duration {}\n", report.entries.size(), describeSource(report),
-               clockTime(report.durationUs));
-    fmt::print("Seeking: {} of {} cue points name the master track (track number {})\n", report.masterPoints,
-               report.points, report.masterTrack);
-    TextTable table({{"TIME", TextTable::Align::kRight}, {"POSITION", TextTable::Align::kRight}});
-    for (const IndexEntry& entry : report.entries)
-        table.addRow({clockTime(entry.timeUs), std::to_string(entry.position)});
-    fmt::print("{}", table.str());
-    for (const IndexGap& gap : gaps)
-        fmt::print("Coarse: no sync point from {} to {}\n", clockTime(gap.fromUs), clockTime(gap.toUs));
-}
-
 int run(const Globals& globals, const Options& options) {
     const auto coarseUs = parseTime(options.coarse);
     if (!coarseUs || *coarseUs < 0)
         throw UsageFailure(
             fmt::format("--coarse: {} is neither microseconds nor HH:MM:SS.mmm", options.coarse));
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
-    const IndexReport report = session.reader().index();
+    CoarseIndex coarse{options.file, session.reader().index(), {}};
     throwIfInterrupted(options.file);
-    const std::vector<IndexGap> gaps = gapsOf(report, *coarseUs);
-    if (options.format == Format::kJson)
-        printJson(options, report, gaps);
-    else
-        printTable(report, gaps);
+    coarse.gaps = gapsOf(coarse.index, *coarseUs);
+    print(coarse, options.format, stdout);
     return kExitDone;
 }
 

@@ -2,11 +2,11 @@
 #include <fmt/format.h>
 
 #include "base/Failure.h"
-#include "base/Interrupt.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
 #include "device/Session.h"
-#include "seek/Landing.h"
+#include "seek/Late.h"
+#include "seek/Model.h"
 
 namespace mkvx {
 namespace {
@@ -19,41 +19,6 @@ struct Options {
     Format format = Format::kTable;
 };
 
-// The unit with that index, after the units in front of it were read on time.
-Landing readAt(const Session& session, const Options& options, const TrackInfo& track, int64_t byUs) {
-    LandingProbe probe(session, track);
-    for (size_t i = 0; i < options.at; ++i)
-        if (!probe.read(nullptr).unit) {
-            throwIfInterrupted(options.file);
-            throw UsageFailure(fmt::format("{}: index {} has only {} (--at counts them from 0)", options.file,
-                                           track.index, counted(i, "unit")));
-        }
-    android::MediaSource::ReadOptions late;
-    late.setLateBy(byUs);
-    return probe.read(&late);
-}
-
-void print(const Options& options, const TrackInfo& track, const Landing& onTime, const Landing& late) {
-    if (options.format != Format::kTable) {
-        Json object = newResult();
-        object["track"] = track.index;
-        object["at"] = options.at;
-        object["by_us"] = options.byUs;
-        object["due_us"] = onTime.unit ? Json(onTime.unit->timeUs) : Json(nullptr);
-        addLanding(object, late);
-        fmt::print("{}\n", dump(object));
-        return;
-    }
-    constexpr auto kRight = TextTable::Align::kRight;
-    TextTable table(
-        landingColumns({{"INDEX", kRight}, {"UNIT", kRight}, {"LATE (ms)", kRight}, {"DUE", kRight}}));
-    addLandingRow(table,
-                  {std::to_string(track.index), std::to_string(options.at),
-                   std::to_string(options.byUs / 1000), onTime.unit ? clockTime(onTime.unit->timeUs) : "end"},
-                  late);
-    fmt::print("{}", table.str());
-}
-
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const TrackInfo& track = requireTrack(session.info(), *options.track);
@@ -62,10 +27,7 @@ int run(const Globals& globals, const Options& options) {
             fmt::format("{}: index {} is a subtitle track, which skips nothing (--track takes a video or "
                         "audio track)",
                         options.file, track.index));
-    const Landing onTime = readAt(session, options, track, 0);
-    const Landing late = readAt(session, options, track, options.byUs);
-    throwIfInterrupted(options.file);
-    print(options, track, onTime, late);
+    print(readLate(session, track, options.at, options.byUs), options.format, stdout);
     return kExitDone;
 }
 

@@ -93,10 +93,13 @@ TEST(Vorbis, KeepsTheFirstAndTheLastHeader) {
         uint8_t identification;
         uint8_t comment;
         size_t setup;
-    } rows[] = {{30, 16, 40}, {30, 16, 1}, {1, 1, 1}, {255, 255, 300}};
+    } rows[] = {{30, 16, 40}, {30, 16, 1}, {1, 1, 1}, {30, 255, 1}, {255, 16, 300}};
     for (const auto& row : rows) {
         const Bytes bytes = VorbisPrivate(row.identification, row.comment, row.setup);
         EXPECT_TRUE(android::VorbisHeadersAccepted(bytes.data(), bytes.size(), nullptr));
+        EXPECT_EQ(row.identification + row.comment >= 255,
+                  android::VorbisLacesAreLong(bytes.data(), bytes.size()));
+        EXPECT_FALSE(android::VorbisLacesAreLong(bytes.data(), 2));
         sp<MetaData> meta = new MetaData;
         android::addVorbis2CodecInfo(meta, bytes.data(), bytes.size());
         const auto identification = bytes.begin() + 3;

@@ -36,6 +36,19 @@ TEST(FrameInspection, NumbersOfTheFirstFrame) {
     EXPECT_EQ("", ToHex(Iterated({}).iterator.getMpeg4Headers()));
 }
 
+TEST(FrameInspection, NoMoreIsStrippedThanThereIs) {
+    Iterated looked({KeyFrame("000001B0 01")});
+    long long position;
+    unsigned int size;
+    delete[] looked.iterator.getM4vExtraInfo(position, size);
+    android::MatroskaExtIterator stripping(&looked.file, position, 9, 1, nullptr);
+    stripping.reset();
+    android::MediaBuffer* buffer = nullptr;
+    ASSERT_EQ(android::OK, stripping.read(&buffer, nullptr));
+    EXPECT_EQ(0u, buffer->range_length());
+    buffer->release();
+}
+
 // A sequence set without its picture set does not end the search, the fiftieth frame does.
 TEST(FrameInspection, ParameterSetsAreLookedForInFiftyFrames) {
     const Element half = KeyFrame("00000001 6742001EDA11E4 00000001 6588");

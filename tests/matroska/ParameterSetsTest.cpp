@@ -86,7 +86,7 @@ std::vector<SetRow> WholeSets() {
          {0x67, 0xF4, 0x00, 0x0B, 0x91, 0x9B, 0x28, 0x59, 0xFF, 0x1B, 0x80, 0x88, 0x00,
           0x00, 0x03, 0x00, 0x08, 0x00, 0x00, 0x03, 0x01, 0x90, 0x78, 0xA1, 0x4C, 0xB0}},
         {"shortest", Sps(66, "0" + kCommon + "b001")},
-        {"ends on a byte's last bit", Sps(66, "0" + kCommon + "b001000")},
+        {"ends on a byte's last bit", Sps(66, "7" + kCommon + "b00")},
         {"cropping", Sps(77, "0" + kCommon + "b1 1 2 3 4 b01")},
         {"aspect ratio from the table", Sps(77, "0" + kCommon + "b0110000000111")},
         {"explicit aspect ratio",

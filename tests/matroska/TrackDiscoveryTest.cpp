@@ -1,6 +1,7 @@
 // Which tracks are offered, and with which metadata.
 #include "matroska/MatroskaFixture.h"
 #include "support/Golden.h"
+#include "utils/OptionalCodecLibrary.h"
 
 namespace testing_support {
 namespace {
@@ -99,6 +100,16 @@ TEST(Discovery, TracksOfEveryKind) {
     for (const char* codec : subtitles) text += codec + (": " + Offered(TextTrack(1, codec))) + "\n";
     const Elements named = {Str(id::kName, "Forced!"), Str(id::kLanguage, "eng")};
     text += "named text: " + Offered(Track(1, kSubtitleType, "S_TEXT/UTF8", named)) + "\n";
+    // A decoder of the platform serves what has no configuration or one that is refused. Tag 0xFF has none.
+    android::OptionalCodecLibrary& decoders = android::OptionalCodecLibrary::Installed();
+    const char* const device = decoders.path();
+    decoders.setPath(CODEC_IDS_LIBRARY);
+    const Element refused = Private(Hex("0A10"));
+    text += "platform's MPEG-4: " + Offered(picture("V_MPEG4/ISO/ASP", {video})) + "\n";
+    text += "platform's AAC: " + Offered(sound("A_REAL/RAAC", {audio, refused})) + "\n";
+    text += "AAC without need of it: " + Offered(sound("A_REAL/RAAC", {audio, config})) + "\n";
+    text += "AAC for nobody: " + Offered(sound("A_AAC", {audio, refused})) + "\n";
+    decoders.setPath(device);
     ExpectGolden("matroska/golden/discovered-tracks", text);
 }
 

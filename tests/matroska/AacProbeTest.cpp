@@ -64,6 +64,17 @@ TEST(AacSpecificConfig, BytesVerdictsAndLines) {
     }
 }
 
+TEST(AacSpecificConfig, EachFrequencyHasItsIndex) {
+    int index = 0;
+    for (const int frequency :
+         {96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050, 16000, 12000, 11025, 8000}) {
+        uint8_t out[2];
+        LogCapture quiet;
+        android::MakeAacSpecificConfig("A_AAC/MPEG4/LC", frequency, 2, out);
+        EXPECT_EQ(0x1010 | index++ << 7, out[0] << 8 | out[1]) << frequency;
+    }
+}
+
 TEST(AacProbe, OnlyAnUnsupportedFormatIsRefused) {
     const struct {
         const char* what;

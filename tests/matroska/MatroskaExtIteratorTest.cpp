@@ -175,14 +175,17 @@ TEST(Late, Thresholds) {
 }
 
 // The index names a Cluster behind which no block of the track is late enough: the unit at hand comes, then
-// all that follow, and an event on the way is queued once.
+// all that follow, and an event on the way is queued once. With such a block in the Cluster behind it, that
+// comes.
 TEST(Late, AnEntryThatLeadsNowhereLeavesThePlace) {
     const Element frame = SimpleBlock(1, 0, kKeyFrame, {0xA0});
-    const Document file =
-        Write({EbmlHeader(), Segment({Info(3000), Master(id::kTracks, {Mpeg2Track(1), TextTrack(2)}),
-                                      Master(id::kCues, {CuePoint(0, 1, "a"), CuePoint(1000, 1, "b")}),
-                                      Cluster(900, {frame, SimpleBlock(1, 10, 0, {0xA1})}).Label("a"),
-                                      Cluster(950, {BlockGroup(2, 0, Text("once")), frame}).Label("b")})});
+    Elements children = {Info(3000), Master(id::kTracks, {Mpeg2Track(1), TextTrack(2)}),
+                         Master(id::kCues, {CuePoint(0, 1, "a"), CuePoint(1000, 1, "b")}),
+                         Cluster(900, {frame, SimpleBlock(1, 10, 0, {0xA1})}).Label("a"),
+                         Cluster(950, {BlockGroup(2, 0, Text("once")), frame}).Label("b")};
+    const Document file = Write({EbmlHeader(), Segment(children)});
+    children.push_back(Cluster(1200, {frame}));
+    const Document longer = Write({EbmlHeader(), Segment(children)});
     const sp<MediaExtractor> extractor = Open(file);
     const sp<MediaSource> source = Started(extractor, 0), subtitles = Started(extractor, 1);
     MediaSource::ReadOptions options;
@@ -190,6 +193,7 @@ TEST(Late, AnEntryThatLeadsNowhereLeavesThePlace) {
     EXPECT_EQ("900000/1:a0", ReadOne(source, &options));
     EXPECT_EQ("910000/0:a1 950000/1:a0 -1011", Units(source));
     EXPECT_EQ(1u, ReadAll(subtitles).size());
+    EXPECT_EQ("1200000/1:a0", ReadOne(Started(Open(longer), 0), &options));
 }
 
 // A source that fails once may deliver the next time: what was not seen then is not taken for the Cluster's

@@ -16,7 +16,7 @@ struct Nal {
 };
 
 // Reads bits as the platform's reader of sequence parameter sets does (emulation prevention bytes stay in),
-// but remembers an attempt to read past the end where that one aborts. After it every value is 0.
+// but remembers an attempt to read past the end where that one aborts. After it no value means anything.
 class BitReader {
   public:
     explicit BitReader(const Nal& nal) : mData(nal.data), mBits(uint64_t{nal.size} * 8) {}
@@ -47,7 +47,6 @@ class BitReader {
   private:
     uint32_t fail() {
         mWhole = false;
-        mAt = mBits;
         return 0;
     }
 

@@ -18,8 +18,9 @@ namespace {
 // An event does not grow further than this: each merge copies all that was merged before.
 constexpr size_t kMostMergedBytes = 64u << 10;
 
+// An event begins where its buffer does: nothing is stripped off it.
 const uint8_t* BytesOf(const MediaBuffer* buffer) {
-    return static_cast<const uint8_t*>(buffer->data()) + buffer->range_offset();
+    return static_cast<const uint8_t*>(buffer->data());
 }
 
 }  // namespace

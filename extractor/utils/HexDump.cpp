@@ -13,7 +13,7 @@ class HexText {
   public:
     HexText(const char* format, const uint8_t* data, unsigned int count) {
         mText[0] = '\0';
-        for (unsigned int i = 0; i < count && i < 16; ++i) snprintf(mText + 3 * i, 4, format, data[i]);
+        for (unsigned int i = 0; i < count; ++i) snprintf(mText + 3 * i, 4, format, data[i]);
     }
     const char* get() const { return mText; }
 

@@ -4,14 +4,12 @@
 #include <limits>
 #include <string>
 
-#include "matroska/AacProbe.h"
 #include "matroska/CodecPrivate.h"
 #include "support/LogCapture.h"
 
 namespace {
 
 using android::AacConfigVerdict;
-using android::AacProbe;
 using testing_support::LogCapture;
 using testing_support::LogRecord;
 
@@ -70,28 +68,8 @@ TEST(AacSpecificConfig, EachFrequencyHasItsIndex) {
          {96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050, 16000, 12000, 11025, 8000}) {
         uint8_t out[2];
         LogCapture quiet;
-        android::MakeAacSpecificConfig("A_AAC/MPEG4/LC", frequency, 2, out);
+        EXPECT_EQ(AacConfigVerdict::kOk, android::MakeAacSpecificConfig("A_AAC/MPEG4/LC", frequency, 2, out));
         EXPECT_EQ(0x1010 | index++ << 7, out[0] << 8 | out[1]) << frequency;
-    }
-}
-
-TEST(AacProbe, OnlyAnUnsupportedFormatIsRefused) {
-    const struct {
-        const char* what;
-        uint8_t config[2];
-        AacProbe::Verdict verdict;
-    } rows[] = {
-        {"LC, 44.1 kHz, stereo", {0x12, 0x10}, AacProbe::Verdict::kNotRefused},
-        {"Main, 44.1 kHz, stereo", {0x0A, 0x10}, AacProbe::Verdict::kUnsupportedFormat},
-        {"LTP, 44.1 kHz, stereo", {0x22, 0x10}, AacProbe::Verdict::kUnsupportedFormat},
-        {"object type 0", {0x00, 0x00}, AacProbe::Verdict::kUnsupportedFormat},
-        // Errors of another kind say nothing about the format.
-        {"LC with a reserved frequency", {0x16, 0x90}, AacProbe::Verdict::kNotRefused},
-        {"cut off in the frequency", {0x17, 0x80}, AacProbe::Verdict::kNotRefused},
-    };
-    for (const auto& row : rows) {
-        AacProbe probe;
-        EXPECT_EQ(probe.Probe(row.config, sizeof(row.config)), row.verdict) << row.what;
     }
 }
 

@@ -145,6 +145,7 @@ std::vector<BrokenRow> BrokenHeaders() {
 }
 
 TEST(VorbisDeathTest, BrokenHeadersEndTheProcess) {
+    EXPECT_FALSE(android::VorbisHeadersAccepted(nullptr, 9, nullptr));
     for (const BrokenRow& row : BrokenHeaders()) {
         const char* condition = nullptr;
         EXPECT_FALSE(android::VorbisHeadersAccepted(row.bytes.data(), row.bytes.size(), &condition));

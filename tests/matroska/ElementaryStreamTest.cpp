@@ -99,6 +99,8 @@ TEST(A52SyncInfo, HeadersAndWhatRefusedOnesLeaveBehind) {
         EXPECT_EQ(flags, row.flags) << row.name;
         EXPECT_EQ(sampleRate, row.sampleRate) << row.name;
         EXPECT_EQ(bitRate, row.bitRate) << row.name;
+        if (row.frame.size() < android::kA52HeaderSize) continue;
+        EXPECT_EQ(android::a52_syncinfo(frame.get(), &flags, &sampleRate, &bitRate), row.length) << row.name;
     }
 }
 

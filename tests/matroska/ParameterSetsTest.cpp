@@ -95,9 +95,9 @@ std::vector<SetRow> WholeSets() {
         {"picture order by cycle", Sps(66, "0 0 1 b0 3 4 2 7 8 1 b0 10 8 b11001")},
         {"scaling lists, 4:2:0", Sps(100, "0 1 0 0 b011 b" + flat + " b000001 b" + flat + flat + flat + flat +
                                               " b0" + kCommon + "b001")},
-        // -8 makes the next scale 0: the rest of the list is not there.
+        // -4 twice makes the next scale 0: the rest of the list is not there.
         {"scaling list that ends early, 4:4:4",
-         Sps(244, "0 3 b0 0 0 b011 16 b00000000000" + kCommon + "b001")},
+         Sps(244, "0 3 b0 0 0 b011 8 8 b00000000000" + kCommon + "b001")},
     };
 }
 
@@ -158,6 +158,8 @@ TEST(ParameterSets, WhereTheUnitsAre) {
         {"the picture set first, a cut sequence set", kStartCode + kPps + kStartCode + cut, false},
         {"something before the first start code", Bytes{9} + kStartCode + sps + kStartCode + kPps, false},
         {"length prefixes", Bytes{0, 0, 0, 9} + sps + Bytes{0, 0, 0, 4} + kPps, false},
+        {"the picture set first, a cut sequence set, a start code at the very end",
+         kStartCode + kPps + kStartCode + Bytes(sps.begin(), sps.end() - 1) + kStartCode, false},
         {"zeros only", Bytes(40, 0), false},
         {"two zeros", Bytes(2, 0), false},
         {"nothing", {}, false},

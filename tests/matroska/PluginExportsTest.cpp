@@ -6,20 +6,6 @@
 namespace testing_support {
 namespace {
 
-TEST(Plugin, NamesItsContainerAndItsExtensions) {
-    android::String8 mime;
-    EXPECT_TRUE(android::getMimeString(&mime));
-    EXPECT_STREQ("video/x-matroska_ext", mime.string());
-
-    android::SortedVector<android::String8> extensions;
-    extensions.add(android::String8(".mkv"));
-    EXPECT_TRUE(android::getSupportExtension(extensions));
-    ASSERT_EQ(3u, extensions.size());
-    EXPECT_STREQ(".mka", extensions[0].string());
-    EXPECT_STREQ(".mks", extensions[1].string());
-    EXPECT_STREQ(".mkv", extensions[2].string());
-}
-
 TEST(Sniffer, TextsAndConfidences) {
     const Bytes magic = Hex("1A45DFA3");
     auto headerOf = [](const std::string& docType) { return Write({EbmlHeader(docType)}).bytes; };

@@ -72,8 +72,11 @@ TEST(Plugin, WholeLife) {
     ASSERT_TRUE(Plugin().getMimeString(&mime));
     EXPECT_STREQ("video/x-matroska_ext", mime.string());
     SortedVector<String8> extensions;
+    extensions.add(String8(".mkv"));
     ASSERT_TRUE(Plugin().getSupportExtension(extensions));
-    EXPECT_EQ(3u, extensions.size());
+    std::string names;
+    for (size_t i = 0; i < extensions.size(); ++i) names += extensions[i].string();
+    EXPECT_EQ(".mka.mks.mkv", names);
 
     String8 sniffed;
     float confidence = 0;

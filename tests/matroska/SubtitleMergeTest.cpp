@@ -34,27 +34,4 @@ TEST(FindEighthComma, CountsFromTheSecondByte) {
     EXPECT_EQ(android::FindEighthComma(nullptr, 0), -1);
 }
 
-TEST(MergeEvents, NewEventThenTheLastOnesText) {
-    const struct {
-        std::string newEvent;
-        std::string last;
-        std::string merged;
-    } rows[] = {
-        {"1,0,Default,,0,0,0,,World", "0,0,Default,,0,0,0,,Hello", "1,0,Default,,0,0,0,,World\nHello"},
-        {"no commas\0"s, "0,0,Default,,0,0,0,,a,b\0c"s, "no commas\0\na,b\0c"s},
-        {"", "0,0,Default,,0,0,0,,Hello", "\nHello"},
-        {"World", "x,,,,,,,,", "World\n"},
-    };
-    for (const auto& row : rows) {
-        const size_t comma = static_cast<size_t>(android::FindEighthComma(row.last.data(), row.last.size()));
-        const size_t size = android::MergedSize(row.newEvent.size(), row.last.size(), comma);
-        ASSERT_EQ(size, row.merged.size()) << row.merged;
-        const std::unique_ptr<uint8_t[]> out(new uint8_t[size]);
-        android::MergeEvents(out.get(), reinterpret_cast<const uint8_t*>(row.newEvent.data()),
-                             row.newEvent.size(), reinterpret_cast<const uint8_t*>(row.last.data()),
-                             row.last.size(), comma);
-        EXPECT_EQ(std::string(out.get(), out.get() + size), row.merged);
-    }
-}
-
 }  // namespace

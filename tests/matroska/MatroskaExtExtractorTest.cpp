@@ -97,8 +97,8 @@ TEST(ExtractorDeathTest, ATrackWhoseMimeTypeWasTakenAway) {
 }
 
 TEST(Extractor, ThumbnailTimeRoundsTheDurationFirst) {
-    // 1999.6 ns are 2 microseconds, a quarter of them is 0; 3.6 microseconds are 4, a quarter is 1.
-    for (const auto& row : {std::pair<double, int64_t>{1999.6, 0}, {3600, 1}}) {
+    // 3499 ns are 3 microseconds, a quarter of them is 0; 3500 ns are 4, a quarter is 1.
+    for (const auto& row : {std::pair<double, int64_t>{3499, 0}, {3500, 1}}) {
         const Document file =
             Write({EbmlHeader(), Segment({Info(row.first, 1), Master(id::kTracks, {Mpeg2Track(1)}),
                                           Master(id::kCues, {Bin(id::kVoid, Bytes(1))})})});

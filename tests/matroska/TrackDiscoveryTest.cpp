@@ -1,4 +1,5 @@
 // Which tracks are offered, and with which metadata.
+#include "matroska/MatroskaExtExtractor.h"
 #include "matroska/MatroskaFixture.h"
 #include "support/Golden.h"
 #include "utils/OptionalCodecLibrary.h"
@@ -8,7 +9,8 @@ namespace {
 
 using namespace std::string_literals;
 
-// What becomes of one track: its metadata, or "dropped". The file claims a size of 1000 bytes a second.
+// What becomes of one track: its metadata, or why it is dropped. The file claims a size of 1000 bytes a
+// second.
 std::string Offered(const Element& track, const Elements& blocks = {}) {
     Faults faults;
     faults.claimSize = true;
@@ -16,7 +18,11 @@ std::string Offered(const Element& track, const Elements& blocks = {}) {
     Document file = Movie({track}, {Cluster(0, blocks)});
     if (file.bytes.size() < 10000) file.bytes.resize(10000);
     const sp<MediaExtractor> extractor = Open(file, faults);
-    return extractor->countTracks() == 0 ? "dropped" : Describe(extractor->getTrackMetaData(0, 0));
+    if (extractor->countTracks() > 0) return Describe(extractor->getTrackMetaData(0, 0));
+    const char* const reasons[] = {"no reason",      "subtitle kind", "unmapped codec", "track type",
+                                   "AAC no profile", "AAC frequency", "AAC profile",    "no parameter sets"};
+    const auto& dropped = static_cast<android::MatroskaExtExtractor*>(extractor.get())->DroppedTracks();
+    return "dropped: " + std::string(reasons[static_cast<int>(dropped[0].mReason)]);
 }
 
 // A bitmap header of which a byte is missing.
@@ -32,7 +38,7 @@ Bytes VorbisPrivate() {
         {Hex("021E10"), Hex("01"), Bytes(29, 0xA1), Hex("03"), Bytes(15, 0xA3), Hex("05"), Bytes(4, 0xA5)});
 }
 
-// What is offered of tracks of every kind, as a kept text: its metadata, or "dropped".
+// What is offered of tracks of every kind, as a kept text: its metadata, or why it is dropped.
 TEST(Discovery, TracksOfEveryKind) {
     const Element audio = Audio(44100, 2), deep = Audio(44100, 2, {Uint(id::kBitDepth, 24)});
     const Element video = Video(64, 48), config = Private(Hex("1210"));

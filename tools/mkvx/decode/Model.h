@@ -1,4 +1,4 @@
-// The result of decoding, track by track, and its two printed forms.
+// The result of decoding, track by track. Plain values.
 #pragma once
 #include <cstdint>
 #include <cstdio>
@@ -23,7 +23,11 @@ struct DecodedTrack {
     std::string problem;   // what was wrong first, or why there is no decoder; empty when all is well
 };
 
-// kTable or kJson.
-void renderDecoded(const std::vector<DecodedTrack>& tracks, Format format, std::FILE* out);
+struct DecodedFile {
+    std::vector<DecodedTrack> tracks;
+};
+
+void printText(const DecodedFile& decoded, std::FILE* out);
+void printJson(const DecodedFile& decoded, std::FILE* out);
 
 }  // namespace mkvx

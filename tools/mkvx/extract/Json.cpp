@@ -1,4 +1,4 @@
-#include "extract/Report.h"
+#include "extract/Model.h"
 
 #include <fmt/format.h>
 
@@ -6,12 +6,7 @@
 
 namespace mkvx {
 
-void renderExtracted(const ExtractedTrack& extracted, Format format, std::FILE* out) {
-    if (format != Format::kJson) {
-        fmt::print(out, "{}: {}, {} units, {} bytes\n", extracted.output, extracted.form, extracted.units,
-                   extracted.bytes);
-        return;
-    }
+void printJson(const ExtractedTrack& extracted, std::FILE* out) {
     Json object = newResult();
     object["file"] = extracted.file;
     object["track"] = extracted.track;
@@ -20,7 +15,7 @@ void renderExtracted(const ExtractedTrack& extracted, Format format, std::FILE* 
     object["units"] = extracted.units;
     object["unreadable"] = extracted.unreadable;
     object["bytes"] = extracted.bytes;
-    fmt::print(out, "{}\n", dump(object));
+    fmt::print(out, "{}", dump(object));
 }
 
 }  // namespace mkvx

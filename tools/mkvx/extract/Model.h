@@ -1,4 +1,4 @@
-// What became of an extraction, and its two printed forms.
+// What became of an extraction. Plain values.
 #pragma once
 #include <cstdint>
 #include <cstdio>
@@ -18,7 +18,7 @@ struct ExtractedTrack {
     uint64_t bytes = 0;     // of the output
 };
 
-// kTable (a sentence) or kJson.
-void renderExtracted(const ExtractedTrack& extracted, Format format, std::FILE* out);
+void printText(const ExtractedTrack& extracted, std::FILE* out);
+void printJson(const ExtractedTrack& extracted, std::FILE* out);
 
 }  // namespace mkvx

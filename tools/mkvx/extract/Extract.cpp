@@ -1,0 +1,75 @@
+#include "extract/Extract.h"
+
+#include <fmt/format.h>
+
+#include "base/Failure.h"
+#include "base/Interrupt.h"
+#include "base/Text.h"
+#include "device/Pass.h"
+#include "device/UnitProgress.h"
+#include "extract/Facts.h"
+#include "extract/Writer.h"
+
+namespace mkvx {
+namespace {
+
+ExtractUnit unitOf(const TrackInfo& track, android::MediaBuffer& buffer) {
+    const Unit described = describeUnit(track, buffer);
+    ExtractUnit unit;
+    unit.data = static_cast<const uint8_t*>(buffer.data()) + buffer.range_offset();
+    unit.size = described.size;
+    unit.timeUs = described.timeUs;
+    unit.endUs = described.endUs.value_or(0);
+    return unit;
+}
+
+// Counts into `done`.
+void writeUnits(const Session& session, const TrackInfo& track, ProgressStyle style, ExtractWriter& writer,
+                ExtractedTrack& done) {
+    UnitProgress progress(done.output, style, 1);
+    progress.beginPass(track.durationUs.value_or(0));
+    done.unreadable = passOver(session, track, [&](const PassedUnit& passed) {
+        const ExtractUnit unit = unitOf(track, passed.buffer);
+        writer.write(unit);
+        ++done.units;
+        progress.reach(unit.timeUs, unit.size);
+    });
+    progress.hide();
+}
+
+void tellUnreadable(const ExtractedTrack& done) {
+    if (done.unreadable > 0)
+        fmt::print(stderr, "mkvx: {}: index {}: {} units could not be read\n", done.file, done.track,
+                   done.unreadable);
+}
+
+ExtractedTrack extract(const Session& session, const TrackInfo& track, const std::string& output,
+                       ProgressStyle style) {
+    const ExtractTrack facts = factsOf(session, track);
+    ExtractFile out(output);
+    const ExtractWriterPtr writer = makeExtractWriter(facts, out);
+    ExtractedTrack done{session.info().path, track.index, output, writer->form()};
+    writer->begin();
+    writeUnits(session, track, style, *writer, done);
+    tellUnreadable(done);
+    if (done.units == 0) throwIfInterrupted(done.file);
+    if (done.units == 0) throw ExtractRefusal("it delivers no unit");
+    writer->finish();
+    out.close();
+    done.bytes = out.size();
+    return done;
+}
+
+}  // namespace
+
+ExtractedTrack extractTrack(const Session& session, const TrackInfo& track, const std::string& output,
+                            ProgressStyle progress) {
+    try {
+        return extract(session, track, output, progress);
+    } catch (const ExtractRefusal& refusal) {
+        throw FileFailure(session.info().path,
+                          fmt::format("index {}: {}", track.index, printable(refusal.what())));
+    }
+}
+
+}  // namespace mkvx

@@ -1,6 +1,7 @@
 """mkvx check: what it says of files that each have one peculiarity, and how it goes through folders."""
 import json
 import os
+import re
 import signal
 import struct
 import subprocess
@@ -295,6 +296,24 @@ def test_other_sources(binary, mkvx, write):
     assert mkvx('check', '--fail-at', '1', good).code == EXITS['unreadable']
     unsized = mkvx('check', '--no-size', '--format', 'jsonl', good)
     assert unsized.code == 0 and 'bytes' not in unsized.json() and unsized.json()['tracks'][1]['units'] == 1
+
+
+def system_reads():
+    """Of this process and of all that it has waited for."""
+    return int(re.search(r'syscr: (\d+)', Path('/proc/self/io').read_text())[1])
+
+
+def test_bytes_come_from_the_source_once(mkvx, serve, sample, write):
+    """However many readers parse them: the sniffer, the child that tries the file out, the plug-in, the walks over elements."""
+    reads = []
+    for path in write('empty.mkv', b''), sample:
+        before = system_reads()
+        mkvx('check', path)
+        reads.append(system_reads() - before)
+    assert 0 < reads[1] - reads[0] < 1.5 * sample.stat().st_size / 8192
+    server = serve(sample.read_bytes())
+    assert mkvx('check', server.url('good')).code == 0
+    assert sorted(first for first, _ in server.seen) == [0, 65536, 131072]
 
 
 def test_time_limit_leaves_what_was_known(mkvx, sample):

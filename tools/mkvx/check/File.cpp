@@ -176,15 +176,16 @@ CheckedFile examine(const ExtractorPlugin& plugin, const std::string& path, cons
         checked.reason = text.compare(0, prefix.size(), prefix) == 0 ? text.substr(prefix.size()) : text;
     };
     try {
-        const android::sp<android::DataSource> bytes = openSource(path, source);
-        checked.size = sizeOf(bytes);
-        requireFirstByte(bytes, path);
+        const android::sp<android::DataSource> bytes = openCached(path, source);
+        const android::sp<android::DataSource> own = withFaults(bytes, source.faults);
+        checked.size = sizeOf(own);
+        requireFirstByte(own, path);
         try {
-            const Session session(plugin, path, source);
+            const Session session(plugin, path, source.faults, bytes);
             examineOpened(session, depth, soFar, checked);
             decide(checked);
         } catch (const UnusableFile& failure) {
-            examineRefused(failure, bytes, checked);
+            examineRefused(failure, own, checked);
         }
         if (!source.troubles->empty()) giveUp(source.troubles->front());  // it broke while it was examined
     } catch (const std::exception& failure) {

@@ -125,7 +125,11 @@ const char* toString(TrackKind kind) {
 }
 
 Session::Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options)
-    : mPlugin(plugin), mFaults(options.faults), mBytes(openBytes(path, options)) {
+    : Session(plugin, path, options.faults, openBytes(path, options)) {}
+
+Session::Session(const ExtractorPlugin& plugin, const std::string& path, const FaultOptions& faults,
+                 const sp<android::DataSource>& bytes)
+    : mPlugin(plugin), mFaults(faults), mBytes(bytes) {
     const sp<FaultySource> source = new FaultySource(mBytes, mFaults, {});
     const bool isClaimed = sniff(mPlugin, source, path).claimed;
     throwIfInterrupted(path);

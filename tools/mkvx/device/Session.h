@@ -44,6 +44,9 @@ class UnusableFile : public FileFailure {
 class Session {
   public:
     Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options = {});
+    // Of a file that is open already: `bytes` are those of `path`, without faults.
+    Session(const ExtractorPlugin& plugin, const std::string& path, const FaultOptions& faults,
+            const android::sp<android::DataSource>& bytes);
 
     const FileInfo& info() const { return mInfo; }
     const OwnReader& reader() const { return *mReader; }

@@ -88,7 +88,8 @@ ReportPage collectReport(const ExtractorPlugin& plugin, const CheckedFile& check
     if (!canBeRead(checked)) return page;
     Progress progress(page.name, style);
     try {
-        collect(Session(plugin, checked.path, source), progress, page);
+        const android::sp<android::DataSource> bytes = openCached(checked.path, source);
+        collect(Session(plugin, checked.path, source.faults, bytes), progress, page);
     } catch (const FileFailure&) {
         // Of such a file the verdict says all that there is to say.
         if (checked.verdict == Verdict::kPlays || checked.verdict == Verdict::kPlaysWithLosses) throw;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/Interrupt.h"
+#include "source/CachedSource.h"
 #include "source/Faults.h"
 #include "source/FileBytes.h"
 #include "source/HttpSource.h"
@@ -14,6 +15,10 @@ namespace {
 
 bool beginsWith(const std::string& text, const char* prefix) {
     return ::strncasecmp(text.c_str(), prefix, std::strlen(prefix)) == 0;
+}
+
+android::sp<android::DataSource> openLocal(const std::string& path) {
+    return isStandardInput(path) ? spooledInput().source() : openFile(path);
 }
 
 }  // namespace
@@ -27,9 +32,11 @@ bool isStandardInput(const std::string& path) {
 }
 
 android::sp<android::DataSource> openBytes(const std::string& path, const SourceOptions& options) {
-    if (isStandardInput(path)) return interruptible(spooledInput().source());
-    if (isUrl(path)) return interruptible(openUrl(path, options.url, options.troubles));
-    return interruptible(openFile(path));
+    return interruptible(isUrl(path) ? openUrl(path, options.url, options.troubles) : openLocal(path));
+}
+
+android::sp<android::DataSource> openCached(const std::string& path, const SourceOptions& options) {
+    return isUrl(path) ? openBytes(path, options) : interruptible(new CachedSource(openLocal(path)));
 }
 
 android::sp<android::DataSource> withFaults(const android::sp<android::DataSource>& source,

@@ -1,6 +1,8 @@
 // What arrives of each track.
 #include <fmt/format.h>
 #include <algorithm>
+#include <map>
+#include <set>
 
 #include "check/Findings.h"
 #include "check/Remedy.h"
@@ -31,36 +33,15 @@ class Delivery {
 
     void judge() {
         mVerdict.blocks = mTally.blocks;
-        if (mVerdict.isOffered() && mTally.blocks == 0) return judgeSilence();
         if (!mVerdict.isOffered()) return;
-        if (mTally.refused > 0)
-            add("blocks_unreadable", Weight::kLoss,
-                fmt::format(
-                    "{} of its {} blocks cannot be read ({}), and a player takes the first for the end",
-                    mTally.refused, mTally.blocks, textOf(mTally.refusedFor).sentence),
-                mTally.firstRefused, remuxCommand(mPath));
-        if (mTally.wrapped > 0)
-            add("times_wrap", Weight::kLoss,
-                fmt::format("{} of its {} blocks have a time below zero or beyond 64 bits, which wraps",
-                            mTally.wrapped, mTally.blocks),
-                mTally.firstWrapped, remuxCommand(mPath));
-        const bool isApart = mEntry.deliversLacesApart;
-        if (mTally.laces > mTally.laced && !isApart)
-            add("laced_units", Weight::kNote,
-                fmt::format("{} of its blocks hold {} frames together, and arrive as one unit each",
-                            mTally.laced, mTally.laces),
-                std::nullopt);
-        if (mVerdict.kind == "subtitle") {
+        if (mTally.blocks == 0) return judgeSilence();
+        judgeReading();
+        judgeTimes();
+        judgeLacing();
+        if (mVerdict.kind == "subtitle")
             mVerdict.unreadable = mTally.refused;
-            return;
-        }
-        const uint64_t due = mTally.blocks + (isApart ? mTally.laces - mTally.laced : 0);
-        const uint64_t met = mVerdict.units + mVerdict.unreadable;
-        mIsCutShort = met < due;
-        if (mIsCutShort)
-            add("blocks_unreached", Weight::kLoss,
-                fmt::format("{} of its {} blocks lie where reading does not come", due - met, mTally.blocks),
-                std::nullopt, remuxCommand(mPath));
+        else
+            judgeReach();
     }
 
     // After judge(): some blocks were not come to.
@@ -88,22 +69,59 @@ class Delivery {
     }
 
     void judgeSilence() {
-        Finding finding;
-        finding.code = "no_blocks";
-        finding.weight = mVerdict.kind == "subtitle" ? Weight::kNote : Weight::kMute;
-        finding.sentence = "the file has no block of it";
-        if (isAllOnes(mVerdict.number)) {
-            finding.code = "all_ones_number";
-            finding.weight = Weight::kMute;
-            finding.sentence = fmt::format(
-                "its TrackNumber {} has all bits set, which in a block stands for an unknown number: none of "
-                "its "
-                "blocks is found",
-                mVerdict.number);
-            finding.evidence = mHead.evidenceBelow(mVerdict.position, {id::kTrackNumber});
-            finding.remedy = remuxCommand(mPath);
-        }
-        mVerdict.findings.push_back(std::move(finding));
+        if (isAllOnes(mVerdict.number)) return judgeUnknownNumber();
+        const bool isSubtitle = mVerdict.kind == "subtitle";
+        add("no_blocks", isSubtitle ? Weight::kNote : Weight::kMute, "the file has no block of it",
+            std::nullopt);
+    }
+
+    void judgeUnknownNumber() {
+        mVerdict.findings.push_back(
+            {"all_ones_number", Weight::kMute,
+             fmt::format("its TrackNumber {} has all bits set, which in a block stands for an unknown "
+                         "number: none of its blocks is found",
+                         mVerdict.number),
+             mHead.evidenceBelow(mVerdict.position, {id::kTrackNumber}), remuxCommand(mPath)});
+    }
+
+    void judgeReading() {
+        if (mTally.refused > 0)
+            add("blocks_unreadable", Weight::kLoss,
+                fmt::format(
+                    "{} of its {} blocks cannot be read ({}), and a player takes the first for the end",
+                    mTally.refused, mTally.blocks, textOf(mTally.refusedFor).sentence),
+                mTally.firstRefused, remuxCommand(mPath));
+    }
+
+    void judgeTimes() {
+        if (mTally.wrapped > 0)
+            add("times_wrap", Weight::kLoss,
+                fmt::format("{} of its {} blocks have a time below zero or beyond 64 bits, which wraps",
+                            mTally.wrapped, mTally.blocks),
+                mTally.firstWrapped, remuxCommand(mPath));
+    }
+
+    void judgeLacing() {
+        if (mTally.laces > mTally.laced && !mEntry.deliversLacesApart)
+            add("laced_units", Weight::kNote,
+                fmt::format("{} of its blocks hold {} frames together, and arrive as one unit each",
+                            mTally.laced, mTally.laces),
+                std::nullopt);
+    }
+
+    // How many units its blocks make.
+    uint64_t due() const {
+        return mTally.blocks + (mEntry.deliversLacesApart ? mTally.laces - mTally.laced : 0);
+    }
+
+    void judgeReach() {
+        const uint64_t met = mVerdict.units + mVerdict.unreadable;
+        mIsCutShort = met < due();
+        if (mIsCutShort)
+            add("blocks_unreached", Weight::kLoss,
+                fmt::format("{} of its {} blocks lie where reading does not come", due() - met,
+                            mTally.blocks),
+                std::nullopt, remuxCommand(mPath));
     }
 
     const FileHead& mHead;
@@ -132,6 +150,64 @@ void tellMisfit(const FileHead& head, const std::vector<JudgedTrack>& tracks, co
          selectCommand(checked.path, offeredPlaces(tracks))});
 }
 
+// What of the payload arrives, over all tracks.
+class Arrivals {
+  public:
+    Arrivals(const FileHead& head, const ByteAccount& account, const EventTallies& events,
+             const std::string& path)
+        : mHead(head), mAccount(account), mEvents(events), mPath(path) {}
+
+    void add(const JudgedTrack& track) {
+        const TrackVerdict& verdict = *track.verdict;
+        static const BlockTally kNone;
+        const auto tally = mAccount.blocks.find(verdict.number);
+        Delivery delivery(mHead, mPath, track, tally == mAccount.blocks.end() ? kNone : tally->second);
+        if (verdict.kind == "subtitle" && verdict.isOffered()) return addEvents(delivery, *track.verdict);
+        delivery.judge();
+        if (verdict.isOffered()) mArrives.insert(verdict.number);
+        if (delivery.isCutShort() && tally->second.payload > verdict.unitBytes)
+            mLost[verdict.number] = tally->second.payload - verdict.unitBytes;
+    }
+
+    ByteShares shares() const {
+        ByteShares shares;
+        shares.metadata = mAccount.metadata;
+        shares.padding = mAccount.padding;
+        shares.damaged = mAccount.damaged;
+        shares.unreachable = mAccount.unreachable;
+        for (const auto& [number, tally] : mAccount.blocks) addPayload(number, tally.payload, shares);
+        return shares;
+    }
+
+  private:
+    // The events that its source hears need not be those of its own number.
+    void addEvents(Delivery& delivery, TrackVerdict& verdict) {
+        const auto heard = mEvents.find(*verdict.index + 1);
+        if (heard != mEvents.end()) {
+            verdict.units = heard->second.records;
+            verdict.unitBytes = heard->second.bytes;
+            mArrives.insert(heard->first);
+        }
+        delivery.judge();
+        const auto own = mEvents.find(verdict.number);
+        if (!mEvents.empty()) delivery.judgeMerging(own == mEvents.end() ? 0 : own->second.records);
+    }
+
+    void addPayload(uint64_t number, uint64_t payload, ByteShares& shares) const {
+        const auto unreached = mLost.find(number);
+        const uint64_t out = unreached == mLost.end() ? 0 : std::min(unreached->second, payload);
+        shares.unreachable += out;
+        (mArrives.count(number) != 0 ? shares.delivered : shares.notOffered) += payload - out;
+    }
+
+    const FileHead& mHead;
+    const ByteAccount& mAccount;
+    const EventTallies& mEvents;
+    const std::string& mPath;
+    std::set<uint64_t> mArrives;         // numbers whose blocks arrive
+    std::map<uint64_t, uint64_t> mLost;  // payload of a number that reading does not come to
+};
+
 }  // namespace
 
 void judgeSubtitles(const Session& session, const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
@@ -153,42 +229,9 @@ void judgeSubtitles(const Session& session, const std::vector<JudgedTrack>& trac
 
 void judgeDelivery(const FileHead& head, const std::vector<JudgedTrack>& tracks, const ByteAccount& account,
                    const EventTallies& events, CheckedFile& checked) {
-    static const BlockTally kNone;
-    std::map<uint64_t, bool> arrives;   // the blocks of a number
-    std::map<uint64_t, uint64_t> lost;  // payload of a number that reading does not come to
-    for (const JudgedTrack& track : tracks) {
-        TrackVerdict& verdict = *track.verdict;
-        const auto tally = account.blocks.find(verdict.number);
-        Delivery delivery(head, checked.path, track, tally == account.blocks.end() ? kNone : tally->second);
-        if (verdict.kind == "subtitle" && verdict.isOffered()) {
-            const auto heard = events.find(*verdict.index + 1);
-            if (heard != events.end()) {
-                verdict.units = heard->second.records;
-                verdict.unitBytes = heard->second.bytes;
-                arrives[heard->first] = true;
-            }
-            const auto own = events.find(verdict.number);
-            delivery.judge();
-            if (!events.empty()) delivery.judgeMerging(own == events.end() ? 0 : own->second.records);
-        } else {
-            delivery.judge();
-            if (verdict.isOffered()) arrives[verdict.number] = true;
-            if (delivery.isCutShort() && tally->second.payload > verdict.unitBytes)
-                lost[verdict.number] = tally->second.payload - verdict.unitBytes;
-        }
-    }
-    ByteShares shares;
-    shares.metadata = account.metadata;
-    shares.padding = account.padding;
-    shares.damaged = account.damaged;
-    shares.unreachable = account.unreachable;
-    for (const auto& [number, tally] : account.blocks) {
-        const auto unreached = lost.find(number);
-        const uint64_t out = unreached == lost.end() ? 0 : std::min(unreached->second, tally.payload);
-        shares.unreachable += out;
-        (arrives.count(number) != 0 ? shares.delivered : shares.notOffered) += tally.payload - out;
-    }
-    if (checked.size > 0) checked.shares = shares;  // of a source that tells its size
+    Arrivals arrivals(head, account, events, checked.path);
+    for (const JudgedTrack& track : tracks) arrivals.add(track);
+    if (checked.size > 0) checked.shares = arrivals.shares();  // of a source that tells its size
 }
 
 }  // namespace mkvx

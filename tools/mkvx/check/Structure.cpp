@@ -59,6 +59,70 @@ std::optional<Evidence> firstPlaceOf(const FileHead& head, LossKind kind) {
     return evidence;
 }
 
+void judgeDamage(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {
+    if (account.damageCount == 0) return;
+    const Damage& first = account.damages.front();
+    add(checked, "damaged", Weight::kLoss,
+        fmt::format("{} in {} cannot be read as elements, and are skipped", counted(account.damaged, "byte"),
+                    counted(account.damageCount, "place")),
+        head.bytesAt(first.position, first.size), remuxCommand(checked.path));
+}
+
+void judgeEnd(const ByteAccount& account, CheckedFile& checked) {
+    if (account.missing)
+        add(checked, "truncated", Weight::kLoss,
+            fmt::format("the file is cut off: at least {} at its end are missing",
+                        counted(*account.missing, "byte")),
+            {}, remuxCommand(checked.path));
+}
+
+void judgeSegments(const ByteAccount& account, CheckedFile& checked) {
+    if (account.segments > 1)
+        add(checked, "more_segments", Weight::kLoss,
+            fmt::format("it holds {} Segments, and only the first one's Clusters are read", account.segments),
+            {},
+            "mkvmerge and the like read only the first one too: cut the file in front of each EBML header");
+    if (account.clusters == 0 && account.segments > 0)
+        add(checked, "no_clusters", Weight::kMute, "it holds no Cluster, so that no unit can arrive");
+}
+
+void judgeStrays(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {
+    uint64_t strays = 0, firstStray = 0;
+    for (const auto& [number, tally] : account.blocks) {
+        if (head.findTrack(number)) continue;
+        if (strays == 0) firstStray = number;
+        strays += tally.blocks;
+    }
+    if (strays > 0)
+        add(checked, "blocks_without_track", Weight::kLoss,
+            fmt::format("{} with a track number that the file does not have, for instance {}",
+                        counted(strays, "block"), firstStray));
+}
+
+void judgeScan(const IndexReport& report, CheckedFile& checked) {
+    add(checked, "no_cues", Weight::kNote,
+        fmt::format("there are no Cues: opening visits every Cluster ({}), and from a network source seeks "
+                    "start over",
+                    report.points),
+        {}, remuxCommand(checked.path));
+}
+
+void judgeCues(const IndexReport& report, const OwnReader& reader, CheckedFile& checked) {
+    if (report.masterPoints == 0)
+        add(checked, "cues_miss_master", Weight::kLoss,
+            fmt::format(
+                "every seek starts over: none of the {} cue points names the master track (track number {})",
+                report.points, report.masterTrack),
+            {}, remuxCommand(checked.path));
+    const OwnReader::AstrayCues astray = reader.masterCuesAstray();
+    if (astray.count > 0)
+        add(checked, "cues_astray", Weight::kLoss,
+            fmt::format(
+                "{} positions of the Cues lead to no Cluster, and seeks go to an earlier one or start over",
+                astray.count),
+            reader.head().bytesAt(astray.first, Evidence::kMostBytes), remuxCommand(checked.path));
+}
+
 }  // namespace
 
 void judgeDocument(const FileHead& head, CheckedFile& checked) {
@@ -90,33 +154,8 @@ void judgeSeeking(const Session& session, CheckedFile& checked) {
     checked.seeking = SeekFacts{report.source,    report.points, report.masterPoints, report.masterTrack, 0,
                                 report.durationUs};
     judgeDuration(report, session, checked);
-    if (report.source == "scan")
-        add(checked, "no_cues", Weight::kNote,
-            fmt::format(
-                "there are no Cues: opening visits every Cluster ({}), and from a network source seeks "
-                "start over",
-                report.points),
-            {}, remuxCommand(checked.path));
-    if (report.source == "none" && report.isStreamed)
-        add(checked, "no_cues_streamed", Weight::kNote,
-            "over a network no Cues are found, for none stand in front and no SeekHead there lists any: "
-            "every "
-            "seek starts over",
-            {}, remuxCommand(checked.path));
-    if (report.source == "cues" && report.masterPoints == 0)
-        add(checked, "cues_miss_master", Weight::kLoss,
-            fmt::format(
-                "every seek starts over: none of the {} cue points names the master track (track number {})",
-                report.points, report.masterTrack),
-            {}, remuxCommand(checked.path));
-    if (report.source != "cues") return;
-    const OwnReader::AstrayCues astray = session.reader().masterCuesAstray();
-    if (astray.count > 0)
-        add(checked, "cues_astray", Weight::kLoss,
-            fmt::format(
-                "{} positions of the Cues lead to no Cluster, and seeks go to an earlier one or start over",
-                astray.count),
-            session.reader().head().bytesAt(astray.first, Evidence::kMostBytes), remuxCommand(checked.path));
+    if (report.source == "scan") judgeScan(report, checked);
+    if (report.source == "cues") judgeCues(report, session.reader(), checked);
 }
 
 void judgeLosses(const FileHead& head, CheckedFile& checked) {
@@ -130,35 +169,10 @@ void judgeLosses(const FileHead& head, CheckedFile& checked) {
 }
 
 void judgeStructure(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {
-    if (account.damageCount > 0) {
-        const Damage& first = account.damages.front();
-        add(checked, "damaged", Weight::kLoss,
-            fmt::format("{} in {} cannot be read as elements, and are skipped",
-                        counted(account.damaged, "byte"), counted(account.damageCount, "place")),
-            head.bytesAt(first.position, first.size), remuxCommand(checked.path));
-    }
-    if (account.missing)
-        add(checked, "truncated", Weight::kLoss,
-            fmt::format("the file is cut off: at least {} at its end are missing",
-                        counted(*account.missing, "byte")),
-            {}, remuxCommand(checked.path));
-    if (account.segments > 1)
-        add(checked, "more_segments", Weight::kLoss,
-            fmt::format("it holds {} Segments, and only the first one's Clusters are read", account.segments),
-            {},
-            "mkvmerge and the like read only the first one too: cut the file in front of each EBML header");
-    if (account.clusters == 0 && account.segments > 0)
-        add(checked, "no_clusters", Weight::kMute, "it holds no Cluster, so that no unit can arrive");
-    uint64_t strays = 0, firstStray = 0;
-    for (const auto& [number, tally] : account.blocks) {
-        if (head.findTrack(number)) continue;
-        if (strays == 0) firstStray = number;
-        strays += tally.blocks;
-    }
-    if (strays > 0)
-        add(checked, "blocks_without_track", Weight::kLoss,
-            fmt::format("{} with a track number that the file does not have, for instance {}",
-                        counted(strays, "block"), firstStray));
+    judgeDamage(head, account, checked);
+    judgeEnd(account, checked);
+    judgeSegments(account, checked);
+    judgeStrays(head, account, checked);
 }
 
 }  // namespace mkvx

@@ -124,12 +124,25 @@ const char* toString(TrackKind kind) {
     return "";
 }
 
+UnusableFile::UnusableFile(Why why, const std::string& file, const std::string& reason,
+                           const std::string& stoppedBy)
+    : FileFailure(file, reason), mWhy(why), mStoppedBy(stoppedBy) {}
+
 Session::Session(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& options)
     : Session(plugin, path, options.faults, openBytes(path, options)) {}
 
 Session::Session(const ExtractorPlugin& plugin, const std::string& path, const FaultOptions& faults,
                  const sp<android::DataSource>& bytes)
     : mPlugin(plugin), mFaults(faults), mBytes(bytes) {
+    beClaimed(path);
+    requireSurvivable(*this, path);
+    openExtractor(path);
+    openReader(path);
+    mInfo = describeFile(path, *mExtractor, mReader->offered());
+    throwIfInterrupted(path);
+}
+
+void Session::beClaimed(const std::string& path) {
     const sp<FaultySource> source = new FaultySource(mBytes, mFaults, {});
     const bool isClaimed = sniff(mPlugin, source, path).claimed;
     throwIfInterrupted(path);
@@ -137,16 +150,20 @@ Session::Session(const ExtractorPlugin& plugin, const std::string& path, const F
         throw UnusableFile(UnusableFile::Why::kNotClaimed, path,
                            "is no Matroska or WebM file (it does not begin with 1A 45 DF A3)");
     mSniffed = source->reads();
-    requireSurvivable(*this, path);
+}
+
+void Session::openExtractor(const std::string& path) {
     mExtractor = newExtractor();
     throwIfInterrupted(path);
     if (mExtractor == nullptr)
         throw UnusableFile(UnusableFile::Why::kNoExtractor, path,
                            "the plug-in made no extractor for it (mkvx tree shows how far it can be read)");
+}
+
+void Session::openReader(const std::string& path) {
     mReader = std::make_unique<OwnReader>(newBytes());
     throwIfInterrupted(path);
-    const std::vector<OfferedTrack> offered = mReader->offered();
-    if (offered.size() != mExtractor->countTracks())
+    if (mReader->offered().size() != mExtractor->countTracks())
         throw FileFailure(
             path,
             "the loaded plug-in offers other tracks than this program's own reader finds (--plugin takes "
@@ -154,8 +171,6 @@ Session::Session(const ExtractorPlugin& plugin, const std::string& path, const F
     if (mReader->head().trackCount() == 0)
         throw UnusableFile(UnusableFile::Why::kNoTracks, path,
                            "no track description can be read from it (mkvx tree shows what is there)");
-    mInfo = describeFile(path, *mExtractor, offered);
-    throwIfInterrupted(path);
 }
 
 const TrackInfo* Session::masterTrack() const {

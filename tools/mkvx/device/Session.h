@@ -29,8 +29,7 @@ class UnusableFile : public FileFailure {
   public:
     enum class Why { kNotClaimed, kStopsProcess, kNoExtractor, kNoTracks };
     UnusableFile(Why why, const std::string& file, const std::string& reason,
-                 const std::string& stoppedBy = std::string())
-        : FileFailure(file, reason), mWhy(why), mStoppedBy(stoppedBy) {}
+                 const std::string& stoppedBy = std::string());
 
     Why why() const { return mWhy; }
     // The assertion's text or the signal, for kStopsProcess.
@@ -64,6 +63,11 @@ class Session {
     const ExtractorPlugin& plugin() const { return mPlugin; }
 
   private:
+    // The steps of opening; each throws what makes the file unusable.
+    void beClaimed(const std::string& path);
+    void openExtractor(const std::string& path);
+    void openReader(const std::string& path);
+
     ExtractorPlugin mPlugin;
     FaultOptions mFaults;
     android::sp<android::DataSource> mBytes;  // without faults

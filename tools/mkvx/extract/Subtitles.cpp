@@ -100,28 +100,32 @@ class AssWriter : public TextWriter {
 
   protected:
     void put(const Event& event) override {
-        constexpr size_t kFields = 9;
-        std::array<std::string_view, kFields> fields;
         std::string_view rest = event.text;
-        for (size_t i = 0; i + 1 < kFields; ++i) {
-            const size_t comma = rest.find(',');
-            if (comma == std::string_view::npos) return;  // nothing that such a file could show
-            fields[i] = rest.substr(0, comma);
-            rest.remove_prefix(comma + 1);
-        }
-        std::string text = fmt::format("Dialogue: {}{},{},{}", mIsOld ? "Marked=" : "", fields[1],
+        const std::optional<Fields> fields = takeFields(rest);
+        if (!fields) return;  // nothing that such a file could show
+        std::string text = fmt::format("Dialogue: {}{},{},{}", mIsOld ? "Marked=" : "", (*fields)[1],
                                        clock(event.startUs), clock(event.endUs));
-        for (size_t i = 2; i + 1 < kFields; ++i) text.append(",").append(fields[i]);
-        text += ",";
-        const char* gap = "";
-        for (const std::string_view line : linesOf(rest)) {
-            text.append(gap).append(line);
-            gap = "\\N";
-        }
-        mOut.write(text + "\n");
+        for (size_t i = 2; i < fields->size(); ++i) text.append(",").append((*fields)[i]);
+        mOut.write(text + "," + joined(linesOf(rest)) + "\n");
     }
 
   private:
+    using Fields = std::array<std::string_view, 8>;
+
+    // What stands in front of an event's text, which is left in `rest`.
+    static std::optional<Fields> takeFields(std::string_view& rest) {
+        Fields fields;
+        for (std::string_view& field : fields) {
+            const size_t comma = rest.find(',');
+            if (comma == std::string_view::npos) return std::nullopt;
+            field = rest.substr(0, comma);
+            rest.remove_prefix(comma + 1);
+        }
+        return fields;
+    }
+    static std::string joined(const std::vector<std::string_view>& lines) {
+        return fmt::format("{}", fmt::join(lines, "\\N"));
+    }
     bool endsInEvents() const {
         const size_t section = mHeader.rfind("\n[");
         return mHeader.compare(section == std::string::npos ? 0 : section + 1, 8, "[Events]") == 0 &&

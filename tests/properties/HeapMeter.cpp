@@ -19,12 +19,6 @@ std::atomic<size_t> gMost{SIZE_MAX};  // that malloc gives
 std::atomic<long> gLarger{0};         // blocks asked for
 std::atomic<long> gRefused{0};        // which of them is refused
 
-bool IsRefused(size_t size) {
-    if (size <= gMost.load(std::memory_order_relaxed)) return false;
-    const long number = gLarger++;
-    return gRefused == testing_support::RefusedAbove::kAll || gRefused == number;
-}
-
 void Count(long long change) {
     const long long held = gHeld.fetch_add(change, std::memory_order_relaxed) + change;
     long long peak = gPeak.load(std::memory_order_relaxed);
@@ -63,6 +57,12 @@ void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* old, size_t size);
 void* __libc_memalign(size_t alignment, size_t size);
 void __libc_free(void* p);
+
+static bool IsRefused(size_t size) {
+    if (size <= gMost.load(std::memory_order_relaxed)) return false;
+    const long number = gLarger++;
+    return gRefused == testing_support::RefusedAbove::kAll || gRefused == number;
+}
 
 #define COUNTED __attribute__((visibility("default")))
 

@@ -66,11 +66,6 @@ static bool IsRefused(size_t size) {
 
 #define COUNTED __attribute__((visibility("default")))
 
-static bool IsRefused(size_t size) {
-    if (size <= gMost.load(std::memory_order_relaxed)) return false;
-    const long number = gLarger++;
-    return gRefused == testing_support::RefusedAbove::kAll || gRefused == number;
-}
 static void* Took(void* p) {
     if (p != nullptr) Count(static_cast<long long>(malloc_usable_size(p)));
     return p;

@@ -28,7 +28,7 @@ std::string shellWord(const std::string& path) {
 }
 
 std::string remuxCommand(const std::string& path) {
-    return fmt::format("mkvmerge -o {} {}", kResult, shellWord(path));
+    return fmt::format("mkvmerge --disable-lacing -o {} {}", kResult, shellWord(path));
 }
 
 std::string copyCommand(const std::string& path) {
@@ -43,9 +43,8 @@ std::string recodeCommand(const std::string& path, char kind, size_t ordinal, co
 std::string webvttCommand(const std::string& path, size_t entry) {
     const std::string word = shellWord(path);
     return fmt::format(
-        "mkvextract {} tracks {}:text.vtt && ffmpeg -i text.vtt text.srt && mkvmerge -o {} --subtitle-tracks "
-        "'!{}' {} "
-        "text.srt",
+        "mkvextract {} tracks {}:text.vtt && ffmpeg -i text.vtt text.srt && mkvmerge --disable-lacing -o {} "
+        "--subtitle-tracks '!{}' {} text.srt",
         word, entry, kResult, entry, word);
 }
 

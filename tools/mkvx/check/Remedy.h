@@ -1,4 +1,6 @@
-// Commands that mend a file, for people to copy. The result is always a new file.
+// Commands that mend a file, for people to copy. The result is always a new file, and never has a finding
+// that the file did not have: laces in particular, which the muxer would make of small frames when left
+// alone.
 #pragma once
 #include <cstddef>
 #include <string>

@@ -109,6 +109,8 @@ CASES = {
     'cues-other': (film(avc(), mp3(), cue_for=2), 'plays_with_losses', {'cues_miss_master': ('loss', 'number 1')}),
     'cues-astray': (astray(film(avc())), 'plays_with_losses', {'cues_astray': ('loss', '1 position')}),
     'encrypted': (film(avc(1, AVCC, encodings(ENCRYPTION)), mp3()), 'plays_with_losses', {'encrypted': ('mute', 'encrypted')}),
+    'encrypted-vp8': (film(craft.video(1, 'V_VP8', encodings(ENCRYPTION)), mp3(), cue_for=None), 'plays_with_losses',
+                      {'unmapped_tag': ('loss', ''), 'encrypted': ('mute', 'no other codec'), 'no_duration': ('loss', '')}),
     'lzo': (film(avc(1, AVCC, encodings(encoding(2)))), 'nothing_plays', {'encoding_unsupported': ('mute', 'algorithm 2')}),
     'private-zlib': (film(avc(1, AVCC, encodings(encoding(0, scope=2)))), 'nothing_plays', {'private_encoded': ('mute', 'stored encoded')}),
     'stacked': (film(avc(1, AVCC, encodings(encoding(0), encoding(3, order=1, settings=b'\0'))),
@@ -223,6 +225,12 @@ def test_evidence_and_remedy(report):
     assert checked['reason'].startswith('no sound: track number 2: ')
     numbers = next(f for f in report['files'] if f['file'].endswith('/subtitle-number.mkv'))
     assert '-map 0:0 -map 0:2' in next(f['remedy'] for f in findings(numbers) if f['code'] == 'subtitle_number')
+
+
+def test_nothing_is_proposed_for_what_is_encrypted(report):
+    for name in 'encrypted', 'encrypted-vp8':
+        checked = next(f for f in report['files'] if f['file'].endswith('/%s.mkv' % name))
+        assert not [f for f in findings(checked) if 'remedy' in f]
 
 
 def test_remedies_mend(mkvx, binary, sample, tmp_path):

@@ -7,6 +7,7 @@
 
 #include "base/Text.h"
 #include "check/Findings.h"
+#include "check/Proposals.h"
 #include "check/Remedy.h"
 #include "device/ElementIds.h"
 #include "device/Session.h"
@@ -25,10 +26,12 @@ void matchOffers(const OwnReader& reader, const std::vector<JudgedTrack>& tracks
     const std::vector<std::optional<DropReason>> drops = reader.drops();
     size_t index = 0;
     for (const JudgedTrack& track : tracks) {
-        if (const auto reason = drops.at(track.place))
+        if (const auto reason = drops.at(track.place)) {
             track.verdict->dropped = explainDrop(reader.head(), path, track, *reason);
-        else
+            judgeDropped(reader.head(), track);
+        } else {
             track.verdict->index = index++;
+        }
     }
 }
 
@@ -85,11 +88,13 @@ void examineOpened(const Session& session, const CheckDepth& depth,
     describeOffers(session, tracks, checked);
     judgeDocument(head, checked);
     judgeSubtitles(session, tracks, checked);
+    settleProposals(tracks, checked);
     if (depth.units) soFar(checked);
     const uint64_t clusters = depth.units ? examineUnits(session, depth, tracks, checked) : 0;
     judgeLosses(head, checked);
     judgeSeeking(session, checked);
     checked.seeking->clusters = clusters;
+    settleProposals(tracks, checked);
 }
 
 // What discovery would have said of the tracks that it did not come to.
@@ -117,6 +122,7 @@ void examineHead(const android::sp<android::DataSource>& source, CheckedFile& ch
     explainUnreached(head, checked.path, tracks);
     judgeDocument(head, checked);
     judgeLosses(head, checked);
+    settleProposals(tracks, checked);
 }
 
 // A file that is no document has no head to ask.

@@ -16,6 +16,8 @@ namespace mkvx {
 namespace {
 
 constexpr size_t kMostCodecId = 64;
+constexpr std::initializer_list<uint32_t> kEncryptionPath = {id::kContentEncodings, id::kContentEncoding,
+                                                             id::kContentEncryption};
 
 std::string kindOf(uint64_t type) {
     if (type == kVideoType) return "video";
@@ -69,6 +71,12 @@ class Judge {
         return nullptr;
     }
     char letter() const { return mVerdict.kind[0]; }
+    std::vector<size_t> others() const {
+        std::vector<size_t> places;
+        for (size_t place = 0; place < mHead.trackCount(); ++place)
+            if (place != mTrack.place) places.push_back(place);
+        return places;
+    }
 
     void judgeNumber() {
         const uint64_t number = mVerdict.number;
@@ -82,7 +90,7 @@ class Judge {
                     "another track has the TrackNumber {} too: both deliver the same blocks, read as the "
                     "other's",
                     number),
-                {id::kTrackNumber}, selectCommand(mPath, {mTrack.place}));
+                {id::kTrackNumber}, selectCommand(mPath, others()));
     }
 
     void judgeEncodings() {
@@ -101,8 +109,7 @@ class Judge {
 
     void judgeEncoding(const FrameEncoding& encoding, bool isBlocked) {
         if (encoding.isEncryption)
-            add("encrypted", Weight::kMute, "its frames are encrypted, and arrive so",
-                {id::kContentEncodings, id::kContentEncoding, id::kContentEncryption});
+            add("encrypted", Weight::kMute, "its frames are encrypted, and arrive so", kEncryptionPath);
         else if (!encoding.isUndone)
             add("encoding_unsupported", Weight::kMute,
                 fmt::format(
@@ -226,6 +233,15 @@ std::vector<JudgedTrack> listTracks(const FileHead& head, CheckedFile& checked) 
         judged.push_back({std::move(entry), &verdict, judged.size(), ordinal});
     }
     return judged;
+}
+
+void judgeDropped(const FileHead& head, const JudgedTrack& track) {
+    const auto& encodings = track.entry.encodings;
+    if (std::any_of(encodings.begin(), encodings.end(),
+                    [](const auto& encoding) { return encoding.coversFrames && encoding.isEncryption; }))
+        track.verdict->findings.push_back({"encrypted", Weight::kMute,
+                                           "its frames are encrypted, so that no other codec helps it either",
+                                           head.evidenceBelowOr(track.entry.position, kEncryptionPath), ""});
 }
 
 void judgeOffered(const FileHead& head, const std::string& path, const JudgedTrack& track,

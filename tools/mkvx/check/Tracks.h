@@ -30,6 +30,10 @@ Finding explainDrop(const FileHead& head, const std::string& path, const JudgedT
 void judgeOffered(const FileHead& head, const std::string& path, const JudgedTrack& track,
                   const TrackInfo& offer);
 
+// The same of one that is not offered, as far as it matters for what could be made of it: that nobody can
+// read its frames.
+void judgeDropped(const FileHead& head, const JudgedTrack& track);
+
 // A track whose headers end the process, if it is one.
 std::optional<Finding> explainVorbisStop(const FileHead& head, const std::string& path,
                                          const JudgedTrack& track);

@@ -16,6 +16,7 @@ namespace {
 // One track being read.
 struct Reading {
     TrackVerdict* verdict;
+    size_t ordinal;  // among the tracks of its kind
     std::unique_ptr<TrackReader> reader;
     bool hasNalLengths;
     int64_t timeUs = INT64_MIN;
@@ -48,17 +49,19 @@ bool hasNalLengths(const std::string& mime) {
     return mime == android::MEDIA_MIMETYPE_VIDEO_AVC || mime == android::MEDIA_MIMETYPE_VIDEO_HEVC;
 }
 
-Reading startReading(const Session& session, TrackVerdict& verdict, EventTallies& events) {
+Reading startReading(const Session& session, const JudgedTrack& judged, EventTallies& events) {
     const auto count = [&events](uint64_t trackNumber, size_t size) {
         EventTally& tally = events[trackNumber];
         ++tally.records;
         tally.bytes += size;
     };
+    TrackVerdict& verdict = *judged.verdict;
     const TrackInfo& track = session.info().tracks[*verdict.index];
     const bool isMaster = session.masterTrack() == &track;
     auto twin = session.reader().cursor(track.number, isMaster ? OnEvent(count) : nullptr);
     Reading reading;
     reading.verdict = &verdict;
+    reading.ordinal = judged.ordinal;
     reading.reader = std::make_unique<TrackReader>(session.newSource(track.index), std::move(twin));
     reading.hasNalLengths = hasNalLengths(verdict.mime);
     return reading;
@@ -69,7 +72,7 @@ std::vector<Reading> startReadings(const Session& session, const std::vector<Jud
     std::vector<Reading> readings;
     for (const JudgedTrack& track : tracks)
         if (track.verdict->isOffered() && track.verdict->kind != "subtitle")
-            readings.push_back(startReading(session, *track.verdict, events));
+            readings.push_back(startReading(session, track, events));
     return readings;
 }
 
@@ -78,7 +81,8 @@ void tellCut(const FileHead& head, const std::string& path, const Reading& readi
         {"units_cut", Weight::kLoss,
          fmt::format("{} of its units end at a NAL length that does not fit; the rest of them is missing",
                      reading.cut),
-         head.evidenceBelow(reading.verdict->position, {id::kCodecPrivate}), copyCommand(path)});
+         head.evidenceBelow(reading.verdict->position, {id::kCodecPrivate}),
+         recodeCommand(path, 'v', reading.ordinal, "libx264")});
 }
 
 }  // namespace

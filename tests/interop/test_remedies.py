@@ -1,0 +1,123 @@
+"""The commands that check proposes, run as they are printed, on what real muxers made and one fault was put into."""
+import bz2
+import json
+import subprocess
+from collections import Counter
+from pathlib import Path
+
+import craft
+import ebml
+import pytest
+import rewriting
+
+AV = ['h264', 'mp3']
+VTT = 'WEBVTT\n\n00:00.100 --> 00:00.500\nfirst\n\n00:00.600 --> 00:01.000\nsecond\n'
+LINES = [(100, 400, 'first'), (500, 900, 'second')]
+
+
+def whole(mux, *streams):
+    return mux.ffmpeg('whole.mkv', streams or AV, '-cluster_time_limit', '200', '-write_crc32', '0')
+
+
+def patched(mux, change):
+    """change(bytearray, document), on a whole file."""
+    path = whole(mux)
+    data = bytearray(Path(path).read_bytes())
+    change(data, ebml.read(path))
+    Path(mux.path('patched.mkv')).write_bytes(data)
+    return mux.path('patched.mkv')
+
+
+def renumbered(mux, numbers, *streams):
+    return rewriting.Rewriter(whole(mux, *streams), renumber=numbers).write(mux.path('renumbered.mkv'))
+
+
+def one_track(mux, stream, change_entry=lambda entry: entry, change_data=lambda data: data):
+    """A stream with another TrackEntry, or packets stored in another way."""
+    path = mux.ffmpeg('one.mkv', [stream], '-write_crc32', '0')
+    reader = rewriting.Rewriter(path, renumber={1: 1})
+    tracks = next(e for e in reader.doc.level_1 if e.id == ebml.TRACKS)
+    entry = next(e for e in ebml.children(reader.data, tracks.start, tracks.end) if e.id == 0xAE)
+    packets = mux.packets(stream)[1]
+    for packet in packets:
+        packet.data = change_data(packet.data)
+    return mux.write('changed.mkv', craft.element(0xAE, change_entry(reader.raw(entry))), packets)
+
+
+def set_at(data, old, new):
+    at = bytes(data).index(old)
+    data[at:at + len(new)] = new
+
+
+def break_a_length(data, doc):
+    """The second one of a unit of several NALs."""
+    unit = next(b.frames[0] for b in doc.blocks if b.track == 1)
+    second = 4 + int.from_bytes(unit[:4], 'big')
+    data[data.index(unit) + second] = 1
+
+
+def damage(data, doc):
+    second = [e for e in doc.level_1 if e.id == ebml.CLUSTER][1]
+    data[second.start - 12:second.start] = bytes(12)
+
+
+def lead_cues_astray(data, doc):
+    at = data.index(b'\xf1', doc.level_1[doc.first(ebml.CUES)].start)
+    data[at + 2] += 1
+
+
+def lead_by_the_sound(data, doc):
+    at = data.index(b'\xf7\x81', doc.level_1[doc.first(ebml.CUES)].start)
+    while at > 0:
+        data[at + 2] = 2
+        at = data.find(b'\xf7\x81\1', at)
+
+
+BZIP = craft.element(0x6D80, craft.element(0x6240, craft.uint(0x5032, 1) + craft.element(0x5034, craft.uint(0x4254, 1))))
+# What it is that check finds fault with: (code, how the file is made).
+CASES = [
+    ('no_cues', lambda mux: mux.ffmpeg('x.mkv', AV, '-cluster_time_limit', '200', piped=True)),
+    ('units_cut', lambda mux: patched(mux, break_a_length)),
+    ('no_cues', lambda mux: mux.mkvmerge('x.mka', ['flac'], '--no-cues', '--disable-lacing', '--cluster-length', '200ms')),
+    ('damaged', lambda mux: patched(mux, damage)),
+    ('truncated', lambda mux: patched(mux, lambda data, doc: data.__delitem__(slice(-9000, None)))),
+    ('cues_astray', lambda mux: patched(mux, lead_cues_astray)),
+    ('cues_miss_master', lambda mux: patched(mux, lead_by_the_sound)),
+    ('doctype_too_new', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x42\x85\x81\x02', b'\x42\x85\x81\x03'))),
+    ('duplicate_number', lambda mux: renumbered(mux, {2: 1}, 'mp3', 'mp3')),
+    ('subtitle_number', lambda mux: renumbered(mux, {3: 4}, *AV, mux.srt('x.srt', LINES))),
+    ('track_time_scale', lambda mux: one_track(mux, 'mp3', lambda entry: entry + craft.real(0x23314F, 2.0))),
+    ('encoding_unsupported', lambda mux: one_track(mux, 'mp3', lambda entry: entry + BZIP, bz2.compress)),
+    ('unknown_codec_id', lambda mux: mux.ffmpeg('x.mkv', ['av1', 'opus'])),
+    ('unmapped_tag', lambda mux: mux.ffmpeg('x.webm', ['vp8', 'vorbis'])),
+    ('pcm_sample_size', lambda mux: one_track(mux, 'pcm_s24le')),
+    ('subtitle_kind', lambda mux: mux.mkvmerge('x.mkv', ['h264', mux.text('x.vtt', VTT)])),
+]
+
+
+def checked(binary, folder, name):
+    run = subprocess.run([binary, 'check', '--format', 'json', name], cwd=folder, capture_output=True)
+    return json.loads(run.stdout)['files'][0]
+
+
+def findings(checked):
+    return [f for t in checked['tracks'] for f in t['findings'] + [t[k] for k in ['dropped'] if k in t]] + checked['findings']
+
+
+def codes(binary, folder, name):
+    return Counter(f['code'] for f in findings(checked(binary, folder, name)))
+
+
+@pytest.mark.parametrize('code, make', CASES, ids=[code for code, _ in CASES])
+def test_a_proposal_mends_and_brings_nothing_new(mux, binary, tmp_path, code, make):
+    Path(make(mux)).rename(tmp_path / "it's.mkv")
+    proposals = [f for f in findings(checked(binary, tmp_path, "it's.mkv")) if 'remedy' in f]
+    before = codes(binary, tmp_path, "it's.mkv")
+    assert code in [f['code'] for f in proposals]
+    for finding in proposals:
+        run = subprocess.run(finding['remedy'], shell=True, cwd=tmp_path, capture_output=True)
+        assert run.returncode == 0 or 'mkvmerge' in finding['remedy'] and run.returncode == 1, run.stderr
+        after = codes(binary, tmp_path, 'mended.mkv')
+        assert after[finding['code']] < before[finding['code']] and after <= before, finding['remedy']
+        for made in 'mended.mkv', 'text.vtt', 'text.srt':
+            (tmp_path / made).unlink(missing_ok=True)

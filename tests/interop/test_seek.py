@@ -57,7 +57,7 @@ def grid(end_us):
 
 
 def seek(mkvx, path, track, targets):
-    lines = mkvx('seek', path, '--track', track, '--format', 'jsonl', *(word for t in targets for word in ('--to', t))).lines()
+    lines = mkvx('seek', path, '--track', track, '--format', 'jsonl', *(word for t in targets for word in ('--to', f'{t}us'))).lines()
     assert [line['target_us'] for line in lines] == list(targets)
     return lines
 
@@ -109,7 +109,7 @@ def test_video_lands_on_the_last_key_frame_in_front(mkvx, mux, streams):
 
 def test_clock_times_and_every_track(mkvx, mux, streams):
     path = mux.mkvmerge('clock.mkv', streams)
-    lines = mkvx('seek', path, '--to', '00:00:04.250', '--to', '-1', '--format', 'jsonl').lines()
+    lines = mkvx('seek', path, '--to', '00:00:04.250', '--to', '-1us', '--format', 'jsonl').lines()
     assert [(x['track'], x['target_us']) for x in lines] == [(0, 4250000), (0, -1), (1, 4250000), (1, -1)]
     assert lines[0]['landed'] and lines[1]['landed'] is None
 

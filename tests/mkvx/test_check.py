@@ -327,7 +327,7 @@ def test_bytes_come_from_the_source_once(mkvx, serve, sample, write):
 def test_time_limit_leaves_what_was_known(mkvx, sample):
     """On a slow source; a limit that lets opening end, but not the reading of all units, is found by trying."""
     for limit in '0.5', '1', '2', '4', '8', '16', '32':
-        run = mkvx('check', '--late', '500', '--time-limit', limit, '--format', 'json', sample)
+        run = mkvx('check', '--late', '500us', '--time-limit', limit, '--format', 'json', sample)
         checked = run.json()['files'][0]
         assert run.code == EXITS['undecided'] == 6 and checked['verdict'] == 'undecided' and limit + ' s' in checked['reason']
         if checked['tracks']:
@@ -349,6 +349,6 @@ def test_interruption_prints_what_was_found(binary, serve, sample):
 
 def test_progress_as_json(mkvx, sample):
     told = [json.loads(line)['progress'] for line in
-            mkvx('check', '--jobs', '1', '--progress', 'json', '--late', '250', *[sample] * 2).err.splitlines()]
+            mkvx('check', '--jobs', '1', '--progress', 'json', '--late', '250us', *[sample] * 2).err.splitlines()]
     assert told and all(t['files_total'] == 2 and 0 <= t['bytes'] <= t['bytes_total'] for t in told)
     assert [t['bytes'] for t in told] == sorted(t['bytes'] for t in told)

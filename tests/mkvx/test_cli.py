@@ -22,10 +22,10 @@ def sentence(run):
 
 
 @pytest.mark.parametrize('args', [
-    ['frobnicate', 'x.mkv'], ['info'], ['info', '--format', 'yaml', 'x.mkv'], ['packets', '--limit', '0', 'x.mkv'],
+    ['frobnicate', 'x.mkv'], ['info'], ['info', '--format', 'yaml', 'x.mkv'], ['info', '--format', 'table', '--json', 'x.mkv'], ['packets', '--limit', '0', 'x.mkv'],
     *[['packets', f'--track={choice}', 'x.mkv'] for choice in ['one', '-1', '#', '#x', '1 ', '99999999999999999999']],
     ['info', '--log', 'loud', 'x.mkv'], ['info', '--no-such-option', 'x.mkv'],
-    *[['seek', 'x.mkv', '--to', time] for time in ('', 'soon', '1:2', '00:60:00', '00:00:60', '1:2:3.1234567', '99999999999999999999')],
+    *[['seek', 'x.mkv', '--to', time] for time in ('', 'soon', '1:60', '00:60:00', '00:00:60', '1:2:3.1234567', '5 s', '0.5us', '90', '99999', '1.5', '99999999999999999999')],
     ['bench', 'mux', 'x.mkv'], ['bench', 'open', '--source', 'tape', 'x.mkv'],
 ], ids=' '.join)
 def test_wrong_usage(mkvx, args):
@@ -48,17 +48,20 @@ def test_without_arguments(mkvx):
     assert 'mkvx check film.mkv' in run.err.splitlines()[1]
 
 
-@pytest.mark.parametrize('word, meant', [('chek', 'check'), ('Packets', 'packets'), ('extracts', 'extract'),
+@pytest.mark.parametrize('word, meant', [('chek', 'check'), ('chekc', 'check'), ('Packets', 'packets'), ('extracts', 'extract'),
                                          ('xyzzy', None)])
 def test_misspelt_command(mkvx, word, meant):
-    run = mkvx(word, 'x.mkv')
-    assert run.code == 2 and (f'did you mean {meant}?' if meant else f'no command {word} (') in sentence(run)
+    for run in mkvx(word, 'x.mkv'), mkvx('help', word):
+        assert run.code == 2 and (f'did you mean {meant}?' if meant else f'no command {word} (') in sentence(run)
 
 
 def test_every_help_ends_with_an_example_that_is_understood(mkvx, binary, sample, tmp_path):
     shutil.copy(sample, tmp_path / 'film.mkv')
     commands = re.findall(r'^  (\w+) ', mkvx('--help').out.split('Subcommands:')[1].split('Exit codes:')[0], re.M)
     assert len(commands) >= 16
+    for command in commands:
+        told = mkvx(command, '--help').out
+        assert mkvx('help', command).out == told and ('--format ' in told) == ('--json ' in told)
     for command in [None, *commands]:
         text = mkvx(*filter(None, [command]), '--help').out.split('Example:')[-1]
         examples = [line.strip() for line in text.splitlines() if line.strip()]
@@ -95,7 +98,7 @@ MEDIA, HEAD, START = range(100000, 170000), range(4096, 8192), range(4096)
     (['tree', '--all', '--format', 'json'], MEDIA, 'json'), (['explain', '--format', 'json', 'SimpleBlock'], MEDIA, 'json'),
     (['decode', '--format', 'json'], MEDIA, 'json'), (['cost', '--demux', '--seeks', '0', '--format', 'json'], MEDIA, 'json'),
     (['extract', '--track', '0', '-o', 'OUT'], MEDIA, 'file'),
-    (['seek', '--track', '0', '--to', '1', '--to', '3000000', '--to', '7000000', '--format', 'jsonl'], MEDIA, 'lines'),
+    (['seek', '--track', '0', '--to', '1us', '--to', '3000000', '--to', '7000000', '--format', 'jsonl'], MEDIA, 'lines'),
     (['late', '--track', '0', '--at', '150', '--by', '500000'], MEDIA, 'nothing'),
     (['sniff'], START, 'nothing'), (['info'], HEAD, 'nothing'), (['info'], START, 'nothing'), (['check'], START, 'nothing'), (['index'], HEAD, 'nothing'), (['chapters'], HEAD, 'nothing'),
     (['report', '-o', 'OUT'], MEDIA, 'nothing'),
@@ -140,8 +143,8 @@ def test_progress(binary, sample):
     """On a slow source there is a line a second; each is of its own, and says more."""
     runs = [subprocess.Popen([binary, *args, '--progress', 'json', '--late', late, sample], stdout=subprocess.DEVNULL,
                              stderr=subprocess.PIPE, text=True)
-            for args, late in ((['packets'], '2000'), (['tree', '--all'], '100000'), (['decode'], '2000'),
-                               (['cost', '--demux', '--seeks', '0'], '1000'), (['extract', '--track', '0', '-o', '/dev/null'], '2000'))]
+            for args, late in ((['packets'], '2ms'), (['tree', '--all'], '0.1s'), (['decode'], '2ms'),
+                               (['cost', '--demux', '--seeks', '0'], '1ms'), (['extract', '--track', '0', '-o', '/dev/null'], '2ms'))]
     for run in runs:
         first, second = [json.loads(run.stderr.readline())['progress'] for _ in range(2)]
         run.kill()
@@ -181,7 +184,7 @@ def test_track_that_is_not_there(mkvx, sample, choice, told):
     assert str(sample) in sentence(run) and told in run.err
 
 
-@pytest.mark.parametrize('command', [['packets'], ['seek', '--to', '0'], ['late', '--at', '1', '--by', '1'],
+@pytest.mark.parametrize('command', [['packets'], ['seek', '--to', '0'], ['late', '--at', '1', '--by', '1us'],
                                      ['extract', '-o', '/dev/null', '--format', 'json'], ['decode', '--frames', '1']],
                          ids=lambda command: command[0])
 def test_track_by_its_number(mkvx, sample, command):

@@ -23,7 +23,7 @@ def test_what_cannot_be_written(mkvx, sample, write, track, out, code, told):
 def test_progress_on_a_terminal(binary, sample, tmp_path):
     """A line that renews itself, and is wiped in the end."""
     terminal, its_end = pty.openpty()
-    run = subprocess.Popen([binary, 'extract', sample, '--track', '0', '-o', tmp_path / 'slow', '--late', '2000'],
+    run = subprocess.Popen([binary, 'extract', sample, '--track', '0', '-o', tmp_path / 'slow', '--late', '2ms'],
                            stdout=subprocess.DEVNULL, stderr=its_end)
     os.close(its_end)
     seen = b''

@@ -15,7 +15,7 @@ SCHEMAS = {path.name.split('.')[0]: json.loads(path.read_text()) for path in FOL
 RUNS = [
     ('sniff', ['json'], 'F'), ('info', ['json'], 'F'), ('check', ['json', 'jsonl'], 'F'),
     ('packets', ['json', 'jsonl'], '--all F'), ('packets', ['json'], '--limit 1 F'),
-    ('seek', ['json', 'jsonl'], '--to 0 --to 500000 --to -1 F'), ('late', ['json', 'jsonl'], '--track 0 --at 1 --by 500000 F'),
+    ('seek', ['json', 'jsonl'], '--to 0 --to 500000 --to -1us F'), ('late', ['json', 'jsonl'], '--track 0 --at 1 --by 500000 F'),
     ('index', ['json'], '--coarse 100000 F'), ('decode', ['json'], 'F'), ('extract', ['json'], '--track 0 -o O F'),
     ('cost', ['json'], '--seeks 2 --demux F'), ('cost', ['json'], '--no-size F'),
     ('bench', ['json'], 'demux --once --reads F'), ('bench', ['json'], 'open --once F'),

@@ -5,11 +5,11 @@ import craft
 
 
 @pytest.mark.parametrize('args, told', [
-    (['late', '--track', '2', '--at', '0', '--by', '1'], 'index 2 is a subtitle track, which skips nothing'),
-    (['late', '--track', '0', '--at', '201', '--by', '1'], 'has only 200 units'),
-    (['late', '--track', '3', '--at', '0', '--by', '1'], 'there is no index 3'),
+    (['late', '--track', '2', '--at', '0', '--by', '1us'], 'index 2 is a subtitle track, which skips nothing'),
+    (['late', '--track', '0', '--at', '201', '--by', '1us'], 'has only 200 units'),
+    (['late', '--track', '3', '--at', '0', '--by', '1us'], 'there is no index 3'),
     (['seek', '--track', '3', '--to', '0'], 'there is no index 3'), (['seek', '--to', 'noon'], 'noon'),
-    (['index', '--coarse', '1:2'], '1:2 is neither'),
+    (['seek', '--to', '90'], '90s are seconds, 90us microseconds'), (['index', '--coarse', '-5s'], '0 or more'),
 ], ids=lambda value: ' '.join(value) if isinstance(value, list) else '')
 def test_what_cannot_be_asked(mkvx, sample, args, told):
     run = mkvx(*args, sample)
@@ -22,7 +22,7 @@ def landed(run):
 
 def test_seeks_of_one_source_follow_each_other(mkvx, sample):
     """Forwards, back, and from behind the end back again; subtitles have no seeks of their own."""
-    targets = [word for target in ('3000000', '00:00:00', '8034000', '-1', '7999999') for word in ('--to', target)]
+    targets = [word for target in ('3s', '00:00:00', '8034ms', '-1us', '0:07.999999') for word in ('--to', target)]
     lines = mkvx('seek', *targets, '--format', 'jsonl', sample)
     assert landed(lines) == [(0, 2000000), (0, 0), (0, None), (0, None), (0, 6000000),
                              (1, 2020000), (1, 0), (1, None), (1, None), (1, 6014000)]
@@ -43,7 +43,7 @@ def test_index_of_a_film_without_cues(mkvx, write):
     tracks = [craft.video(1, 'V_MPEG2')]
     clusters = [craft.cluster(1000 * i, craft.simple_block(1, 0, b'picture')) for i in range(4)]
     data = craft.matroska(tracks, *clusters, duration_ms=9000.0)
-    found = mkvx('index', '--coarse', '999999', '--format', 'json', write('film.mkv', data)).json()
+    found = mkvx('index', '--coarse', '0.999999s', '--format', 'json', write('film.mkv', data)).json()
     start = data.index(craft.number(0x18538067)) + 12
     places = [at - start for at in range(len(data)) if data.startswith(craft.number(0x1F43B675), at)]
     assert found['source'] == 'scan' and found['duration_us'] == 3000000 and found['master_points'] == 4

@@ -105,7 +105,7 @@ def test_faults_are_met_where_they_were_asked_for(mkvx, sample, expected):
 
 
 def test_faults_reach_every_command(mkvx, sample, tmp_path):
-    for command in (['info'], ['seek', '--to', '0'], ['late', '--track', '0', '--at', '0', '--by', '1'], ['index'],
+    for command in (['info'], ['seek', '--to', '0'], ['late', '--track', '0', '--at', '0', '--by', '1us'], ['index'],
                     ['extract', '--track', '1', '-o', tmp_path / 'x'], ['decode'], ['cost'], ['sniff'],
                     ['bench', 'open']):
         assert mkvx(*command, sample).code == 0

@@ -17,19 +17,21 @@ std::string lower(std::string_view text) {
     return out;
 }
 
-// How many letters have to be put in, taken out or changed.
+// How many letters have to be put in, taken out, changed, or swapped with their neighbour.
 size_t editDistance(const std::string& a, const std::string& b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = row[0]++;
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    // [i][j]: between the first i letters of a and the first j of b.
+    std::vector<std::vector<size_t>> steps(a.size() + 1, std::vector<size_t>(b.size() + 1));
+    for (size_t j = 0; j <= b.size(); ++j) steps[0][j] = j;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        steps[i][0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t changed = steps[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            steps[i][j] = std::min({changed, steps[i - 1][j] + 1, steps[i][j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                steps[i][j] = std::min(steps[i][j], steps[i - 2][j - 2] + 1);
         }
     }
-    return row.back();
+    return steps[a.size()][b.size()];
 }
 
 // Smaller is likelier; nothing for names that have little in common.

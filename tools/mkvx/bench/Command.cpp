@@ -137,8 +137,6 @@ void addBenchCommand(CommandLine& line, const Globals& globals) {
     command.flag("--once", options->once, "A single pass");
     command.flag("--reads", options->reads, "Count the reads of the source in one more pass");
     addFormatOption(command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
-    command.flag(
-        "--json", [options] { options->format = Format::kJson; }, "Only the JSON line, as --format json");
     command.footer("Example: mkvx bench demux film.mkv --source pread --format json");
     command.action([&globals, options] {
         if (isUrl(options->file)) options->source = "url";

@@ -44,7 +44,7 @@ Argument& Argument::required() {
 }
 
 Argument& Argument::repeatable() {
-    mOption.expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    mOption.expected(1)->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     return *this;
 }
 
@@ -70,6 +70,11 @@ Argument& Argument::positive() {
 
 Argument& Argument::checked(const TakeText& check, const std::string& shape) {
     mOption.check(CLI::Validator([check](const std::string& text) { return check(text); }, shape));
+    return *this;
+}
+
+Argument& Argument::insteadOf(const Argument& other) {
+    mOption.excludes(&other.mOption);
     return *this;
 }
 
@@ -110,11 +115,15 @@ template Argument Arguments::value(const std::string&, std::optional<uint64_t>&,
 
 Argument Arguments::text(const std::string& names, const TakeText& take, const std::string& help) {
     const std::string spelling = names.substr(names.rfind(',') + 1);
-    const auto act = [take, spelling](const std::string& text) {
-        const std::string problem = take(text);
-        if (!problem.empty()) throw CLI::ValidationError(spelling, problem);
+    const auto act = [take, spelling](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            const std::string problem = take(text);
+            if (!problem.empty()) throw CLI::ValidationError(spelling, problem);
+        }
     };
-    return Argument(*mApp.add_option_function<std::string>(names, act, help));
+    return Argument(*mApp.add_option_function<std::vector<std::string>>(names, act, help)
+                         ->expected(1)
+                         ->allow_extra_args(false));
 }
 
 template <class Value>
@@ -169,6 +178,14 @@ std::optional<int> CommandLine::parse(int argc, char** argv) {
 
 std::string CommandLine::help() const {
     return mApp->help();
+}
+
+std::string CommandLine::help(const std::string& command) const {
+    try {
+        return mApp->get_subcommand(command)->help(mApp->get_name());
+    } catch (const CLI::OptionNotFound&) {
+        throw noSuchCommand(*this, command);
+    }
 }
 
 }  // namespace mkvx

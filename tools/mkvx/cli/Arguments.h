@@ -39,6 +39,8 @@ class Argument {
     Argument& positive();
     // `shape` is how the help texts describe a good value.
     Argument& checked(const TakeText& check, const std::string& shape);
+    // Only one of the two may be given.
+    Argument& insteadOf(const Argument& other);
     // The help texts call the value so.
     Argument& called(const std::string& type);
     // The help texts list it under this heading.
@@ -59,7 +61,7 @@ class Arguments {
     // optional.
     template <class Value>
     Argument value(const std::string& names, Value& value, const std::string& help);
-    // The value goes to a function.
+    // The value goes to a function; of one that is repeatable, each.
     Argument text(const std::string& names, const TakeText& take, const std::string& help);
     // For bool, and for uint64_t with names such as "--each{100}", where 100 is what the bare flag means.
     template <class Value>
@@ -97,6 +99,8 @@ class CommandLine {
     int run() const { return mChosen(); }
 
     std::string help() const;
+    // What --help of that command prints. Throws UsageFailure where there is none of this name.
+    std::string help(const std::string& command) const;
     // For those who tell the help texts in another form.
     const CLI::App& app() const { return *mApp; }
 

@@ -3,10 +3,12 @@
 
 #include "base/Log.h"
 #include "cli/Command.h"
+#include "cli/SharedOptions.h"
 
 namespace mkvx {
 namespace {
 
+constexpr int64_t kMostLateUs = 10000000;
 constexpr char kHeading[] = "Byte source (any command)";
 
 // "N" or "N+": one read, or that one and all that follow.
@@ -29,10 +31,11 @@ void addFaults(Arguments& all, FaultOptions& faults) {
         .called("N[+]")
         .under(kHeading);
     all.flag("--no-size", faults.noSize, "The source does not know its size").under(kHeading);
-    all.value("--late", faults.lateUs, "Each read takes so many microseconds more")
-        .within(uint64_t{0}, uint64_t{10000000})
-        .called("US")
-        .under(kHeading);
+    const auto setLateness = [&faults](int64_t us) {
+        faults.lateUs = uint64_t(us);
+        return std::string(us < 0 || us > kMostLateUs ? "has to be between 0s and 10s" : "");
+    };
+    addTimeOption(all, "--late", setLateness, "Each read takes so much longer").under(kHeading);
 }
 
 void addUrl(Arguments& all, UrlOptions& url) {

@@ -1,4 +1,5 @@
-// mkvx help, hidden: the manual page and the shells' completion, for the build to install.
+// mkvx help [COMMAND]: what --help tells; and hidden, the manual page and the shells' completion, for the
+// build to install.
 #include <fmt/format.h>
 #include <memory>
 
@@ -10,6 +11,7 @@ namespace mkvx {
 namespace {
 
 struct Options {
+    std::string command;
     bool isManual = false;
     std::string shell;
 };
@@ -23,7 +25,7 @@ int run(const CommandLine& line, const Options& options) {
     else if (options.shell == "zsh")
         fmt::print("{}", renderZshCompletion(help));
     else
-        fmt::print("{}", line.help());
+        fmt::print("{}", options.command.empty() ? line.help() : line.help(options.command));
     return kExitDone;
 }
 
@@ -33,6 +35,7 @@ void addHelpCommand(CommandLine& line) {
     auto options = std::make_shared<Options>();
     Arguments command = line.command("help", "The help texts in other forms");
     command.hide();
+    command.value("COMMAND", options->command, "The command to tell of");
     command.flag("--man", options->isManual, "A manual page");
     command.value("--completion", options->shell, "What a shell completes command lines by")
         .oneOf({"bash", "zsh"});

@@ -2,6 +2,8 @@
 
 #include <map>
 
+#include "base/ParseTime.h"
+
 namespace mkvx {
 
 void addFormatOption(Arguments& command, Format& chosen, const FormatNames& names) {
@@ -12,7 +14,12 @@ void addFormatOption(Arguments& command, Format& chosen, const FormatNames& name
             if (name.first == text) chosen = name.second;
         return std::string();
     };
-    command.text("--format", choose, "How to print the result").oneOf(known).showDefault(known.front());
+    const Argument format =
+        command.text("--format", choose, "How to print the result").oneOf(known).showDefault(known.front());
+    command
+        .flag(
+            "--json", [choose] { choose("json"); }, "Short for --format json")
+        .insteadOf(format);
 }
 
 Argument addTrackOption(Arguments& command, std::optional<TrackChoice>& chosen, const std::string& help) {
@@ -24,6 +31,15 @@ Argument addTrackOption(Arguments& command, std::optional<TrackChoice>& chosen, 
     return command
         .text("--track", choose, help + ": its index (from 0, as info shows it), or # and its number")
         .called("INDEX|#NUMBER");
+}
+
+Argument addTimeOption(Arguments& command, const std::string& name, const TakeTime& take,
+                       const std::string& help) {
+    const auto act = [take](const std::string& text) {
+        const std::optional<int64_t> us = parseTime(text);
+        return us ? take(*us) : noTimeBecause(text);
+    };
+    return command.text(name, act, help + " (5s, 1:30, 00:01:30.5, 5000000us)").called("TIME");
 }
 
 void addProgressOption(Arguments& command, ProgressStyle& style) {

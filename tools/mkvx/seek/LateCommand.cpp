@@ -39,10 +39,14 @@ void addLateCommand(CommandLine& line, const Globals& globals) {
     command.value("FILE", options->file, "The file to read").required();
     addTrackOption(command, options->track, "The track to read").required();
     command.value("--at", options->at, "Be late at the unit with this index, from 0").required();
-    command.value("--by", options->byUs, "How late, in microseconds").required();
+    const auto setLateness = [options](int64_t us) {
+        options->byUs = us;
+        return std::string();
+    };
+    addTimeOption(command, "--by", setLateness, "How late").required();
     addFormatOption(command, options->format,
                     {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});
-    command.footer("Example: mkvx late --track 0 --at 20 --by 500000 film.mkv");
+    command.footer("Example: mkvx late --track 0 --at 20 --by 0.5s film.mkv");
     command.action([&globals, options] { return run(globals, *options); });
 }
 

@@ -221,10 +221,10 @@ def test_evidence_and_remedy(report):
     data = CASES['opus'][0]
     assert dropped['evidence'] == {'element': 'CodecID', 'offset': data.index(craft.text(0x86, 'A_OPUS')), 'size': 6,
                                    'bytes': b'A_OPUS'.hex()}
-    assert dropped['remedy'].startswith('ffmpeg -i ') and '-c:a:0 aac' in dropped['remedy']
+    assert dropped['remedy']['command'][:2] == ['ffmpeg', '-i'] and '-c:a:0 aac' in dropped['remedy']['text']
     assert checked['reason'].startswith('no sound: track number 2: ')
     numbers = next(f for f in report['files'] if f['file'].endswith('/subtitle-number.mkv'))
-    assert '-map 0:0 -map 0:2' in next(f['remedy'] for f in findings(numbers) if f['code'] == 'subtitle_number')
+    assert '-map 0:0 -map 0:2' in next(f['remedy']['text'] for f in findings(numbers) if f['code'] == 'subtitle_number')
 
 
 def test_nothing_is_proposed_for_what_is_encrypted(report):
@@ -238,10 +238,10 @@ def test_remedies_mend(mkvx, binary, sample, tmp_path):
     subprocess.run(['ffmpeg', '-v', 'error', '-i', sample, '-map', '0', '-c', 'copy', '-c:a', 'libopus', '-t', '2',
                     "it's.mkv"], cwd=tmp_path, check=True)
     checked = subprocess.run([binary, 'check', '--format', 'jsonl', "it's.mkv"], cwd=tmp_path, capture_output=True)
-    remedies = {f['code']: f['remedy'] for f in findings(json.loads(checked.stdout)) if 'remedy' in f}
+    remedies = {f['code']: f['remedy']['command'] for f in findings(json.loads(checked.stdout)) if 'remedy' in f}
     assert set(remedies) == {'unknown_codec_id', 'subtitle_number'}
     for code, remedy in remedies.items():
-        subprocess.run(remedy, shell=True, cwd=tmp_path, check=True, capture_output=True)
+        subprocess.run(remedy, cwd=tmp_path, check=True, capture_output=True)
         mended = mkvx('check', '--format', 'jsonl', tmp_path / 'mended.mkv')
         assert code not in [f['code'] for f in findings(mended.json())]
         (tmp_path / 'mended.mkv').unlink()

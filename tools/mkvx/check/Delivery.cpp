@@ -61,7 +61,7 @@ class Delivery {
 
   private:
     void add(const char* code, Weight weight, std::string sentence, std::optional<uint64_t> position,
-             std::string remedy = {}) {
+             Remedy remedy = {}) {
         std::optional<Evidence> evidence;
         if (position) evidence = mHead.evidenceAt(*position);
         mVerdict.findings.push_back(

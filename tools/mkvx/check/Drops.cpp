@@ -74,7 +74,7 @@ std::string tagText(uint32_t tag) {
     return fmt::format("\"{}\"", printable(std::string(text, 4)));
 }
 
-std::string recode(const std::string& path, const JudgedTrack& track, const char* fallback) {
+Remedy recode(const std::string& path, const JudgedTrack& track, const char* fallback) {
     const CodecName* name = findName(track.verdict->codecId);
     const std::string encoder = name != nullptr ? name->encoder : fallback;
     if (encoder.empty()) return {};

@@ -28,13 +28,31 @@ Evidence readEvidence(const Json& json) {
     return {json.value("element", ""), json.at("offset"), json.at("size"), fromHex(json.at("bytes"))};
 }
 
+Json remedyJson(const Remedy& remedy) {
+    Json json;
+    json["action"] = toString(remedy.action);
+    if (!remedy.encoder.empty()) json["encoder"] = remedy.encoder;
+    if (remedy.hasCommand()) json["command"] = remedy.command;
+    json["text"] = remedy.text;
+    return json;
+}
+
+Remedy readRemedy(const Json& json) {
+    Remedy remedy;
+    remedy.action = actionNamed(json.at("action"));
+    remedy.encoder = json.value("encoder", "");
+    remedy.command = json.value("command", std::vector<std::string>());
+    remedy.text = json.at("text");
+    return remedy;
+}
+
 Json findingJson(const Finding& finding) {
     Json json;
     json["code"] = finding.code;
     json["weight"] = toString(finding.weight);
     json["sentence"] = finding.sentence;
     if (finding.evidence) json["evidence"] = evidenceJson(*finding.evidence);
-    if (!finding.remedy.empty()) json["remedy"] = finding.remedy;
+    if (!finding.remedy.empty()) json["remedy"] = remedyJson(finding.remedy);
     return json;
 }
 
@@ -45,7 +63,7 @@ Finding readFinding(const Json& json) {
         if (json.at("weight") == toString(weight)) finding.weight = weight;
     finding.sentence = json.at("sentence");
     if (json.contains("evidence")) finding.evidence = readEvidence(json["evidence"]);
-    finding.remedy = json.value("remedy", "");
+    if (json.contains("remedy")) finding.remedy = readRemedy(json["remedy"]);
     return finding;
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "check/Remedy.h"
 #include "device/Evidence.h"
 
 namespace mkvx {
@@ -52,7 +53,7 @@ struct Finding {
     Weight weight = Weight::kNote;
     std::string sentence;  // what happens, and why
     std::optional<Evidence> evidence;
-    std::string remedy;  // a command, or what else mends it; empty where nothing does
+    Remedy remedy;  // empty where nothing mends it
 };
 
 // One codec configuration record that the decoder gets.

@@ -34,10 +34,10 @@ void forEachFinding(CheckedFile& checked, const std::function<void(Finding&)>& c
 
 void settleProposals(const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
     if (std::any_of(tracks.begin(), tracks.end(), isEncrypted))
-        return forEachFinding(checked, [](Finding& finding) { finding.remedy.clear(); });
+        return forEachFinding(checked, [](Finding& finding) { finding.remedy = {}; });
     if (std::none_of(tracks.begin(), tracks.end(), isLeftOutByRemux)) return;
     forEachFinding(checked, [&](Finding& finding) {
-        if (finding.remedy == remuxCommand(checked.path)) finding.remedy = copyCommand(checked.path);
+        if (finding.remedy.action == Remedy::Action::kRewrite) finding.remedy = copyCommand(checked.path);
     });
 }
 

@@ -12,7 +12,7 @@ namespace mkvx {
 namespace {
 
 void add(CheckedFile& checked, const char* code, Weight weight, std::string sentence,
-         std::optional<Evidence> evidence = {}, std::string remedy = {}) {
+         std::optional<Evidence> evidence = {}, Remedy remedy = {}) {
     checked.findings.push_back({code, weight, std::move(sentence), std::move(evidence), std::move(remedy)});
 }
 

@@ -111,7 +111,7 @@ class CheckPrinter {
     void proofLines(const Finding& finding, const std::string& indent) {
         if (finding.evidence)
             fmt::print(mOut, "{}{}\n", indent, mPaint.faint(evidenceText(*finding.evidence)));
-        if (!finding.remedy.empty()) fmt::print(mOut, "{}remedy: {}\n", indent, finding.remedy);
+        if (!finding.remedy.empty()) fmt::print(mOut, "{}remedy: {}\n", indent, finding.remedy.text);
     }
 
     void sharesLine(const ByteShares& shares, uint64_t size) {

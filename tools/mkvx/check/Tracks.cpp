@@ -60,7 +60,7 @@ class Judge {
   private:
     using Path = std::initializer_list<uint32_t>;
 
-    void add(const char* code, Weight weight, std::string sentence, Path path, std::string remedy = {}) {
+    void add(const char* code, Weight weight, std::string sentence, Path path, Remedy remedy = {}) {
         mVerdict.findings.push_back({code, weight, std::move(sentence),
                                      mHead.evidenceBelowOr(mEntry.position, path), std::move(remedy)});
     }
@@ -71,12 +71,6 @@ class Judge {
         return nullptr;
     }
     char letter() const { return mVerdict.kind[0]; }
-    std::vector<size_t> others() const {
-        std::vector<size_t> places;
-        for (size_t place = 0; place < mHead.trackCount(); ++place)
-            if (place != mTrack.place) places.push_back(place);
-        return places;
-    }
 
     void judgeNumber() {
         const uint64_t number = mVerdict.number;
@@ -90,7 +84,7 @@ class Judge {
                     "another track has the TrackNumber {} too: both deliver the same blocks, read as the "
                     "other's",
                     number),
-                {id::kTrackNumber}, selectCommand(mPath, others()));
+                {id::kTrackNumber}, dropCommand(mPath, letter(), mTrack.ordinal));
     }
 
     void judgeEncodings() {

@@ -104,7 +104,7 @@ Json findingJson(const Finding& finding) {
     Json object;
     object["weight"] = toString(finding.weight);
     object["sentence"] = finding.sentence;
-    if (!finding.remedy.empty()) object["remedy"] = shortText(finding.remedy);
+    if (!finding.remedy.empty()) object["remedy"] = shortText(finding.remedy.text);
     if (finding.evidence) {
         object["element"] = finding.evidence->element;
         object["offset"] = number(finding.evidence->offset);

@@ -23,7 +23,7 @@ install(FILES ${PROJECT_BINARY_DIR}/matroska_ext.pc DESTINATION ${MKVX_PKGCONFIG
 if(MKVX_BUILD_TOOL)
   set_target_properties(mkvx PROPERTIES INSTALL_RPATH "$ORIGIN/${MKVX_PLUGIN_FOLDER}")
   install(TARGETS mkvx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
-  install(TARGETS mkvx_decode mkvx_http
+  install(TARGETS mkvx_decode mkvx_decode_aac mkvx_http
           RUNTIME DESTINATION ${MKVX_PRIVATE_LIBDIR} LIBRARY DESTINATION ${MKVX_PRIVATE_LIBDIR} COMPONENT runtime)
 
   # Manual page and completion come out of the program's own help texts.

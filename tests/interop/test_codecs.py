@@ -146,7 +146,7 @@ CASES = [Case(*row) for row in [
     ('rv20', 'V_REAL/RV20', 'video/mixer', by_mkvmerge()),
 
     ('aac', 'A_AAC', 'audio/mp4a-latm', by_ffmpeg, 'aac'),
-    ('aac', 'A_AAC', 'audio/mp4a-latm', LACED),
+    ('aac', 'A_AAC', 'audio/mp4a-latm', LACED, 'aac'),
     ('aac_stereo', 'A_AAC', 'audio/mp4a-latm', by_ffmpeg),
     ('aac', 'A_AAC/MPEG4/LC', 'audio/mp4a-latm', rewritten(named('A_AAC/MPEG4/LC'))),
     ('aac', 'A_AAC/MPEG2/LC', 'audio/mp4a-latm', rewritten(named('A_AAC/MPEG2/LC'))),
@@ -227,6 +227,17 @@ def check_altered(t, units, expected):
     assert (t['samples'], t['sha1']) != (expected.samples, expected.sha1)
 
 
+def check_aac_of_devices(mkvx, path, is_laced, units, expected):
+    """The library that devices use takes one frame a unit, no wave format, and no LTP, which SBR without a configuration is
+    told as. Else as many samples come as from ffmpeg."""
+    t = mkvx('decode', '--format', 'json', path).json()['tracks'][0]
+    if ebml.read(path).tracks[0].codec_id in (ACM, 'A_AAC/MPEG4/LC/SBR'):
+        return check_refused(t, units, expected)
+    findings = {f['code']: f['weight'] for f in mkvx('check', '--format', 'jsonl', path).json()['tracks'][0]['findings']}
+    assert findings.get('laced_units') == ('mute' if is_laced else None)
+    assert (t['samples'], t['errors']) == ((0, units) if is_laced else (expected.samples, 0))
+
+
 def name(case):
     return '%s in %s, %s' % (case.stream, case.codec_id, case.make.__qualname__.split('.')[0])
 
@@ -237,7 +248,7 @@ def test_codec(mkvx, mux, check, case):
     # The rules know nothing of records that RealMedia has or MPEG-4 would, and ffmpeg reads files of our own in its own way.
     has_rules = case.stream not in ('rv10', 'rv20', 'ra144', 'DIV2') and case.make.__qualname__.startswith('by_')
     doc = check(path) if has_rules else ebml.read(path)
-    tracks = mkvx('decode', '--format', 'json', path).json()['tracks']
+    tracks = mkvx('decode', '--aac', 'ffmpeg', '--format', 'json', path).json()['tracks']
     assert [t.codec_id for t in doc.tracks] == [case.codec_id] and [t['mime'] for t in tracks] == [case.mime] * bool(case.mime)
     # A block of several frames is one unit, except for Vorbis.
     units = sum(len(block.frames) if case.codec_id == 'A_VORBIS' else 1 for block in doc.blocks)
@@ -245,6 +256,8 @@ def test_codec(mkvx, mux, check, case):
     decoder = 'mp3float' if case.mime == 'audio/mpeg' else None
     expected = ffmpeg.decode(reference, decoder, is_clean=bool(case.extracted))
     globals()['check_' + case.claim](tracks[0] if tracks else None, units, expected)
+    if tracks and case.mime == 'audio/mp4a-latm':
+        check_aac_of_devices(mkvx, path, any(len(block.frames) > 1 for block in doc.blocks), units, expected)
     if case.extracted:
         out = mux.path('extracted-%d' % id(case))
         extraction = mkvx('extract', path, '--track', 0, '-o', out)

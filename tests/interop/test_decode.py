@@ -36,7 +36,7 @@ def test_picture_is_the_first_at_or_after_the_thumbnail_time(mkvx, mux, film):
 @pytest.mark.parametrize('stream', ['flac', 'aac', 'pcm_s24be'])
 def test_sound_file_holds_every_sample(mkvx, mux, stream):
     source, wav = mux.ffmpeg(stream + '.mkv', [stream]), mux.path(stream + '.wav')
-    run = mkvx('decode', source, '-o', wav)
+    run = mkvx('decode', '--aac', 'ffmpeg', source, '-o', wav)
     assert (run.code, run.err) == (0, '')
     written, expected = ffmpeg.decode(wav), ffmpeg.decode(source)
     assert (written.samples, written.sha1) == (expected.samples, expected.sha1)

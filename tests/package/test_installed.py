@@ -47,6 +47,8 @@ def test_the_decoders_are_a_program_of_their_own(tree):
     assert len(mkvx) <= 45 and not any(name.startswith(('libav', 'libcurl')) for name in mkvx)
     assert any(name.startswith('libavcodec') for name in decoders)
     assert not any(name.startswith(('libfdk', 'libmatroska_ext')) for name in decoders)
+    assert {name.split('.')[0] for name in libraries(only(tree, 'mkvx-decode-aac'))} >= {'libfdk-aac'}
+    assert not any(name.startswith('libav') for name in libraries(only(tree, 'mkvx-decode-aac')))
 
 
 def test_consumer_with_cmake(tree, tmp_path):

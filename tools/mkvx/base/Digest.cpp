@@ -5,6 +5,13 @@
 #include <stdexcept>
 
 namespace mkvx {
+namespace {
+
+void require(int result) {
+    if (result != 1) throw std::runtime_error("the crypto library failed to compute a SHA-1");
+}
+
+}  // namespace
 
 Sha1::Sha1()
     : mAlgorithm(EVP_MD_fetch(nullptr, "SHA1", nullptr), EVP_MD_free),
@@ -15,12 +22,23 @@ Sha1::Sha1()
 Sha1::~Sha1() = default;
 
 std::string Sha1::hex(const void* data, size_t size) {
+    begin();
+    add(data, size);
+    return end();
+}
+
+void Sha1::begin() {
+    require(EVP_DigestInit_ex2(mContext.get(), mAlgorithm.get(), nullptr));
+}
+
+void Sha1::add(const void* data, size_t size) {
+    require(EVP_DigestUpdate(mContext.get(), data, size));
+}
+
+std::string Sha1::end() {
     uint8_t digest[EVP_MAX_MD_SIZE];
     unsigned length = 0;
-    if (EVP_DigestInit_ex2(mContext.get(), mAlgorithm.get(), nullptr) != 1 ||
-        EVP_DigestUpdate(mContext.get(), data, size) != 1 ||
-        EVP_DigestFinal_ex(mContext.get(), digest, &length) != 1)
-        throw std::runtime_error("the crypto library failed to compute a SHA-1");
+    require(EVP_DigestFinal_ex(mContext.get(), digest, &length));
     return toHex(digest, length);
 }
 

@@ -1,4 +1,5 @@
-// SHA-1 of byte ranges, as lower-case hex. One object serves many ranges; not for use by two threads at once.
+// SHA-1 of byte ranges, as lower-case hex. One object serves many ranges, one after the other; not for use by
+// two threads at once.
 #pragma once
 #include <cstddef>
 #include <memory>
@@ -17,6 +18,11 @@ class Sha1 {
     Sha1& operator=(const Sha1&) = delete;
 
     std::string hex(const void* data, size_t size);
+
+    // The same in pieces: begin() forgets what was added before, and end() takes nothing more.
+    void begin();
+    void add(const void* data, size_t size);
+    std::string end();
 
   private:
     // Fetched once: looking the algorithm up costs more than hashing a small unit.

@@ -118,11 +118,16 @@ class ByteCount {
     static void add(const Element& element, const BlockReading& reading, BlockTally& tally) {
         ++tally.blocks;
         if (reading.isTimeWrapped && tally.wrapped++ == 0) tally.firstWrapped = element.offset;
-        if (reading.laces) ++tally.laced;
-        tally.laces += reading.laces.value_or(0);
+        if (reading.laces && *reading.laces != 1) addLaces(element, *reading.laces, tally);
         if (!reading.isRefused || tally.refused++ > 0) return;
         tally.firstRefused = element.offset;
         tally.refusedFor = reading.refusedFor.value_or(LossKind{});
+    }
+
+    // One frame in a laced block is no more than that.
+    static void addLaces(const Element& element, size_t laces, BlockTally& tally) {
+        if (tally.laced++ == 0) tally.firstLaced = element.offset;
+        tally.laces += laces;
     }
 
     ElementWalk mWalk;

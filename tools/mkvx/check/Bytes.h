@@ -19,7 +19,8 @@ struct BlockTally {
     std::optional<uint64_t> firstRefused;  // position of its element
     LossKind refusedFor{};                 // the first of them
     uint64_t laced = 0, laces = 0;         // blocks of several frames, and the frames in them
-    uint64_t wrapped = 0;                  // blocks whose time does not fit and wraps
+    std::optional<uint64_t> firstLaced;
+    uint64_t wrapped = 0;  // blocks whose time does not fit and wraps
     std::optional<uint64_t> firstWrapped;
 };
 

@@ -8,6 +8,7 @@
 #include "check/Remedy.h"
 #include "device/ElementIds.h"
 #include "device/Losses.h"
+#include "utils/MimeTypes.h"
 
 namespace mkvx {
 namespace {
@@ -102,11 +103,24 @@ class Delivery {
     }
 
     void judgeLacing() {
-        if (mTally.laces > mTally.laced && !mEntry.deliversLacesApart)
+        if (mTally.laced == 0 || mEntry.deliversLacesApart) return;
+        if (mVerdict.mime == android::MEDIA_MIMETYPE_AUDIO_AAC)
+            judgeLacedAac();
+        else
             add("laced_units", Weight::kNote,
                 fmt::format("{} of its blocks hold {} frames together, and arrive as one unit each",
                             mTally.laced, mTally.laces),
                 std::nullopt);
+    }
+
+    // Frames of other codecs find their own bounds in a unit; these have none.
+    void judgeLacedAac() {
+        const bool isMost = mTally.laced * 2 >= mTally.blocks;
+        add("laced_units", isMost ? Weight::kMute : Weight::kLoss,
+            fmt::format("{} of its {} units hold several frames each, and the AAC decoder of devices refuses "
+                        "such a unit as a whole",
+                        mTally.laced, mTally.blocks),
+            mTally.firstLaced, remuxCommand(mPath));
     }
 
     // How many units its blocks make.

@@ -33,6 +33,11 @@ void checkTrack(const Options& options, const TrackInfo* only) {
                         options.file, only->index));
 }
 
+std::string chooseAac(const std::string& text, AacChoice& aac) {
+    aac = text == "ffmpeg" ? AacChoice::kFfmpeg : AacChoice::kDevice;
+    return {};
+}
+
 int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const TrackInfo* only = chosenTrack(session.info(), options.track);
@@ -57,6 +62,12 @@ void addDecodeCommand(CommandLine& line, const Globals& globals) {
         .positive();
     command.value("-o", options->decode.output,
                   "Write the picture at the thumbnail time as PNG, or a sound track as WAV");
+    command
+        .text(
+            "--aac", [options](const std::string& text) { return chooseAac(text, options->decode.aac); },
+            "AAC by the decoder library that devices use, or by ffmpeg's")
+        .oneOf({"device", "ffmpeg"})
+        .showDefault("device");
     addProgressOption(command, options->decode.progress);
     addFormatOption(command, options->format, {{"table", Format::kTable}, {"json", Format::kJson}});
     command.footer("Example: mkvx decode -o frame.png film.mkv");

@@ -57,13 +57,13 @@ class SpawnActions {
 
 }  // namespace
 
-DecoderProcess::DecoderProcess() {
-    const std::string program = besideProgram("mkvx-decode", "mkvx-decode");
+DecoderProcess::DecoderProcess(const std::string& name) : mName(name) {
+    const std::string program = besideProgram(name, name);
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         throw FileFailure(program, std::string("cannot be started: ") + std::strerror(errno));
     mFd = ends[0];
-    const char* arguments[] = {"mkvx-decode", nullptr};
+    const char* arguments[] = {mName.c_str(), nullptr};
     const int error = ::posix_spawn(&mPid, program.c_str(), SpawnActions(ends[1]).get(),
                                     SpawnAttributes().get(), const_cast<char* const*>(arguments), environ);
     ::close(ends[1]);
@@ -73,7 +73,7 @@ DecoderProcess::DecoderProcess() {
     }
 }
 
-DecoderProcess::DecoderProcess(const TrackSetup& setup) : DecoderProcess() {
+DecoderProcess::DecoderProcess(const std::string& name, const TrackSetup& setup) : DecoderProcess(name) {
     ask(MessageKind::kTrack, toBytes(setup));
 }
 
@@ -104,12 +104,12 @@ void DecoderProcess::ask(MessageKind kind, const Bytes& body, const void* tail, 
 void DecoderProcess::takeAnswer(const Message& answer) {
     if (answer.kind == MessageKind::kFailure)
         throw std::runtime_error(std::string(answer.body.begin(), answer.body.end()));
-    if (answer.kind != MessageKind::kAnswer) throw ProtocolError("mkvx-decode: answers with something else");
+    if (answer.kind != MessageKind::kAnswer) throw ProtocolError(mName + ": answers with something else");
     mState = stateOf(answer.body);
 }
 
 void DecoderProcess::noteEnd() {
-    mState.problem = "mkvx-decode ended early: " + waitForEnd();
+    mState.problem = mName + " ended early: " + waitForEnd();
     mState.isOver = true;
     mState.hasOutput = false;
 }

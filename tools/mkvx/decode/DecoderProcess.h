@@ -1,4 +1,4 @@
-// mkvx-decode at work on one track, in a process of its own.
+// A program with decoders at work on one track, in a process of its own.
 //
 // So no other command loads libavcodec and the libraries behind it, a decoder that crashes takes its track
 // with it and not the command, and no program holds both a GPL build of these libraries and what may not be
@@ -13,8 +13,8 @@ namespace mkvx {
 
 class DecoderProcess {
   public:
-    // Throws FileFailure when the program cannot be started.
-    explicit DecoderProcess(const TrackSetup& setup);
+    // `name` is that of the program, which lies beside mkvx. Throws FileFailure when it cannot be started.
+    DecoderProcess(const std::string& name, const TrackSetup& setup);
     // Ends the program; an output that was not closed is gone.
     ~DecoderProcess();
     DecoderProcess(const DecoderProcess&) = delete;
@@ -29,12 +29,13 @@ class DecoderProcess {
     void closeOutput();
 
   private:
-    DecoderProcess();  // with nothing said yet
+    explicit DecoderProcess(const std::string& name);  // with nothing said yet
     void ask(MessageKind kind, const Bytes& body, const void* tail = nullptr, size_t tailSize = 0);
     void takeAnswer(const Message& answer);
     void noteEnd();
     std::string waitForEnd();
 
+    const std::string mName;
     pid_t mPid = -1;
     int mFd = -1;
     TrackState mState;

@@ -14,7 +14,7 @@ struct DecodedTrack {
     size_t index = 0;
     TrackKind kind = TrackKind::kVideo;
     std::string mime;
-    std::string decoder;   // libavcodec's name of it; empty when none could be opened
+    std::string decoder;   // libavcodec's name of it, or the AAC library; empty when none could be opened
     size_t units = 0;      // fed
     size_t frames = 0;     // pictures, or blocks of samples
     uint64_t samples = 0;  // per channel; 0 for video

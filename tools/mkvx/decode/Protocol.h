@@ -1,4 +1,5 @@
-// What mkvx says to mkvx-decode, the program with the decoders in it, and what that one answers.
+// What mkvx says to mkvx-decode and mkvx-decode-aac, the programs with the decoders in them, and what these
+// answer.
 //
 // A conversation is about one track. mkvx begins with Track, goes on with Unit as often as it likes, then
 // End, then Close; each is answered, before the next one, with an Answer or a Failure. The end of the stream
@@ -57,7 +58,7 @@ struct TrackSetup {
 };
 
 struct TrackState {
-    std::string decoder;     // libavcodec's name of it; empty when none could be opened
+    std::string decoder;     // its name; empty when none could be opened
     uint64_t frames = 0;     // pictures, or blocks of samples
     uint64_t samples = 0;    // per channel; 0 for video
     uint64_t errors = 0;     // units with which something was wrong

@@ -5,6 +5,7 @@
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "decode/Setup.h"
+#include "utils/MimeTypes.h"
 
 namespace mkvx {
 namespace {
@@ -40,6 +41,11 @@ void nameOutput(const TrackInfo& track, const std::string& path, TrackSetup& set
     setup.pictureTimeUs = track.thumbnailUs.value_or(std::numeric_limits<int64_t>::min());
 }
 
+std::string programFor(const TrackInfo& track, AacChoice aac) {
+    const bool isAac = track.mime == android::MEDIA_MIMETYPE_AUDIO_AAC;
+    return isAac && aac == AacChoice::kDevice ? "mkvx-decode-aac" : "mkvx-decode";
+}
+
 }  // namespace
 
 DecodeRun::DecodeRun(const Session& session, const TrackInfo* only, const DecodeOptions& options)
@@ -73,7 +79,8 @@ void DecodeRun::decode(const TrackInfo& track) {
     TrackSetup setup = setupFrom(*source->getFormat());
     setup.mostFrames = mOptions.frames;
     if (&track == mToOutput) nameOutput(track, mOptions.output, setup);
-    auto decoding = std::make_unique<TrackDecoding>(track, source, setup, mProgress);
+    auto decoding =
+        std::make_unique<TrackDecoding>(track, source, programFor(track, mOptions.aac), setup, mProgress);
     mDecoded.tracks.push_back(decoding->run());
     if (&track == mToOutput) mOutput = std::move(decoding);
 }

@@ -12,7 +12,13 @@
 
 namespace mkvx {
 
+enum class AacChoice {
+    kDevice,  // the library that devices use
+    kFfmpeg,
+};
+
 struct DecodeOptions {
+    AacChoice aac = AacChoice::kDevice;                      // for AAC tracks; libavcodec has the others
     uint64_t frames = std::numeric_limits<uint64_t>::max();  // per track
     std::string output;                                      // PNG or WAV; empty: none
     ProgressStyle progress = ProgressStyle::kLine;

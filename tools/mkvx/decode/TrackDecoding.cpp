@@ -22,8 +22,8 @@ UnitHead headOf(android::MediaBuffer& buffer) {
 }  // namespace
 
 TrackDecoding::TrackDecoding(const TrackInfo& track, const android::sp<android::MediaSource>& source,
-                             const TrackSetup& setup, UnitProgress& progress)
-    : mMostFrames(setup.mostFrames), mSource(source), mProgress(progress), mDecoder(setup) {
+                             const std::string& program, const TrackSetup& setup, UnitProgress& progress)
+    : mMostFrames(setup.mostFrames), mSource(source), mProgress(progress), mDecoder(program, setup) {
     mProgress.beginPass(track.durationUs.value_or(0));
     mResult.index = track.index;
     mResult.kind = track.kind;

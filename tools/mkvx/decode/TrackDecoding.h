@@ -10,13 +10,13 @@
 
 namespace mkvx {
 
-// From the track's first unit on, at most as many frames as the setup says. The decoder's output lies ready
-// until closeOutput() completes it. One thread; `progress` has to outlive this. Throws what DecoderProcess
-// throws.
+// By the program of that name, from the track's first unit on, at most as many frames as the setup says. The
+// decoder's output lies ready until closeOutput() completes it. One thread; `progress` has to outlive this.
+// Throws what DecoderProcess throws.
 class TrackDecoding {
   public:
     TrackDecoding(const TrackInfo& track, const android::sp<android::MediaSource>& source,
-                  const TrackSetup& setup, UnitProgress& progress);
+                  const std::string& program, const TrackSetup& setup, UnitProgress& progress);
 
     // Once.
     DecodedTrack run();

@@ -1,7 +1,5 @@
 // mkvx-decode: the decoders of mkvx decode, in a program of their own. Reads what Protocol.h describes from
 // standard input and answers on standard output.
-#include <unistd.h>
-#include <cstdio>
 #include <memory>
 #include <optional>
 
@@ -9,8 +7,7 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
-#include "base/Failure.h"
-#include "decode/Protocol.h"
+#include "decode/Serve.h"
 #include "decoder/Engine.h"
 #include "decoder/Output.h"
 #include "decoder/Setup.h"
@@ -25,7 +22,7 @@ std::unique_ptr<FrameSink> outputFor(const TrackSetup& setup) {
 }
 
 // The one track of a conversation.
-class TrackDecoding {
+class TrackDecoding : public ServedTrack {
   public:
     explicit TrackDecoding(const TrackSetup& setup)
         : mMostFrames(setup.mostFrames), mOutput(outputFor(setup)) {
@@ -35,27 +32,22 @@ class TrackDecoding {
         });
     }
 
-    void feed(const Bytes& body) {
-        const UnitHead unit = unitHeadOf(body);
-        orProblem([&] {
-            mDecoder->feed(body.data() + UnitHead::kSize, body.size() - UnitHead::kSize, unit.timeUs,
-                           unit.isSync);
-        });
+    void feed(const UnitHead& unit, const uint8_t* data, size_t size) override {
+        orProblem([&] { mDecoder->feed(data, size, unit.timeUs, unit.isSync); });
     }
 
-    void end(const Bytes& body) {
-        if (body.size() != 1) throw ProtocolError("an End that says something else");
+    void end(bool givesOutRest) override {
         orProblem([&] {
-            if (body[0] != 0) mDecoder->finish();
+            if (givesOutRest) mDecoder->finish();
         });
         if (!mState.isOver) mState.sha1 = mHash.hex();
     }
 
-    void closeOutput() {
+    void closeOutput() override {
         if (mOutput) mOutput->finish();
     }
 
-    const TrackState& state() {
+    const TrackState& state() override {
         mState.hasOutput = mOutput && mOutput->hasFrames();
         if (mState.isOver || !mDecoder) return mState;
         mState.errors = mDecoder->errors();
@@ -91,59 +83,11 @@ class TrackDecoding {
     std::optional<Decoder> mDecoder;
 };
 
-class Conversation {
-  public:
-    void run() {
-        for (Message message; readMessage(STDIN_FILENO, message);) {
-            obey(message);
-            if (!writeMessage(STDOUT_FILENO, MessageKind::kAnswer, toBytes(mTrack->state()))) return;
-        }
-    }
-
-  private:
-    void obey(const Message& message) {
-        if ((message.kind == MessageKind::kTrack) == mTrack.has_value())
-            throw ProtocolError("one Track has to come first");
-        switch (message.kind) {
-            case MessageKind::kTrack:
-                mTrack.emplace(setupOf(message.body));
-                return;
-            case MessageKind::kUnit:
-                mTrack->feed(message.body);
-                return;
-            case MessageKind::kEnd:
-                mTrack->end(message.body);
-                return;
-            case MessageKind::kClose:
-                mTrack->closeOutput();
-                return;
-            default:
-                throw ProtocolError("a message of no known kind");
-        }
-    }
-
-    std::optional<TrackDecoding> mTrack;
-};
-
-int converse() {
-    try {
-        Conversation().run();
-        return kExitDone;
-    } catch (const ProtocolError& error) {
-        std::fprintf(stderr, "mkvx-decode: not what mkvx decode says: %s\n", error.what());
-        return kExitWrongUsage;
-    } catch (const std::exception& error) {
-        const std::string sentence = error.what();
-        (void)writeMessage(STDOUT_FILENO, MessageKind::kFailure, Bytes(sentence.begin(), sentence.end()));
-        return kExitFileUnusable;
-    }
-}
-
 }  // namespace
 }  // namespace mkvx
 
-int main(int argc, char**) {
-    if (argc == 1 && ::isatty(STDIN_FILENO) == 0) return mkvx::converse();
-    std::fprintf(stderr, "mkvx-decode: is a part of mkvx, started by mkvx decode\n");
-    return mkvx::kExitWrongUsage;
+int main() {
+    return mkvx::serveTrack("mkvx-decode", [](const mkvx::TrackSetup& setup) {
+        return std::make_unique<mkvx::TrackDecoding>(setup);
+    });
 }

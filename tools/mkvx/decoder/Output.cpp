@@ -12,11 +12,11 @@ extern "C" {
 }
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "base/Failure.h"
 #include "base/OutputFile.h"
 #include "base/Text.h"
+#include "base/WaveFile.h"
 #include "decoder/Engine.h"
 
 namespace mkvx {
@@ -123,83 +123,27 @@ class PictureFile : public FrameSink {
     PacketPtr mPicture;
 };
 
-struct SoundFormat {
-    int sampleFormat = AV_SAMPLE_FMT_NONE;  // packed
-    int rate = 0, channels = 0;
-    bool operator==(const SoundFormat& o) const {
-        return sampleFormat == o.sampleFormat && rate == o.rate && channels == o.channels;
-    }
-};
-
-void put(Bytes& to, const char (&fourCc)[5]) {
-    to.insert(to.end(), fourCc, fourCc + 4);
-}
-
-void put(Bytes& to, uint32_t value, size_t size) {
-    for (size_t i = 0; i < size; ++i) to.push_back(uint8_t(value >> (8 * i)));
-}
-
-constexpr uint32_t kWaveHeadSize = 44;
-
-// A canonical RIFF head; `dataSize` bytes of samples follow it.
-Bytes waveHead(const SoundFormat& format, uint32_t dataSize) {
-    const auto sampleFormat = AVSampleFormat(format.sampleFormat);
-    const bool isFloat = sampleFormat == AV_SAMPLE_FMT_FLT || sampleFormat == AV_SAMPLE_FMT_DBL;
-    const uint32_t width = uint32_t(av_get_bytes_per_sample(sampleFormat));
-    const uint32_t block = width * uint32_t(format.channels);
-    Bytes head;
-    put(head, "RIFF");
-    put(head, kWaveHeadSize - 8 + dataSize, 4);
-    put(head, "WAVE");
-    put(head, "fmt ");
-    put(head, 16, 4);
-    put(head, isFloat ? 3 : 1, 2);
-    put(head, uint32_t(format.channels), 2);
-    put(head, uint32_t(format.rate), 4);
-    put(head, uint32_t(format.rate) * block, 4);
-    put(head, block, 2);
-    put(head, width * 8, 2);
-    put(head, "data");
-    put(head, dataSize, 4);
-    return head;
-}
-
 class SoundFile : public FrameSink {
   public:
     explicit SoundFile(const std::string& path) : mFile(path) {}
 
     void take(const AVFrame& frame) override {
-        const SoundFormat format{av_get_packed_sample_fmt(AVSampleFormat(frame.format)), frame.sample_rate,
-                                 frame.ch_layout.nb_channels};
-        if (mFormat.channels == 0) begin(format);
-        if (!(format == mFormat))
-            throw FileFailure(mFile.path(),
-                              "the sound changes its format on the way (--frames N stops before that)");
         packFrame(frame, mPacked);
-        if (mPacked.size() > std::numeric_limits<uint32_t>::max() - kWaveHeadSize - mSize)
-            throw FileFailure(mFile.path(),
-                              "the sound is longer than a WAV file can be (--frames N stops earlier)");
-        mFile.write(mPacked.data(), mPacked.size());
-        mSize += uint32_t(mPacked.size());
+        mFile.write(shapeOf(frame), mPacked.data(), mPacked.size());
     }
-    bool hasFrames() const override { return mFormat.channels != 0; }
-    void finish() override {
-        if (mFormat.channels == 0)
-            throw FileFailure(mFile.path(),
-                              "not written, no sound was decoded (--track chooses another track)");
-        mFile.patch(0, waveHead(mFormat, mSize));
-        mFile.close();
-    }
+    bool hasFrames() const override { return mFile.hasSamples(); }
+    void finish() override { mFile.close(); }
 
   private:
-    void begin(const SoundFormat& format) {
-        mFormat = format;
-        mFile.write(waveHead(mFormat, mSize));
+    static WaveShape shapeOf(const AVFrame& frame) {
+        const auto format = AVSampleFormat(frame.format);
+        const AVSampleFormat packed = av_get_packed_sample_fmt(format);
+        return {packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL,
+                uint32_t(av_get_bytes_per_sample(format)) * 8, uint32_t(frame.sample_rate),
+                uint32_t(frame.ch_layout.nb_channels)};
     }
 
-    ExtractFile mFile;
-    SoundFormat mFormat;
-    uint32_t mSize = 0;  // bytes of samples
+    WaveFile mFile;
     Bytes mPacked;
 };
 

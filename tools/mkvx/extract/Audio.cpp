@@ -30,11 +30,21 @@ class AdtsWriter : public ExtractWriter {
     AdtsWriter(const AudioConfig& config, ExtractFile& out) : ExtractWriter(out), mConfig(config) {}
 
     std::string form() const override { return "AAC in ADTS"; }
+    bool wantsFrames() const override { return true; }
     void write(const ExtractUnit& unit) override {
+        const uint8_t* frame = unit.data;
+        for (const uint64_t size : unit.frames) {
+            writeFrame(frame, size_t(size));
+            frame += size;
+        }
+    }
+
+  private:
+    void writeFrame(const uint8_t* frame, size_t frameSize) {
         constexpr size_t kHeader = 7, kMost = 0x1FFF;
-        const size_t size = unit.size + kHeader;
+        const size_t size = frameSize + kHeader;
         if (size > kMost)
-            throw ExtractRefusal(fmt::format("a unit of {} bytes is too long for ADTS", unit.size));
+            throw ExtractRefusal(fmt::format("a frame of {} bytes is too long for ADTS", frameSize));
         const uint32_t profile = mConfig.coreType - 1;
         const uint8_t header[kHeader] = {
             0xFF,
@@ -46,10 +56,9 @@ class AdtsWriter : public ExtractWriter {
             0xFC,                             // one raw data block
         };
         mOut.write(header, sizeof header);
-        mOut.write(unit.data, unit.size);
+        mOut.write(frame, frameSize);
     }
 
-  private:
     AudioConfig mConfig;
 };
 

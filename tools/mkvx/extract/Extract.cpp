@@ -5,6 +5,7 @@
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "base/Text.h"
+#include "device/LaceSizes.h"
 #include "device/Pass.h"
 #include "device/UnitProgress.h"
 #include "extract/Facts.h"
@@ -23,13 +24,26 @@ ExtractUnit unitOf(const TrackInfo& track, android::MediaBuffer& buffer) {
     return unit;
 }
 
+// The sizes in a block are of what it stores, which an encoding makes something else of.
+std::vector<uint64_t> framesOf(android::DataSource& bytes, const ExtractTrack& track,
+                               const PassedUnit& passed) {
+    const size_t size = passed.buffer.range_length();
+    auto sizes = laceSizes(bytes, passed.position, size);
+    if (sizes && (sizes->size() == 1 || !track.hasEncodedFrames)) return std::move(*sizes);
+    throw ExtractRefusal(fmt::format(
+        "the block at {} holds several frames, and where each of them ends cannot be told", passed.position));
+}
+
 // Counts into `done`.
-void writeUnits(const Session& session, const TrackInfo& track, ProgressStyle style, ExtractWriter& writer,
+void writeUnits(const Session& session, const ExtractTrack& facts, ProgressStyle style, ExtractWriter& writer,
                 ExtractedTrack& done) {
+    const TrackInfo& track = facts.info;
+    const android::sp<android::DataSource> bytes = session.newBytes();
     UnitProgress progress(done.output, style, 1);
     progress.beginPass(track.durationUs.value_or(0));
     done.unreadable = passOver(session, track, [&](const PassedUnit& passed) {
-        const ExtractUnit unit = unitOf(track, passed.buffer);
+        ExtractUnit unit = unitOf(track, passed.buffer);
+        if (writer.wantsFrames()) unit.frames = framesOf(*bytes, facts, passed);
         writer.write(unit);
         ++done.units;
         progress.reach(unit.timeUs, unit.size);
@@ -50,7 +64,7 @@ ExtractedTrack extract(const Session& session, const TrackInfo& track, const std
     const ExtractWriterPtr writer = makeExtractWriter(facts, out);
     ExtractedTrack done{session.info().path, track.index, output, writer->form()};
     writer->begin();
-    writeUnits(session, track, style, *writer, done);
+    writeUnits(session, facts, style, *writer, done);
     tellUnreadable(done);
     if (done.units == 0) throwIfInterrupted(done.file);
     if (done.units == 0) throw ExtractRefusal("it delivers no unit");

@@ -18,6 +18,8 @@ ExtractTrack factsOf(const Session& session, const TrackInfo& info) {
     track.codecId = entry->codecId;
     track.codecPrivate = entry->codecPrivate;
     track.bitsPerSample = uint32_t(entry->bitsPerSample);
+    for (const FrameEncoding& encoding : entry->encodings)
+        track.hasEncodedFrames = track.hasEncodedFrames || encoding.coversFrames;
     return track;
 }
 

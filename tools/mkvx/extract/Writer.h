@@ -20,8 +20,9 @@ struct ExtractTrack {
     TrackInfo info;
     std::string codecId;
     Bytes codecPrivate;
-    uint32_t bitsPerSample = 0;  // 0 when the file does not say
-    Bytes specificInfo;          // the decoder specific information in the track's esds record
+    uint32_t bitsPerSample = 0;     // 0 when the file does not say
+    bool hasEncodedFrames = false;  // in the file: what a block stores is not what is delivered
+    Bytes specificInfo;             // the decoder specific information in the track's esds record
 };
 
 // One delivered unit; the bytes belong to the caller. Times are microseconds.
@@ -30,6 +31,9 @@ struct ExtractUnit {
     size_t size = 0;
     int64_t timeUs = 0;
     int64_t endUs = 0;  // subtitles only
+    // The sizes of the frames that the unit is made of, for a writer that asks for them; one where it is not
+    // laced.
+    std::vector<uint64_t> frames;
 };
 
 // The track, or its units, cannot be put into the form that its codec has outside Matroska.
@@ -45,6 +49,8 @@ class ExtractWriter {
 
     // What comes out, for people: "Ogg Vorbis".
     virtual std::string form() const = 0;
+    // Whether write() has to know the frames of a laced unit.
+    virtual bool wantsFrames() const { return false; }
     virtual void begin() {}
     virtual void write(const ExtractUnit& unit) = 0;
     virtual void finish() {}

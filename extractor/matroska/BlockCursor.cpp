@@ -18,7 +18,7 @@ bool BlockCursor::MoveToFirst(CMatroskaFile* file, CMatroskaNode* cluster) {
 }
 
 bool BlockCursor::MoveToNext(CMatroskaFile* file, CMatroskaNode* cluster) {
-    if (mIndex + 1 < mRun->SoundBlocks()) {
+    if (mRun->HasSound(mIndex + 1)) {
         ++mIndex;
         return true;
     }

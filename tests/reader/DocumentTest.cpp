@@ -207,6 +207,17 @@ TEST(Document, ASeekHeadBehindTheClustersIsFollowed) {
                         Chapters().Label("chapters")})});
     InitialisedFile open(file);
     EXPECT_EQ("tracks 1 seekheads 3 cues 1 chapters 1 attachments 0", Loaded(open));
+
+    Elements chain = {Info(1), Tracks()};
+    for (uint32_t i = 0; i <= reader::limit::kFollowedSeekHeads + 1; ++i) {
+        const Element head = SeekHead({{id::kSeekHead, std::to_string(i + 1)}}).Label(std::to_string(i));
+        chain.insert(i == 0 ? chain.begin() : chain.end(), head);
+        if (i == 0) chain.push_back(Cluster(0, {}));
+    }
+    chain.push_back(Master(id::kTags, {}).Label(std::to_string(reader::limit::kFollowedSeekHeads + 2)));
+    InitialisedFile longer(Write({EbmlHeader(), Segment(chain)}));
+    EXPECT_EQ(1 + reader::limit::kFollowedSeekHeads, longer.Model().SeekHeads.size());
+    EXPECT_EQ(1u, longer.file.Losses.Count(reader::LossKind::kLimit));
 }
 
 // A master takes its own children only, whatever a Void in it looks like from inside.
@@ -285,6 +296,7 @@ TEST(Document, ABadMemberDoesNotFailItsParent) {
                Segment({Master(id::kInfo, {Bin(id::kDuration, Hex("010203")), Uint(id::kTimecodeScale, 500)}),
                         Master(id::kTracks, {Track(1, 2, "A_AAC", {Master(id::kAudio, {})}),
                                              Master(id::kTrackEntry, {}),  // dropped: no child
+                                             Master(id::kTrackEntry, {Raw(Hex("0000"))}),  // nor here
                                              Track(3, 2, "A_AAC")})})}));
     EXPECT_EQ(500u, open.Model().Info.TimecodeScale.Get());
     EXPECT_EQ(2u, open.file.GetTrackCnt());

@@ -9,16 +9,6 @@ namespace {
 using android::sp;
 using reader::CMatroskaNode;
 
-// "id@header" of every child, in the order in which a walk meets them.
-std::string Walk(const sp<CMatroskaNode>& parent) {
-    std::ostringstream out;
-    sp<CMatroskaNode> node = parent->Child(0, false);
-    for (bool more = node != nullptr; more; more = node->Next(false)) {
-        out << std::hex << node->Id() << std::dec << '@' << node->HeaderStart() << ' ';
-    }
-    return out.str();
-}
-
 TEST(Node, ElementsAreKnownByTheirIds) {
     EXPECT_STREQ("SimpleBlock", reader::FindElementInfo(id::kSimpleBlock)->name);
     EXPECT_EQ(nullptr, reader::FindElementInfo(0x4243));
@@ -91,7 +81,10 @@ TEST(Node, ABadHeaderEndsTheWalkOutsideASegment) {
     const Document file = Write({Master(id::kInfo, {Uint(id::kTimecodeScale, 1).Label("a"), Raw(Hex("0F00")),
                                                     Raw(Bytes(2000)), Str(id::kTitle, "t")})});
     OpenFile open(file.bytes);
-    EXPECT_EQ("2ad7b1@" + std::to_string(file.HeaderOf("a")) + " ", Walk(open.Root()->Child(0, false)));
+    const sp<CMatroskaNode> node = open.Root()->Child(0, false)->Child(0, false);
+    EXPECT_EQ(file.HeaderOf("a"), node->HeaderStart());
+    EXPECT_FALSE(node->Next(false));
+    EXPECT_EQ(0u, node->Id() + node->Size());  // nothing is known of what could not be read
 }
 
 TEST(Node, SeekHeadAnswersForTheSegmentsChildren) {

@@ -39,7 +39,6 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
     mHasEnded = false;
     mIsCut = false;
     mIsDoubtful = false;
-    mSoundBlocks = 0;
     mIsOnNewBlock = false;
     mHasTimecode = false;
     mClusterTimecode = 0;
@@ -50,12 +49,7 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
 void BlockRun::BeginCluster(CMatroskaNode* cluster) {
     const uint64_t failures = cluster->File()->FailedReads();
     FindFirstBlock(cluster);
-    if (cluster->File()->FailedReads() != failures) Doubt(0);
-}
-
-void BlockRun::Doubt(size_t soundBlocks) {
-    if (!mIsDoubtful) mSoundBlocks = soundBlocks;
-    mIsDoubtful = true;
+    if (cluster->File()->FailedReads() != failures) mIsDoubtful = true;
 }
 
 void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
@@ -81,7 +75,7 @@ void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
 
 // What follows a doubtful run is doubtful: its Timecode may be what could not be read.
 void BlockRun::Continue(const BlockRun& before) {
-    if (before.mIsDoubtful) Doubt(0);
+    mIsDoubtful = before.mIsDoubtful;
     mHasTimecode = before.mHasTimecode;
     mClusterTimecode = before.mClusterTimecode;
     mTail = before.mTail->Copy();
@@ -94,7 +88,7 @@ void BlockRun::StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster
     cluster->File()->SeekTo(mKey);
     mTail = new CMatroskaNode(cluster);
     if (mTail->IsValid()) return;
-    Doubt(0);
+    mIsDoubtful = true;
     Finish();
 }
 
@@ -109,10 +103,9 @@ bool BlockRun::Walk(size_t index) {
     const CMatroskaFile* file = mTail->File();
     bool hasMore = true;
     while (hasMore && mHeads.size() <= index && !mHasEnded && !IsFull()) {  // bounded by kBlocks
-        const size_t soundBlocks = mHeads.size();
         const uint64_t failures = file->FailedReads();
         hasMore = TakeNextBlock();
-        if (file->FailedReads() != failures) Doubt(soundBlocks);
+        if (file->FailedReads() != failures) mIsDoubtful = true;
     }
     return index < mHeads.size();
 }
@@ -143,8 +136,7 @@ bool BlockRun::TakeBlock() {
 bool BlockRun::Keep(const BlockHead& head) {
     if (mHeads.Append(head)) return true;
     mTail->File()->Losses.Add(LossKind::kRefusedAllocation, mTail->HeaderStart(), 0);
-    mIsCut = mIsOnNewBlock = true;
-    Doubt(mHeads.size());
+    mIsCut = mIsOnNewBlock = mIsDoubtful = true;
     return false;
 }
 

@@ -49,14 +49,13 @@ class BlockRun : public android::RefBase {
     const BlockHead& At(size_t index) const { return mHeads[index]; }
     // The last block before the next one of `track`, from `index` on, as far as the blocks are known already.
     size_t LastBefore(size_t index, uint64_t track) const {
-        const size_t sound = SoundBlocks();
-        while (index + 1 < sound && mHeads[index + 1].header.trackNumber != track) ++index;
+        while (HasSound(index + 1) && mHeads[index + 1].header.trackNumber != track) ++index;
         return index;
     }
     bool IsFull() const { return mHeads.size() == kBlocks || mIsCut; }
     bool IsDoubtful() const { return mIsDoubtful; }
-    // How many of the known blocks were found before a read failed.
-    size_t SoundBlocks() const { return mIsDoubtful ? mSoundBlocks : mHeads.size(); }
+    // Block `index` is known, and no read has failed in the run.
+    bool HasSound(size_t index) const { return index < mHeads.size() && !mIsDoubtful; }
 
     // The Cluster has a Timecode child, and its value in timecode units. Known once block 0 was reached.
     bool HasTimecode() const { return mHasTimecode; }
@@ -73,7 +72,6 @@ class BlockRun : public android::RefBase {
     void FindFirstBlock(CMatroskaNode* cluster);
     void Continue(const BlockRun& before);
     void StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster);
-    void Doubt(size_t soundBlocks);
     void TakeTimecode(CMatroskaNode* node);
     bool Walk(size_t index);
     bool TakeNextBlock();
@@ -87,7 +85,6 @@ class BlockRun : public android::RefBase {
     bool mHasEnded = false;
     bool mIsCut = false;  // for want of memory it ends in front of the block that mTail stands on
     bool mIsDoubtful = false;
-    size_t mSoundBlocks = 0;
     bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
     bool mHasTimecode = false;
     uint64_t mClusterTimecode = 0;

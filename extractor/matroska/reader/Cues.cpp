@@ -26,10 +26,9 @@ void TakeNumber(X* object, CMatroskaNode* child, const NumberRow<X> (&rows)[N]) 
 
 // Appends what was read from the element at `node`.
 template <typename T>
-Result Keep(Array<T>* list, const T& item, CMatroskaNode* node) {
-    if (list->Append(item)) return kOk;
+void Keep(Array<T>* list, const T& item, CMatroskaNode* node) {
+    if (list->Append(item)) return;
     node->File()->Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), node->Size());
-    return kOutOfMemory;
 }
 
 }  // namespace
@@ -38,7 +37,8 @@ Result Cue::Parse(CMatroskaNode* node) {
     return VisitChildren(node, [this](CMatroskaNode* child) {
         CuePoint point;
         if (child->Id() != id::kCuePoint || Failed(point.Parse(child, this))) return true;
-        if (!Failed(Keep(&Points, point, child))) NoteOrder();
+        Keep(&Points, point, child);
+        NoteOrder();
         return true;
     });
 }
@@ -51,7 +51,7 @@ Result CuePoint::Parse(CMatroskaNode* node, Cue* lists) {
         TakeNumber(this, child, kRows);
         CueTrackPosition position;
         if (child->Id() == id::kCueTrackPositions && !Failed(position.Parse(child, lists))) {
-            (void)Keep(&lists->Positions, position, child);
+            Keep(&lists->Positions, position, child);
         }
         return true;
     });
@@ -72,7 +72,7 @@ Result CueTrackPosition::Parse(CMatroskaNode* node, Cue* lists) {
         TakeNumber(this, child, kRows);
         CueReference reference;
         if (child->Id() == id::kCueReference && !Failed(reference.Parse(child))) {
-            (void)Keep(&lists->References, reference, child);
+            Keep(&lists->References, reference, child);
         }
         return true;
     });

@@ -163,7 +163,6 @@ inline bool CMatroskaNode::Step() {
 }
 
 bool CMatroskaNode::Next(bool sameId) {
-    if (!mParent.mPresent) return false;
     const uint32_t wanted = Id();
     do {  // bounded: an element's end lies behind its header
         if (!Step()) return false;
@@ -190,7 +189,6 @@ sp<CMatroskaNode> CMatroskaNode::GetFirstBlock() const {
 }
 
 bool CMatroskaNode::NextBlock() {
-    if (!mParent.mPresent) return false;
     while (Step()) {  // bounded: every step moves forward
         if (IsBlockElement()) return true;
     }

@@ -88,7 +88,7 @@ class CMatroskaNode : public android::RefBase {
     struct Parent {
         bool mPresent = false;
         uint32_t mId = 0;
-        uint64_t mEnd = 0;
+        uint64_t mEnd = 0;            // 0 for the root: nothing follows it
         bool mIsOpenCluster = false;  // a Cluster of unknown size: a level-1 ID ends it
     };
 

@@ -129,9 +129,13 @@ int Segment::ParseHead(CMatroskaNode* node) {
 void Segment::FollowSeekHeads(CMatroskaNode* node) {
     CMatroskaFile* file = node->File();
     AutoPtr<CMatroskaNode> further = node->Copy();
-    for (uint32_t followed = 0; followed < limit::kFollowedSeekHeads; ++followed) {
+    for (uint32_t followed = 0;; ++followed) {  // bounded by kFollowedSeekHeads
         const uint64_t position = node->FindPos(id::kSeekHead, static_cast<int64_t>(file->Position()));
         if (position == 0) return;
+        if (followed == limit::kFollowedSeekHeads) {
+            file->Losses.Add(LossKind::kLimit, position, 0);
+            return;
+        }
         file->SeekTo(position);
         further = new CMatroskaNode(node);
         if (!further->IsValid() || further->Id() != id::kSeekHead) return;

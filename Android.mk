@@ -36,6 +36,7 @@ LOCAL_SRC_FILES := \
     extractor/matroska/reader/File.cpp \
     extractor/matroska/reader/Inflate.cpp \
     extractor/matroska/reader/Node.cpp \
+    extractor/matroska/reader/Pieces.cpp \
     extractor/matroska/reader/Resync.cpp \
     extractor/matroska/reader/SeekIndex.cpp \
     extractor/matroska/reader/Segment.cpp \

@@ -25,6 +25,7 @@ set(EXTRACTOR_SOURCES
   matroska/reader/File.cpp
   matroska/reader/Inflate.cpp
   matroska/reader/Node.cpp
+  matroska/reader/Pieces.cpp
   matroska/reader/Resync.cpp
   matroska/reader/SeekIndex.cpp
   matroska/reader/Segment.cpp

@@ -196,7 +196,7 @@ TEST(SeekIndex, TheVisitReadsNoPayload) {
     faults.recordCalls = true;
     InitialisedFile open(file, faults);
     open.file.RebuildIndex();
-    EXPECT_FALSE(open.source->Touched(file.DataOf("payload") + 8, file.EndOf("payload")));
+    EXPECT_FALSE(open.source->Touched(file.DataOf("payload") + reader::Pieces::kHead, file.EndOf("payload")));
 }
 
 // A Segment that says it ends inside the last Cluster's header: that Cluster's first child is read all the

@@ -34,7 +34,7 @@ ChapterAtom::ChapterAtom() {
 }
 
 Result Chapter::Parse(CMatroskaNode* node) {
-    return VisitChildren(node, [this](CMatroskaNode* child) {
+    return VisitWhole(node, [this](CMatroskaNode* child) {
         if (child->Id() == id::kEditionEntry && AdmitChapterObject(child)) (void)Editions.Parse(child);
         return true;
     });

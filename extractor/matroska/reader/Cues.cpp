@@ -34,7 +34,7 @@ void Keep(Array<T>* list, const T& item, CMatroskaNode* node) {
 }  // namespace
 
 Result Cue::Parse(CMatroskaNode* node) {
-    return VisitChildren(node, [this](CMatroskaNode* child) {
+    return VisitWhole(node, [this](CMatroskaNode* child) {
         CuePoint point;
         if (child->Id() != id::kCuePoint || Failed(point.Parse(child, this))) return true;
         Keep(&Points, point, child);

@@ -30,6 +30,7 @@ Result CMatroskaFile::ParseHeader(CMatroskaNode* root) {
 }
 
 Result CMatroskaFile::WalkTopLevel(CMatroskaNode* root, bool entersSegments) {
+    const Heads heads(this);
     bool isRejected = false;
     const Result result = VisitChildren(root, [&](CMatroskaNode* child) {
         if (child->Id() == id::kEbml) {

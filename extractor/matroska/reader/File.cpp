@@ -7,9 +7,10 @@
 
 namespace MatroskaExtReader {
 
-CMatroskaFile::CMatroskaFile(const android::sp<android::DataSource>& source)
+CMatroskaFile::CMatroskaFile(const android::sp<android::DataSource>& source, bool takesPieces)
     : mSource(source),
       mPosition(0),
+      mWalk(takesPieces ? Pieces::Walk::kNone : Pieces::Walk::kExact),
       mLength(kMaxPosition),
       mHasKnownLength(false),
       mCachesNetwork((source->flags() & android::DataSource::kIsCachingDataSource) != 0),
@@ -60,6 +61,61 @@ bool CMatroskaFile::MayAsk() const {
 void CMatroskaFile::NoteDelivery(uint64_t end, uint64_t bytes) const {
     mOpening.bytes += bytes;
     mOpening.furthest = std::max(mOpening.furthest, end);
+}
+
+void CMatroskaFile::NoteServed(uint32_t bytes) {
+    NoteDelivery(mPosition, bytes);
+    mOpening.served += bytes;
+}
+
+// ---- pieces
+// ------------------------------------------------------------------------------------------------------
+
+CMatroskaFile::Heads::Heads(CMatroskaFile* file) : mFile(file), mOuter(file->mWalk) {
+    if (mOuter == Pieces::Walk::kNone) mFile->mWalk = Pieces::Walk::kHeads;
+}
+
+CMatroskaFile::Whole::Whole(const CMatroskaNode* node) : mFile(node->File()), mOuter(mFile->mWalk) {
+    if (mOuter == Pieces::Walk::kWhole || mOuter == Pieces::Walk::kExact || node->HasUnknownSize()) return;
+    mFile->mWalk = Pieces::Walk::kWhole;
+    mFile->mWholeEnd = std::min(node->End(), mFile->mLength);
+    mFile->mNextPiece = Pieces::kLeast;
+}
+
+// What a walk within another one holds is of use to both; and where it was refused a piece, so is the outer.
+void CMatroskaFile::EndWalk(Pieces::Walk outer) {
+    if (mWalk == outer || (mWalk == Pieces::Walk::kExact && outer != Pieces::Walk::kNone)) return;
+    mPieces.Forget();
+    mWalk = outer;
+}
+
+// Pieces grow as long as less is stepped over behind one than it holds.
+const uint8_t* CMatroskaFile::HoldMore(uint32_t n) {
+    if (mPosition >= mWholeEnd || n > mWholeEnd - mPosition) return nullptr;
+    const bool goesOn = mPosition - mPieces.Begin() <= 2 * mPieces.Size();
+    mNextPiece = goesOn ? std::min(2 * mNextPiece, Pieces::kMost) : Pieces::kLeast;
+    const uint32_t size = static_cast<uint32_t>(std::min<uint64_t>(mNextPiece, mWholeEnd - mPosition));
+    return n <= size && HoldPiece(size) ? mPieces.Find(mPosition, n) : nullptr;
+}
+
+void CMatroskaFile::HoldHead(uint64_t end) {
+    const uint64_t stop = std::min(end, mLength);
+    const uint32_t size =
+        mPosition < stop ? static_cast<uint32_t>(std::min<uint64_t>(Pieces::kHead, stop - mPosition)) : 0;
+    if (mPieces.HeldFrom(mPosition) < std::min(size, Pieces::kHead / 2)) (void)HoldPiece(size);
+}
+
+bool CMatroskaFile::HoldPiece(uint32_t size) {
+    const uint32_t bytes = size - std::min(size, mPieces.HeldFrom(mPosition));
+    const bool isHeld = (!mOpening.isOn || MayHold(bytes)) && mPieces.Hold(*mSource, mPosition, size);
+    if (!isHeld) mWalk = Pieces::Walk::kExact;
+    if (isHeld && mOpening.isOn) mOpening.held += bytes;
+    return isHeld;
+}
+
+bool CMatroskaFile::MayHold(uint32_t bytes) const {
+    const uint64_t unused = limit::kUnusedBytes + limit::kUnusedBytesPerByte * mOpening.furthest;
+    return mOpening.held + bytes <= mOpening.served + unused;
 }
 
 void CMatroskaFile::FinishOpening() {

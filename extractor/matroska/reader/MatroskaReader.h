@@ -1,11 +1,13 @@
 // The reader's file object: one byte source, one read position, the parsed document and what is derived from
 // it.
 //
-// Every read is one DataSource::readAt at the current position; nothing is read ahead and no bytes are
-// cached, so the source is expected to cache. The object has no lock: one thread at a time, which the media
-// sources' mutex provides. A source whose getSize fails or answers a negative number has an unknown length:
-// navigation then takes the largest signed 64-bit length, and whether a payload can be delivered is found by
-// reading its last byte.
+// A read is one DataSource::readAt at the current position, of just the bytes that are wanted, unless a walk
+// is on that takes pieces: an element's header with the head of its payload (32 bytes at the most, never past
+// the end of what encloses it), or up to 64 KiB of a master that is parsed whole. Both are forgotten before
+// the call that walks returns, and no bytes are cached, so the source is expected to cache. The object has no
+// lock: one thread at a time, which the media sources' mutex provides. A source whose getSize fails or
+// answers a negative number has an unknown length: navigation then takes the largest signed 64-bit length,
+// and whether a payload can be delivered is found by reading its last byte.
 #pragma once
 
 #include <utils/Errors.h>
@@ -13,6 +15,7 @@
 #include <media/stagefright/DataSource.h>
 
 #include <stdint.h>
+#include <string.h>
 
 #include "matroska/reader/BlockRuns.h"
 #include "matroska/reader/CheckedMath.h"
@@ -22,6 +25,7 @@
 #include "matroska/reader/Losses.h"
 #include "matroska/reader/MatroskaElements.h"
 #include "matroska/reader/Node.h"
+#include "matroska/reader/Pieces.h"
 #include "matroska/reader/SubtitleQueue.h"
 
 namespace MatroskaExtReader {
@@ -38,8 +42,9 @@ HeaderVerdict JudgeHeader(const EBML& header);
 
 class CMatroskaFile {
   public:
-    // Asks the source for its size once and reads nothing.
-    explicit CMatroskaFile(const android::sp<android::DataSource>& source);
+    // Asks the source for its size once and reads nothing. Without pieces every read is one of the source;
+    // what is found in the file is the same.
+    explicit CMatroskaFile(const android::sp<android::DataSource>& source, bool takesPieces = true);
     ~CMatroskaFile();
     CMatroskaFile(const CMatroskaFile&) = delete;
     CMatroskaFile& operator=(const CMatroskaFile&) = delete;
@@ -49,18 +54,18 @@ class CMatroskaFile {
     Result Read(uint8_t* buffer, uint32_t n) {
         if (mOpening.isOn && !MayAsk()) return kFailure;
         ++mReads;
-        const ssize_t got = mSource->readAt(static_cast<off64_t>(mPosition), buffer, n);
-        if (got > 0) mPosition += static_cast<uint64_t>(got);
-        if (mOpening.isOn && got > 0) NoteDelivery(mPosition, static_cast<uint64_t>(got));
-        if (got == static_cast<ssize_t>(n)) return kOk;
-        ++mFailedReads;
-        return kFailure;
+        const uint8_t* const held = Held(n);
+        if (held == nullptr) return ReadSource(buffer, n);
+        memcpy(buffer, held, n);
+        mPosition += n;
+        if (mOpening.isOn) NoteServed(n);
+        return kOk;
     }
     bool Take(uint8_t* buffer, unsigned n) { return !Failed(Read(buffer, n)); }
     // One big-endian value of T's width.
     template <typename T>
     Result Read(T& value);
-    // How many reads there have been, as a measure of work.
+    // How many reads there have been, as a measure of work: those that a piece answered count as any other.
     uint64_t Reads() const { return mReads; }
     uint64_t FailedReads() const { return mFailedReads; }
     void SeekTo(uint64_t position) { mPosition = position; }
@@ -77,6 +82,39 @@ class CMatroskaFile {
         if (position > kMaxPosition || size > kMaxPosition - position) return false;
         if (mHasKnownLength) return position + size <= mLength;
         return size == 0 || FarEndAnswers(position, size);
+    }
+
+    // While one lives, nodes read an element's header with the head of its payload: for a walk that goes from
+    // element to element, or that looks at what stands first in them.
+    class Heads {
+      public:
+        explicit Heads(CMatroskaFile* file);
+        ~Heads() { mFile->EndWalk(mOuter); }
+        Heads(const Heads&) = delete;
+        Heads& operator=(const Heads&) = delete;
+
+      private:
+        CMatroskaFile* mFile;
+        Pieces::Walk mOuter;
+    };
+
+    // While one lives, the master at `node` is read in pieces, unless its size is unknown. Within a master
+    // that is read so already it changes nothing.
+    class Whole {
+      public:
+        explicit Whole(const CMatroskaNode* node);
+        ~Whole() { mFile->EndWalk(mOuter); }
+        Whole(const Whole&) = delete;
+        Whole& operator=(const Whole&) = delete;
+
+      private:
+        CMatroskaFile* mFile;
+        Pieces::Walk mOuter;
+    };
+
+    // An element's header begins at the position, within what ends at `end`.
+    void ExpectHeader(uint64_t end) {
+        if (mWalk == Pieces::Walk::kHeads) HoldHead(end);
     }
 
     // While one lives, the file is being opened: what that may ask of the source is bounded (see
@@ -148,6 +186,24 @@ class CMatroskaFile {
     bool FarEndAnswers(uint64_t position, uint64_t size) const;
     bool MayAsk() const;
     void NoteDelivery(uint64_t end, uint64_t bytes) const;
+    Result ReadSource(uint8_t* buffer, uint32_t n) {
+        const ssize_t got = mSource->readAt(static_cast<off64_t>(mPosition), buffer, n);
+        if (got > 0) mPosition += static_cast<uint64_t>(got);
+        if (mOpening.isOn && got > 0) NoteDelivery(mPosition, static_cast<uint64_t>(got));
+        if (got == static_cast<ssize_t>(n)) return kOk;
+        ++mFailedReads;
+        return kFailure;
+    }
+    const uint8_t* Held(uint32_t n) {
+        const uint8_t* const held = mPieces.Find(mPosition, n);
+        return held == nullptr && mWalk == Pieces::Walk::kWhole ? HoldMore(n) : held;
+    }
+    const uint8_t* HoldMore(uint32_t n);
+    void HoldHead(uint64_t end);
+    bool HoldPiece(uint32_t size);
+    bool MayHold(uint32_t bytes) const;
+    void NoteServed(uint32_t bytes);
+    void EndWalk(Pieces::Walk outer);
     void FinishOpening();
 
     // What opening has cost so far.
@@ -157,10 +213,16 @@ class CMatroskaFile {
         uint64_t reads = 0;
         uint64_t bytes = 0;
         uint64_t furthest = 0;  // end of the furthest bytes that were delivered
+        uint64_t held = 0;      // bytes of pieces
+        uint64_t served = 0;    // bytes that reads took of them
     };
     mutable OpeningCost mOpening;
     android::sp<android::DataSource> mSource;
     uint64_t mPosition;
+    Pieces mPieces;
+    Pieces::Walk mWalk;
+    uint64_t mWholeEnd = 0;   // of the master that is read in pieces
+    uint32_t mNextPiece = 0;  // how large its next piece may be
     uint64_t mReads = 0;
     uint64_t mFailedReads = 0;
     uint64_t mLength;

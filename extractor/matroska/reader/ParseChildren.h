@@ -4,8 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "matroska/reader/MatroskaElements.h"
-#include "matroska/reader/Node.h"
+#include "matroska/reader/MatroskaReader.h"
 
 namespace MatroskaExtReader {
 
@@ -76,15 +75,38 @@ Result VisitChildren(CMatroskaNode* node, Visit visit) {
     return kOk;
 }
 
-// Reads every child that has a row; others are skipped unread. A bad member does not fail its parent.
+// The same for a master that is read in pieces: one whose children are all looked at, and take up most of it.
+template <typename Visit>
+Result VisitWhole(CMatroskaNode* node, Visit visit) {
+    if (node == nullptr) return kNullNode;
+    const CMatroskaFile::Whole pieces(node);
+    return VisitChildren(node, visit);
+}
+
+// Reads the child at `node` as the first row with its ID says; without one it is skipped unread.
+template <typename X, size_t N>
+void ParseChild(X& object, CMatroskaNode* node, const ChildRow<X> (&rows)[N]) {
+    for (const ChildRow<X>& row : rows) {
+        if (row.Id() != node->Id()) continue;
+        (void)row.Read(object, node);
+        return;
+    }
+}
+
+// Reads every child that has a row. A bad member does not fail its parent.
 template <typename X, size_t N>
 Result ParseChildren(X& object, CMatroskaNode* node, const ChildRow<X> (&rows)[N]) {
     return VisitChildren(node, [&](CMatroskaNode* child) {
-        for (const ChildRow<X>& row : rows) {
-            if (row.Id() != child->Id()) continue;
-            (void)row.Read(object, child);
-            break;
-        }
+        ParseChild(object, child, rows);
+        return true;
+    });
+}
+
+// The same for a master that is read in pieces.
+template <typename X, size_t N>
+Result ParseWhole(X& object, CMatroskaNode* node, const ChildRow<X> (&rows)[N]) {
+    return VisitWhole(node, [&](CMatroskaNode* child) {
+        ParseChild(object, child, rows);
         return true;
     });
 }

@@ -28,6 +28,7 @@ bool IsDescending(const Array<IndexItem>& items) {
 }  // namespace
 
 void CMatroskaFile::RebuildIndex() {
+    const Heads heads(this);
     Segment.Info.Duration.Set(0.0);
     const uint64_t master = Segment.GetMasterTrack();
     AutoPtr<Cue> cue = new Cue;

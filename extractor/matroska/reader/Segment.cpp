@@ -16,7 +16,7 @@ Result EBML::Parse(CMatroskaNode* node) {
         {id::kDocTypeVersion, &EBML::DocTypeVersion},
         {id::kDocTypeReadVersion, &EBML::DocTypeReadVersion},
     };
-    return ParseChildren(*this, node, kRows);
+    return ParseWhole(*this, node, kRows);
 }
 
 Result SeekHead::Parse(CMatroskaNode* node) {
@@ -28,7 +28,7 @@ Result SeekHead::Parse(CMatroskaNode* node) {
 }
 
 Result Seek::Parse(CMatroskaNode* node) {
-    return VisitChildren(node, [this](CMatroskaNode* child) {
+    return VisitWhole(node, [this](CMatroskaNode* child) {
         if (child->Id() == id::kSeek && child->File()->Admit(Kept::kSeekEntry, child))
             (void)Entries.Parse(child);
         return true;
@@ -50,7 +50,7 @@ Result Info::Parse(CMatroskaNode* node) {
         {id::kMuxingApp, &Info::MuxingApp},
         {id::kWritingApp, &Info::WritingApp},
     };
-    return ParseChildren(*this, node, kRows);
+    return ParseWhole(*this, node, kRows);
 }
 
 Result Segment::Parse(CMatroskaNode* node) {

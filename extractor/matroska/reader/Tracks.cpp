@@ -11,7 +11,7 @@ Result Track::Parse(CMatroskaNode* node) {
              return child->File()->Admit(Kept::kTrackEntry, child) ? track.Entries.Parse(child) : kFailure;
          }},
     };
-    return ParseChildren(*this, node, kRows);
+    return ParseWhole(*this, node, kRows);
 }
 
 Result TrackEntry::Parse(CMatroskaNode* node) {

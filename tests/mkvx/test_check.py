@@ -101,11 +101,21 @@ CASES = {
                   {'unmapped_tag': ('loss', ''), 'no_master': ('mute', 'number 1')}),
     'merged': (film(avc(), craft.subtitle(2, 'S_TEXT/ASS'), blocks=EVENTS), 'plays_with_losses',
                {'events_merged': ('loss', '1 of its 2')}),
-    'no-duration': (film(avc(), duration_ms=0.0), 'plays_with_losses', {'no_duration': ('loss', 'states no Duration')}),
+    'no-duration': (film(avc(), duration_ms=0.0), 'plays_with_losses', {'no_duration': ('loss', 'Duration counts as 0')}),
     'scan': (film(avc(), cue_for=None), 'plays_with_losses', {'no_duration': ('loss', '00:00:01.000')}),
     'scan-short': (craft.matroska([avc()], craft.cluster(0, craft.simple_block(1, 0, UNIT)),
                                   craft.cluster(400, craft.simple_block(1, 0, UNIT))), 'plays_with_losses',
-                   {'duration_cut': ('loss', '00:00:00.600')}),
+                   {'duration_cut': ('loss', 'last Cluster, 00:00:00.400, is shown as the duration')}),
+    'scan-recorded': (craft.matroska([avc()], craft.cluster(0, craft.simple_block(1, 0, UNIT)),
+                                     craft.cluster(400, *[craft.simple_block(1, t, UNIT) for t in (0, 300)]), duration_ms=0.0),
+                      'plays_with_losses', {'duration_cut': ('loss', '00:00:00.400, is shown as the duration, and every seek to it or '
+                                                             'behind it ends the stream; its last unit begins at 00:00:00.700')}),
+    'duration-short': (film(avc(), blocks=[craft.simple_block(1, t, UNIT) for t in (0, 900)], duration_ms=100.0), 'plays_with_losses',
+                       {'duration_cut': ('loss', 'Duration is 00:00:00.100')}),
+    'no-key-frames': (film(avc(), mp3(), blocks=[craft.simple_block(1, 0, UNIT), craft.simple_block(2, 1, UNIT, key=False)]),
+                      'plays_with_losses', {'seeks_end': ('loss', 'holds a key frame of this track')}),
+    'seek-unreadable': (film(craft.audio(1, 'A_MPEG/L3', craft.stripped(b'>')), blocks=[BAD_LACE, craft.simple_block(1, 5, b'good')]),
+                        'plays_with_losses', {'blocks_unreadable': ('loss', '1 of its 2'), 'seeks_end': ('loss', 'cannot be read')}),
     'cues-other': (film(avc(), mp3(), cue_for=2), 'plays_with_losses', {'cues_miss_master': ('loss', 'number 1')}),
     'cues-astray': (astray(film(avc())), 'plays_with_losses', {'cues_astray': ('loss', '1 position')}),
     'encrypted': (film(avc(1, AVCC, encodings(ENCRYPTION)), mp3()), 'plays_with_losses', {'encrypted': ('mute', 'encrypted')}),
@@ -225,6 +235,38 @@ def test_evidence_and_remedy(report):
     assert checked['reason'].startswith('no sound: track number 2: ')
     numbers = next(f for f in report['files'] if f['file'].endswith('/subtitle-number.mkv'))
     assert '-map 0:0 -map 0:2' in next(f['remedy']['text'] for f in findings(numbers) if f['code'] == 'subtitle_number')
+
+
+CUES = craft.cue(0, 1, 0)
+# name: (bytes in front of the Cues, the Cues, how far off the SeekHead leads, code, sentence up to what follows from it)
+LOST_CUES = {
+    'off': (b'', CUES, 3, 'cues_unreached', 'the Cues at {cues} are not found, for the SeekHead\'s entry at {entry} leads to {lead}'),
+    'junk': (b'\xff' * 60, CUES, 0, 'cues_unreached',
+             'the Cues at {cues} are not found, for the SeekHead\'s entry at {entry} leads to {lead}'),
+    'unnamed': (b'', CUES, None, 'cues_unreached',
+                'the Cues at {cues} are not found, for no SeekHead names them and opening does not come so far'),
+    'empty': (b'', craft.element(0x1C53BB6B, b''), 0, 'cues_empty', 'the Cues at {cues} hold no cue point that can be read'),
+    'malformed': (b'', craft.element(0x1C53BB6B, b'\0' * 30), 0, 'cues_empty', 'the Cues at {cues} hold no cue point that can be read'),
+    'cut': (b'', b'', 900, 'no_cues', 'there are no Cues where the SeekHead\'s entry at {entry} leads to {lead}, behind the file\'s end'),
+    'none': (b'', b'', None, 'no_cues', 'there are no Cues'),
+}
+
+
+@pytest.mark.parametrize('name', LOST_CUES)
+def test_cues_that_are_not_found(mkvx, write, name):
+    junk, cues, off, code, sentence = LOST_CUES[name]
+    entry = b'' if off is None else craft.element(0x53AB, b'\x1c\x53\xbb\x6b') + craft.element(0x53AC, b'%08d' % 0)
+    seek = craft.element(0x114D9B74, craft.element(0x4DBB, entry or craft.element(0x53AB, b'\x12\x54\xc3\x67')))
+    media = craft.cluster(0, craft.simple_block(1, 0, UNIT)) + craft.cluster(500, craft.simple_block(1, 0, UNIT))
+    data = craft.matroska([avc()], seek, media, junk + cues)
+    segment = HEAD + 12
+    leads_to = len(data) - len(junk + cues) + (off or 0)
+    data = data.replace(b'%08d' % 0, (leads_to - segment).to_bytes(8, 'big'))
+    said = [f for f in findings(mkvx('check', '--format', 'jsonl', write('lost.mkv', data)).json()) if 'cues' in f['code']]
+    places = {'cues': data.rindex(cues), 'entry': data.index(b'\x4d\xbb'), 'lead': leads_to}
+    assert [f['code'] for f in said] == [code] and said[0]['sentence'].startswith(sentence.format(**places) + ': ')
+    if cues:
+        assert said[0]['evidence']['offset'] == places['cues']
 
 
 def test_nothing_is_proposed_for_what_is_encrypted(report):

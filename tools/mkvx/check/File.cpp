@@ -9,6 +9,7 @@
 #include "check/Findings.h"
 #include "check/Proposals.h"
 #include "check/Remedy.h"
+#include "check/SeekTrials.h"
 #include "device/ElementIds.h"
 #include "device/Session.h"
 #include "source/OpenSource.h"
@@ -68,15 +69,20 @@ void describeOffers(const Session& session, const std::vector<JudgedTrack>& trac
     }
 }
 
-// Returns the Clusters that were met.
-uint64_t examineUnits(const Session& session, const CheckDepth& depth, const std::vector<JudgedTrack>& tracks,
+struct Examined {
+    uint64_t clusters = 0;  // that were met
+    std::optional<int64_t> lastUs;
+};
+
+Examined examineUnits(const Session& session, const CheckDepth& depth, const std::vector<JudgedTrack>& tracks,
                       CheckedFile& checked) {
     const FileHead& head = session.reader().head();
     const ByteAccount account = accountBytes(session.newBytes(), depth.onBytes);
-    const EventTallies events = readAllUnits(session, checked.path, tracks, depth.onBytes);
+    const UnitPass pass = readAllUnits(session, checked.path, tracks, depth.onBytes);
     judgeStructure(head, account, checked);
-    judgeDelivery(head, tracks, account, events, checked);
-    return account.clusters;
+    judgeDelivery(head, tracks, account, pass.events, checked);
+    trySeeks(session, checked);
+    return {account.clusters, pass.lastUs};
 }
 
 void examineOpened(const Session& session, const CheckDepth& depth,
@@ -90,10 +96,10 @@ void examineOpened(const Session& session, const CheckDepth& depth,
     judgeSubtitles(session, tracks, checked);
     settleProposals(tracks, checked);
     if (depth.units) soFar(checked);
-    const uint64_t clusters = depth.units ? examineUnits(session, depth, tracks, checked) : 0;
+    const Examined units = depth.units ? examineUnits(session, depth, tracks, checked) : Examined();
     judgeLosses(head, checked);
-    judgeSeeking(session, checked);
-    checked.seeking->clusters = clusters;
+    judgeSeeking(session, units.lastUs, checked);
+    checked.seeking->clusters = units.clusters;
     settleProposals(tracks, checked);
 }
 

@@ -13,8 +13,9 @@ namespace mkvx {
 // A document that opening gave up on, or that has no track.
 void judgeDocument(const FileHead& head, CheckedFile& checked);
 
-// Where seeks go: duration, index, and whether the cue points help.
-void judgeSeeking(const Session& session, CheckedFile& checked);
+// Where seeks go: duration, index, and whether the cue points help; where there are none, why. `lastUs`: the
+// start of the last unit, where all were read.
+void judgeSeeking(const Session& session, std::optional<int64_t> lastUs, CheckedFile& checked);
 
 // What the reader noted as lost, but for what the two passes count better.
 void judgeLosses(const FileHead& head, CheckedFile& checked);

@@ -1,4 +1,4 @@
-// The file as a whole: its header, its damage, its index.
+// The file as a whole: its header and its damage.
 #include <fmt/format.h>
 #include <algorithm>
 
@@ -14,33 +14,6 @@ namespace {
 void add(CheckedFile& checked, const char* code, Weight weight, std::string sentence,
          std::optional<Evidence> evidence = {}, Remedy remedy = {}) {
     checked.findings.push_back({code, weight, std::move(sentence), std::move(evidence), std::move(remedy)});
-}
-
-// What the file says, which a scan for an index puts the start of the last Cluster in place of.
-int64_t statedDurationUs(const Session& session) {
-    return FileHead(session.newBytes()).durationUs();
-}
-
-void judgeDuration(const IndexReport& report, const Session& session, CheckedFile& checked) {
-    const int64_t statedUs = report.source == "scan" ? statedDurationUs(session) : 0;
-    const std::string& path = checked.path;
-    if (report.durationUs == 0 && report.source == "scan" && statedUs > 0)
-        add(checked, "no_duration", Weight::kLoss,
-            fmt::format(
-                "every seek ends the stream: without Cues the start of the last Cluster is taken for the "
-                "duration, and that is 0 where the file says {}",
-                clockTime(statedUs)),
-            {}, remuxCommand(path));
-    else if (report.durationUs == 0)
-        add(checked, "no_duration", Weight::kLoss,
-            "every seek ends the stream, for the file states no Duration", {}, remuxCommand(path));
-    else if (report.source == "scan" && report.durationUs < statedUs)
-        add(checked, "duration_cut", Weight::kLoss,
-            fmt::format("the last {} cannot be sought to: without Cues the start of the last Cluster is "
-                        "taken for the "
-                        "duration",
-                        clockTime(statedUs - report.durationUs)),
-            {}, remuxCommand(path));
 }
 
 std::string totalText(LossKind kind, uint64_t count) {
@@ -99,30 +72,6 @@ void judgeStrays(const FileHead& head, const ByteAccount& account, CheckedFile& 
                         counted(strays, "block"), firstStray));
 }
 
-void judgeScan(const IndexReport& report, CheckedFile& checked) {
-    add(checked, "no_cues", Weight::kNote,
-        fmt::format("there are no Cues: opening visits every Cluster ({}), and from a network source seeks "
-                    "start over",
-                    report.points),
-        {}, remuxCommand(checked.path));
-}
-
-void judgeCues(const IndexReport& report, const OwnReader& reader, CheckedFile& checked) {
-    if (report.masterPoints == 0)
-        add(checked, "cues_miss_master", Weight::kLoss,
-            fmt::format(
-                "every seek starts over: none of the {} cue points names the master track (track number {})",
-                report.points, report.masterTrack),
-            {}, remuxCommand(checked.path));
-    const OwnReader::AstrayCues astray = reader.masterCuesAstray();
-    if (astray.count > 0)
-        add(checked, "cues_astray", Weight::kLoss,
-            fmt::format(
-                "{} positions of the Cues lead to no Cluster, and seeks go to an earlier one or start over",
-                astray.count),
-            reader.head().bytesAt(astray.first, Evidence::kMostBytes), remuxCommand(checked.path));
-}
-
 }  // namespace
 
 void judgeDocument(const FileHead& head, CheckedFile& checked) {
@@ -147,15 +96,6 @@ void judgeDocument(const FileHead& head, CheckedFile& checked) {
     if (document.header == Header::kReadable && document.docType == "webm")
         add(checked, "webm_confidence", Weight::kNote,
             "it is claimed with confidence 0.5 only, so that the framework's own extractor may get it");
-}
-
-void judgeSeeking(const Session& session, CheckedFile& checked) {
-    const IndexReport report = session.reader().index();
-    checked.seeking = SeekFacts{report.source,    report.points, report.masterPoints, report.masterTrack, 0,
-                                report.durationUs};
-    judgeDuration(report, session, checked);
-    if (report.source == "scan") judgeScan(report, checked);
-    if (report.source == "cues") judgeCues(report, session.reader(), checked);
 }
 
 void judgeLosses(const FileHead& head, CheckedFile& checked) {

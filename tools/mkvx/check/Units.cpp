@@ -20,7 +20,8 @@ struct Reading {
     std::unique_ptr<TrackReader> reader;
     bool hasNalLengths;
     int64_t timeUs = INT64_MIN;
-    uint64_t cut = 0;  // units that lost their end to wrong NAL lengths
+    std::optional<int64_t> lastUs;  // the latest until now
+    uint64_t cut = 0;               // units that lost their end to wrong NAL lengths
     bool isDone = false;
 };
 
@@ -33,6 +34,7 @@ void readOne(Reading& reading) {
     int64_t timeUs = 0;
     unit->meta_data()->findInt64(android::kKeyTime, &timeUs);
     reading.timeUs = timeUs;
+    reading.lastUs = std::max(reading.lastUs.value_or(timeUs), timeUs);
     ++reading.verdict->units;
     reading.verdict->unitBytes += unit->range_length();
     if (reading.hasNalLengths && unit->range_length() < reading.reader->storedSize()) ++reading.cut;
@@ -87,21 +89,21 @@ void tellCut(const FileHead& head, const std::string& path, const Reading& readi
 
 }  // namespace
 
-EventTallies readAllUnits(const Session& session, const std::string& path,
-                          const std::vector<JudgedTrack>& tracks,
-                          const std::function<void(uint64_t)>& onBytes) {
-    EventTallies events;
-    std::vector<Reading> readings = startReadings(session, tracks, events);
+UnitPass readAllUnits(const Session& session, const std::string& path, const std::vector<JudgedTrack>& tracks,
+                      const std::function<void(uint64_t)>& onBytes) {
+    UnitPass pass;
+    std::vector<Reading> readings = startReadings(session, tracks, pass.events);
     while (Reading* reading = furthestBehind(readings)) {  // each step moves one track on
         const uint64_t before = reading->verdict->unitBytes;
         readOne(*reading);
+        pass.lastUs = std::max(pass.lastUs, reading->lastUs);
         if (onBytes) onBytes(reading->verdict->unitBytes - before);
     }
     for (const Reading& reading : readings) {
         reading.verdict->unreadable = reading.reader->unreadable();
         if (reading.cut > 0) tellCut(session.reader().head(), path, reading);
     }
-    return events;
+    return pass;
 }
 
 }  // namespace mkvx

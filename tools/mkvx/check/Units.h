@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,16 @@ struct EventTally {
 };
 using EventTallies = std::map<uint64_t, EventTally>;  // by TrackNumber
 
+struct UnitPass {
+    EventTallies events;
+    std::optional<int64_t> lastUs;  // the latest start of a video or audio unit
+};
+
 // Reads each offered track to its end as a player does that goes on past units it cannot get, the track that
 // is furthest behind first, and takes subtitle events as soon as they are there. Adds to the tracks' counts
 // and findings, but for subtitles. Keeps no more than a unit a track. `onBytes`, where there is one, gets the
 // size of each unit.
-EventTallies readAllUnits(const Session& session, const std::string& path,
+UnitPass readAllUnits(const Session& session, const std::string& path,
                           const std::vector<JudgedTrack>& tracks,
                           const std::function<void(uint64_t)>& onBytes);
 

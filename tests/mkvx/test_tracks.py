@@ -1,6 +1,7 @@
 """What the commands print: the stable formats, field by field, on files whose content is known byte by byte."""
 import hashlib
 import json
+import re
 import zlib
 
 import pytest
@@ -34,16 +35,43 @@ def test_info_json(mkvx, film):
     rate = film.stat().st_size * 8 // 10
     esds = run.json()['tracks'][1]['config']['esds']
     assert esds.startswith('03') and 'abcd' in esds
-    assert run.json() == {'mkvx': 1, 'container_mime': 'video/x-matroska', 'tracks': [
+    flags = {'default': True, 'forced': False}
+    assert run.json() == {'mkvx': 1, 'file': str(film), 'container_mime': 'video/x-matroska', 'tracks': [
         {'index': 0, 'number': 7, 'type': 'video', 'mime': 'video/hevc', 'width': 64, 'height': 48,
          'language': 'First\x1b[2J\ufffd', 'duration_us': 10000000, 'bit_rate': rate,
-         'thumbnail_us': 2500000, 'config': {'hvcc': HVCC.hex()}},
+         'thumbnail_us': 2500000, 'config': {'hvcc': HVCC.hex()}, **flags,
+         'display': {'width': 64, 'height': 48, 'unit': 'pixels'}},
         {'index': 1, 'number': 2, 'type': 'audio', 'mime': 'audio/mpeg', 'sample_rate': 48000, 'channels': 2,
          'language': 'ge', 'duration_us': 10000000, 'bit_rate': rate,
-         'config': {'esds': esds}},
-        {'index': 2, 'number': 4, 'type': 'subtitle', 'mime': 'text/utf-8', 'language': '', 'duration_us': 10000000},
+         'config': {'esds': esds}, **flags},
+        {'index': 2, 'number': 4, 'type': 'subtitle', 'mime': 'text/utf-8', 'language': '', 'duration_us': 10000000, **flags},
     ]}
     assert run.out.count('\n') == 1
+
+
+@pytest.mark.parametrize('date, is_told', [('2001-01-01 00:01:00', True), ('2001-01-01 00:01:01', False)])
+def test_info_tells_what_the_file_says_and_what_a_pass_measures(mkvx, write, film, date, is_told):
+    """Statistics count where they are this file's own."""
+    def tag(name, value):
+        return craft.element(0x67C8, craft.text(0x45A3, name) + craft.text(0x4487, value))
+    shown = (craft.uint(0x54B0, 16) + craft.uint(0x54BA, 9) + craft.uint(0x54B2, 3) +
+             craft.element(0x55B0, b''.join(craft.uint(id_, value) for id_, value in ((0x55B1, 9), (0x55BA, 16), (0x55BB, 9), (0x55B9, 1)))))
+    track = craft.video(1, 'V_MPEG2', craft.uint(0x73C5, 77), craft.uint(0x88, 0), craft.uint(0x55AA, 1), craft.uint(0x23E383, 40000000), shown=shown)
+    info = craft.text(0x7BA9, 'A film') + craft.text(0x5741, 'pen') + craft.text(0x4D80, 'press') + craft.element(0x4461, (60 * 10 ** 9).to_bytes(8, 'big'))
+    tags = craft.element(0x1254C367, craft.element(0x7373, craft.element(0x63C0, craft.uint(0x63C5, 77)) + tag('BPS', '4321') +
+                         tag('_STATISTICS_WRITING_APP', 'pen') + tag('_STATISTICS_WRITING_DATE_UTC', date)))
+    media = craft.cluster(0, *(craft.simple_block(1, 40 * i, b'x' * 100) for i in range(50)))
+    path = write('told.mkv', craft.matroska([track], media, led_to=[tags], info=info))
+    told = mkvx('info', '--rates', '--json', path).json()
+    assert [told[name] for name in ('title', 'writing_app', 'muxing_app')] == ['A film', 'pen', 'press']
+    track = {name: value for name, value in told['tracks'][0].items() if name in (
+        'default', 'forced', 'frame_rate', 'display', 'colour', 'statistics_bit_rate', 'payload_bytes', 'frames', 'measured_bit_rate')}
+    assert track.pop('statistics_bit_rate', None) == (4321 if is_told else None)
+    assert track == {'default': False, 'forced': True, 'frame_rate': 25, 'display': {'width': 16, 'height': 9, 'unit': 'aspect_ratio'},
+                     'colour': {'primaries': 9, 'transfer': 16, 'matrix': 9, 'range': 1}, 'payload_bytes': 5000, 'frames': 50, 'measured_bit_rate': 20000}
+    both = mkvx('info', path, film.parent / 'none.mkv', film)
+    assert both.code == 1 and 'none.mkv' in both.err and both.out == f'{mkvx("info", path).out}\n{mkvx("info", film).out}'
+    assert re.search(r'0 +forced +25.000 +16:9 +BT.2020, PQ, limited range' + (' +4.3 by its tags' if is_told else '$'), both.out, re.M)
 
 
 def test_info_table_cannot_steer_a_terminal(mkvx, film):
@@ -52,7 +80,7 @@ def test_info_table_cannot_steer_a_terminal(mkvx, film):
     assert '\x1b' not in run.out and 'First\ufffd[2J\ufffd' in run.out
     rows = run.out.splitlines()
     assert rows[0] == '%s: video/x-matroska' % film
-    assert [row.split()[:4] for row in rows[2:]] == [
+    assert [row.split()[:4] for row in rows[2:5]] == [
         ['0', '7', 'video', 'video/hevc'], ['1', '2', 'audio', 'audio/mpeg'], ['2', '4', 'subtitle', 'text/utf-8']]
     assert '00:00:02.500' in rows[2] and 'hvcc 31 B' in rows[2]
 
@@ -141,7 +169,7 @@ def test_stop_at_an_unreadable_unit_is_told(mkvx, write):
 def test_no_track_offered(mkvx, write):
     path = write('unknown.mkv', craft.matroska([craft.video(1, 'V_UNSEEN'), craft.audio(2, 'A_UNHEARD')]))
     run = mkvx('info', '--format', 'json', path)
-    assert run.code == 0 and run.json() == {'mkvx': 1, 'container_mime': 'video/x-matroska', 'tracks': []}
+    assert run.code == 0 and run.json() == {'mkvx': 1, 'file': str(path), 'container_mime': 'video/x-matroska', 'tracks': []}
     assert 'none of its 2 tracks is offered' in run.err
 
 

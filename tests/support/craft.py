@@ -23,8 +23,8 @@ def real(id_, value):
     return element(id_, struct.pack('>d', value))
 
 
-def video(no, codec, *more, width=64, height=48):
-    picture = element(0xE0, uint(0xB0, width) + uint(0xBA, height))
+def video(no, codec, *more, width=64, height=48, shown=b''):
+    picture = element(0xE0, uint(0xB0, width) + uint(0xBA, height) + shown)
     return element(0xAE, uint(0xD7, no) + uint(0x83, 1) + text(0x86, codec) + picture + b''.join(more))
 
 
@@ -83,11 +83,11 @@ def seek_head(at, elements):
     return element(0x114D9B74, entries)
 
 
-def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska', cue_for=None, led_to=()):
+def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska', cue_for=None, led_to=(), info=b''):
     """`cue_for`: the track of a Cues element that names the first cluster, at time 0. `led_to`: elements behind the clusters,
-    to which a SeekHead leads."""
+    to which a SeekHead leads. `info`: more of the Info element."""
     head = element(0x1A45DFA3, text(0x4282, doctype) + uint(0x4285, 2))
-    info = element(0x1549A966, uint(0x2AD7B1, 1000000) + real(0x4489, duration_ms))
+    info = element(0x1549A966, uint(0x2AD7B1, 1000000) + real(0x4489, duration_ms) + info)
     front = info + element(0x1654AE6B, b''.join(tracks))
     if cue_for is not None:
         front += cue(0, cue_for, len(front) + len(cue(0, cue_for, 0)))

@@ -82,6 +82,19 @@ std::string counted(uint64_t count, const char* noun) {
     return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
+TextTable TextTable::withoutEmptyColumns() const {
+    TextTable table({});
+    table.mRows.resize(mRows.size());
+    for (size_t column = 0; column < mColumns.size(); ++column) {
+        const bool isEmpty =
+            std::all_of(mRows.begin(), mRows.end(), [&](const auto& row) { return row[column].empty(); });
+        if (isEmpty) continue;
+        table.mColumns.push_back(mColumns[column]);
+        for (size_t i = 0; i < mRows.size(); ++i) table.mRows[i].push_back(mRows[i][column]);
+    }
+    return table;
+}
+
 std::string TextTable::str() const {
     if (mRows.empty()) return {};
     std::vector<std::string> titles;

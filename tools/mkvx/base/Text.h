@@ -32,6 +32,8 @@ class TextTable {
 
     // One cell per column.
     void addRow(std::vector<std::string> cells) { mRows.push_back(std::move(cells)); }
+    // The same without the columns that hold nothing but their title.
+    TextTable withoutEmptyColumns() const;
     std::string str() const;
 
   private:

@@ -1,6 +1,7 @@
 #include "tracks/Model.h"
 
 #include <fmt/format.h>
+#include <cmath>
 
 #include "base/Digest.h"
 #include "base/Json.h"
@@ -11,6 +12,35 @@ namespace {
 template <typename T>
 void set(Json& object, const char* name, const std::optional<T>& value) {
     if (value) object[name] = *value;
+}
+
+const char* toString(DisplayUnit unit) {
+    static const char* const kNames[] = {"pixels", "centimetres", "inches", "aspect_ratio", "unknown"};
+    return kNames[size_t(unit)];
+}
+
+// Beside what the framework gets.
+void addDeclared(Json& object, const DeclaredTrack& declared, bool isVideo) {
+    object["default"] = declared.isDefault;
+    object["forced"] = declared.isForced;
+    if (isVideo) set(object, "frame_rate", declared.frameRate());
+    if (declared.display)
+        object["display"] = {{"width", declared.display->width},
+                             {"height", declared.display->height},
+                             {"unit", toString(declared.display->unit)}};
+    if (declared.colour)
+        object["colour"] = {{"primaries", declared.colour->primaries},
+                            {"transfer", declared.colour->transfer},
+                            {"matrix", declared.colour->matrix},
+                            {"range", declared.colour->range}};
+    set(object, "statistics_bit_rate", declared.statisticsBitRate);
+}
+
+void addRate(Json& object, const TrackRate& rate, bool isVideo) {
+    object["payload_bytes"] = rate.bytes;
+    object["frames"] = rate.frames;
+    if (rate.bitRate()) object["measured_bit_rate"] = std::llround(*rate.bitRate());
+    if (isVideo) set(object, "measured_frame_rate", rate.frameRate());
 }
 
 Json trackJson(const TrackInfo& track) {
@@ -34,11 +64,23 @@ Json trackJson(const TrackInfo& track) {
 
 }  // namespace
 
-void printJson(const FileInfo& info, std::FILE* out) {
+void printJson(const DescribedFile& file, std::FILE* out) {
     Json object = newResult();
-    object["container_mime"] = info.containerMime;
+    object["file"] = file.info.path;
+    object["container_mime"] = file.info.containerMime;
+    if (!file.title.empty()) object["title"] = file.title;
+    if (!file.muxingApp.empty()) object["muxing_app"] = file.muxingApp;
+    if (!file.writingApp.empty()) object["writing_app"] = file.writingApp;
     object["tracks"] = Json::array();
-    for (const TrackInfo& track : info.tracks) object["tracks"].push_back(trackJson(track));
+    for (const TrackInfo& track : file.info.tracks) {
+        Json json = trackJson(track);
+        const bool isVideo = track.kind == TrackKind::kVideo;
+        const auto declared = file.declared.find(track.number);
+        if (declared != file.declared.end()) addDeclared(json, declared->second, isVideo);
+        if (file.rates && file.rates->count(track.number) > 0)
+            addRate(json, file.rates->at(track.number), isVideo);
+        object["tracks"].push_back(std::move(json));
+    }
     fmt::print(out, "{}", dump(object));
 }
 

@@ -2,17 +2,29 @@
 // sniffer said. The values themselves are those of device/Model.h.
 #pragma once
 #include <cstdio>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/Format.h"
 #include "base/Listing.h"
+#include "device/Declared.h"
 #include "device/Model.h"
+#include "tracks/Rates.h"
 
 namespace mkvx {
 
-void printText(const FileInfo& info, std::FILE* out);
-void printJson(const FileInfo& info, std::FILE* out);
+// What the framework gets of a file, and what the file says beside that.
+struct DescribedFile {
+    FileInfo info;
+    std::string title, muxingApp, writingApp;
+    std::map<uint32_t, DeclaredTrack> declared;          // by TrackInfo::number
+    std::optional<std::map<uint64_t, TrackRate>> rates;  // where they were asked for
+};
+
+void printText(const DescribedFile& file, std::FILE* out);
+void printJson(const DescribedFile& file, std::FILE* out);
 
 // ---- units
 

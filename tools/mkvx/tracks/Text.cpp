@@ -1,6 +1,7 @@
 #include "tracks/Model.h"
 
 #include <fmt/format.h>
+#include <algorithm>
 
 #include "base/Text.h"
 
@@ -54,6 +55,79 @@ TextTable trackTable() {
                       {"CONFIGURATION"}});
 }
 
+// ---- what the file says of them
+
+std::string flagsColumn(const DeclaredTrack& track) {
+    return fmt::format("{}{}{}", track.isDefault ? "default" : "",
+                       track.isDefault && track.isForced ? ", " : "", track.isForced ? "forced" : "");
+}
+
+// Only where it is not the size of the pictures.
+std::string shownAsColumn(const DeclaredTrack& track) {
+    if (!track.display) return {};
+    const bool isPixels = track.display->unit == DisplayUnit::kPixels;
+    const bool isPlain =
+        isPixels && track.display->width == track.pixelWidth && track.display->height == track.pixelHeight;
+    return isPlain ? std::string() : track.display->text();
+}
+
+std::string framesColumn(const DeclaredTrack& track, const TrackRate* rate) {
+    if (track.frameRate()) return fmt::format("{:.3f}", *track.frameRate());
+    return rate != nullptr && rate->frameRate() ? fmt::format("{:.3f} measured", *rate->frameRate()) : "";
+}
+
+std::string ownRateColumn(const DeclaredTrack& track, const TrackRate* rate) {
+    if (rate != nullptr && rate->bitRate()) return fmt::format("{:.1f} measured", *rate->bitRate() / 1000);
+    if (track.statisticsBitRate)
+        return fmt::format("{:.1f} by its tags", double(*track.statisticsBitRate) / 1000);
+    return {};
+}
+
+std::vector<std::string> declaredRow(const TrackInfo& info, const DeclaredTrack& track,
+                                     const TrackRate* rate) {
+    const bool isVideo = info.kind == TrackKind::kVideo;
+    return {std::to_string(info.index),
+            flagsColumn(track),
+            isVideo ? framesColumn(track, rate) : std::string(),
+            isVideo ? shownAsColumn(track) : std::string(),
+            isVideo && track.colour ? track.colour->text() : std::string(),
+            ownRateColumn(track, rate)};
+}
+
+const TrackRate* rateOf(const DescribedFile& file, const TrackInfo& track) {
+    if (!file.rates) return nullptr;
+    const auto rate = file.rates->find(track.number);
+    return rate != file.rates->end() ? &rate->second : nullptr;
+}
+
+bool lacksOwnRate(const DescribedFile& file) {
+    return std::any_of(file.declared.begin(), file.declared.end(),
+                       [](const auto& entry) { return !entry.second.statisticsBitRate; });
+}
+
+void printDeclared(const DescribedFile& file, std::FILE* out) {
+    TextTable table({{"INDEX", Align::kRight},
+                     {"FLAGS"},
+                     {"FRAMES/S", Align::kRight},
+                     {"SHOWN AS"},
+                     {"COLOUR"},
+                     {"OWN KBIT/S", Align::kRight}});
+    for (const TrackInfo& track : file.info.tracks) {
+        const auto declared = file.declared.find(track.number);
+        if (declared != file.declared.end())
+            table.addRow(declaredRow(track, declared->second, rateOf(file, track)));
+    }
+    fmt::print(out, "What the file says of them:\n{}", table.withoutEmptyColumns().str());
+    if (!file.rates && lacksOwnRate(file))
+        fmt::print(out, "Bit rates of their own: --rates reads the headers of all blocks for them\n");
+}
+
+void printOrigin(const DescribedFile& file, std::FILE* out) {
+    if (!file.title.empty()) fmt::print(out, "Title: {}\n", printable(file.title));
+    if (!file.writingApp.empty()) fmt::print(out, "Written by: {}\n", printable(file.writingApp));
+    if (!file.muxingApp.empty()) fmt::print(out, "Muxer: {}\n", printable(file.muxingApp));
+}
+
 // ---- units
 
 class UnitTable : public Listing<Unit> {
@@ -101,10 +175,12 @@ class SniffTable : public Listing<SniffResult> {
 
 }  // namespace
 
-void printText(const FileInfo& info, std::FILE* out) {
+void printText(const DescribedFile& file, std::FILE* out) {
     TextTable table = trackTable();
-    for (const TrackInfo& track : info.tracks) table.addRow(rowOf(track));
-    fmt::print(out, "{}: {}\n{}", printable(info.path), printable(info.containerMime), table.str());
+    for (const TrackInfo& track : file.info.tracks) table.addRow(rowOf(track));
+    fmt::print(out, "{}: {}\n{}", printable(file.info.path), printable(file.info.containerMime), table.str());
+    printOrigin(file, out);
+    if (!file.declared.empty()) printDeclared(file, out);
 }
 
 std::unique_ptr<Listing<Unit>> newUnitTable(std::FILE* out) {

@@ -135,7 +135,18 @@ CASES = {
     'laced': (film(mp3(1), blocks=[craft.simple_block(1, 0, b'\1aabb', lacing=2)]), 'plays', {}),
     'units-cut': (film(avc(), blocks=[craft.simple_block(1, 0, UNIT + b'\0\0\0\x99z')]), 'plays_with_losses',
                   {'units_cut': ('loss', '1 of its units')}),
-    'cut-file': (GOOD[:-3], 'plays_with_losses', {'blocks_unreadable': ('loss', 'past the end'), 'truncated': ('loss', 'at least 3 bytes')}),
+    'only-block-bad': (film(craft.audio(1, 'A_MPEG/L3', craft.stripped(b'>')), blocks=[BAD_LACE]), 'nothing_plays',
+                       {'blocks_unreadable': ('mute', '1 of its 1')}),
+    'cut-behind-head': (GOOD[:GOOD.index(b'\x1f\x43\xb6\x75')], 'nothing_plays',
+                        {'no_blocks': ('mute', 'no block'), 'no_clusters': ('mute', 'no Cluster'), 'truncated': ('loss', ''),
+                         'cues_astray': ('loss', '')}),
+    'cut-in-cluster': (GOOD[:GOOD.index(b'\x1f\x43\xb6\x75') + 14], 'nothing_plays',
+                       {'no_blocks': ('mute', 'no block'), 'truncated': ('loss', ''), 'damaged': ('loss', '')}),
+    'subtitle-empty': (film(craft.audio(1, 'A_OPUS'), craft.subtitle(2), blocks=[craft.simple_block(1, 0, UNIT)]), 'nothing_plays',
+                       {'unknown_codec_id': ('loss', ''), 'no_master': ('mute', ''), 'no_blocks': ('mute', '')}),
+    'subtitle-alone-empty': (film(avc(), craft.subtitle(2), blocks=[craft.simple_block(1, 0, UNIT)]), 'plays_with_losses',
+                             {'no_blocks': ('mute', 'no block')}),
+    'cut-file': (GOOD[:-3], 'plays_with_losses', {'blocks_unreadable': ('mute', 'past the end'), 'truncated': ('loss', 'at least 3 bytes')}),
     'segments': (GOOD + GOOD[HEAD:], 'plays_with_losses', {'more_segments': ('loss', '2 Segments'), 'duplicate_number': ('loss', '')}),
     'number-127': (film(avc(127), blocks=[craft.simple_block(127, 0, UNIT)], cue_for=127), 'nothing_plays',
                    {'all_ones_number': ('mute', '127'), 'blocks_without_track': ('loss', '1 block')}),
@@ -310,6 +321,7 @@ def test_schema(report, mkvx, library):
     validator.validate(report)
     for line in mkvx('check', '--format', 'jsonl', '--quick', library).lines():
         validator.validate(line)
+        assert not [t for t in line['tracks'] if 'units' in t], 'what was not counted is not 0'
     assert not validator.is_valid({**report, 'files': [{**report['files'][0], 'verdict': 'fine'}]})
 
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "base/Text.h"
 #include "check/Findings.h"
 #include "check/Remedy.h"
 #include "device/ElementIds.h"
@@ -30,19 +31,25 @@ std::vector<size_t> offeredPlaces(const std::vector<JudgedTrack>& tracks) {
 class Delivery {
   public:
     Delivery(const FileHead& head, const std::string& path, const JudgedTrack& track, const BlockTally& tally)
-        : mHead(head), mPath(path), mEntry(track.entry), mVerdict(*track.verdict), mTally(tally) {}
+        : mHead(head),
+          mPath(path),
+          mEntry(track.entry),
+          mVerdict(*track.verdict),
+          mCounts(*mVerdict.counts),
+          mTally(tally) {}
 
     void judge() {
-        mVerdict.blocks = mTally.blocks;
+        mCounts.blocks = mTally.blocks;
         if (!mVerdict.isOffered()) return;
         if (mTally.blocks == 0) return judgeSilence();
         judgeReading();
         judgeTimes();
         judgeLacing();
         if (mVerdict.kind == "subtitle")
-            mVerdict.unreadable = mTally.refused;
+            mCounts.unreadable = mTally.refused;
         else
             judgeReach();
+        judgeResult();
     }
 
     // After judge(): some blocks were not come to.
@@ -69,11 +76,20 @@ class Delivery {
             {code, weight, std::move(sentence), std::move(evidence), std::move(remedy)});
     }
 
+    // What keeps every unit of a track away keeps it from playing.
+    Weight lossOrAll() const { return mCounts.units == 0 ? Weight::kMute : Weight::kLoss; }
+
+    void judgeResult() {
+        const auto explains = [](const Finding& finding) { return finding.weight >= Weight::kMute; };
+        const auto& findings = mVerdict.findings;
+        if (mCounts.units > 0 || std::any_of(findings.begin(), findings.end(), explains)) return;
+        add("no_units", Weight::kMute, fmt::format("none of its {} arrives", counted(mTally.blocks, "block")),
+            std::nullopt);
+    }
+
     void judgeSilence() {
         if (isAllOnes(mVerdict.number)) return judgeUnknownNumber();
-        const bool isSubtitle = mVerdict.kind == "subtitle";
-        add("no_blocks", isSubtitle ? Weight::kNote : Weight::kMute, "the file has no block of it",
-            std::nullopt);
+        add("no_blocks", Weight::kMute, "the file has no block of it", std::nullopt);
     }
 
     void judgeUnknownNumber() {
@@ -87,7 +103,7 @@ class Delivery {
 
     void judgeReading() {
         if (mTally.refused > 0)
-            add("blocks_unreadable", Weight::kLoss,
+            add("blocks_unreadable", lossOrAll(),
                 fmt::format(
                     "{} of its {} blocks cannot be read ({}), and a player takes the first for the end",
                     mTally.refused, mTally.blocks, textOf(mTally.refusedFor).sentence),
@@ -129,10 +145,10 @@ class Delivery {
     }
 
     void judgeReach() {
-        const uint64_t met = mVerdict.units + mVerdict.unreadable;
+        const uint64_t met = mCounts.units + mCounts.unreadable;
         mIsCutShort = met < due();
         if (mIsCutShort)
-            add("blocks_unreached", Weight::kLoss,
+            add("blocks_unreached", lossOrAll(),
                 fmt::format("{} of its {} blocks lie where reading does not come", due() - met,
                             mTally.blocks),
                 std::nullopt, remuxCommand(mPath));
@@ -142,6 +158,7 @@ class Delivery {
     const std::string& mPath;
     const FileTrack& mEntry;
     TrackVerdict& mVerdict;
+    TrackCounts& mCounts;
     const BlockTally& mTally;
     bool mIsCutShort = false;
 };
@@ -179,8 +196,8 @@ class Arrivals {
         if (verdict.kind == "subtitle" && verdict.isOffered()) return addEvents(delivery, *track.verdict);
         delivery.judge();
         if (verdict.isOffered()) mArrives.insert(verdict.number);
-        if (delivery.isCutShort() && tally->second.payload > verdict.unitBytes)
-            mLost[verdict.number] = tally->second.payload - verdict.unitBytes;
+        if (delivery.isCutShort() && tally->second.payload > verdict.counts->unitBytes)
+            mLost[verdict.number] = tally->second.payload - verdict.counts->unitBytes;
     }
 
     ByteShares shares() const {
@@ -198,8 +215,8 @@ class Arrivals {
     void addEvents(Delivery& delivery, TrackVerdict& verdict) {
         const auto heard = mEvents.find(*verdict.index + 1);
         if (heard != mEvents.end()) {
-            verdict.units = heard->second.records;
-            verdict.unitBytes = heard->second.bytes;
+            verdict.counts->units = heard->second.records;
+            verdict.counts->unitBytes = heard->second.bytes;
             mArrives.insert(heard->first);
         }
         delivery.judge();

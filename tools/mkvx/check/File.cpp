@@ -77,6 +77,7 @@ struct Examined {
 Examined examineUnits(const Session& session, const CheckDepth& depth, const std::vector<JudgedTrack>& tracks,
                       CheckedFile& checked) {
     const FileHead& head = session.reader().head();
+    for (const JudgedTrack& track : tracks) track.verdict->counts.emplace();
     const ByteAccount account = accountBytes(session.newBytes(), depth.onBytes);
     const UnitPass pass = readAllUnits(session, checked.path, tracks, depth.onBytes);
     judgeStructure(head, account, checked);

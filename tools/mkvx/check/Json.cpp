@@ -97,10 +97,12 @@ Json trackJson(const TrackVerdict& track) {
     }
     if (track.dropped) json["dropped"] = findingJson(*track.dropped);
     json["findings"] = findingsJson(track.findings);
-    json["blocks"] = track.blocks;
-    json["units"] = track.units;
-    json["unit_bytes"] = track.unitBytes;
-    json["unreadable"] = track.unreadable;
+    if (const auto& counts = track.counts) {
+        json["blocks"] = counts->blocks;
+        json["units"] = counts->units;
+        json["unit_bytes"] = counts->unitBytes;
+        json["unreadable"] = counts->unreadable;
+    }
     return json;
 }
 
@@ -119,10 +121,8 @@ TrackVerdict readTrack(const Json& json) {
     }
     if (json.contains("dropped")) track.dropped = readFinding(json["dropped"]);
     track.findings = readFindings(json.at("findings"));
-    track.blocks = json.at("blocks");
-    track.units = json.at("units");
-    track.unitBytes = json.at("unit_bytes");
-    track.unreadable = json.at("unreadable");
+    if (json.contains("units"))
+        track.counts = {json.at("blocks"), json.at("units"), json.at("unit_bytes"), json.at("unreadable")};
     return track;
 }
 

@@ -65,6 +65,14 @@ struct ConfigSummary {
     std::vector<uint8_t> bytes;  // the first kMostBytes at most
 };
 
+// What reading a track to its end gave.
+struct TrackCounts {
+    uint64_t blocks = 0;      // in the file
+    uint64_t units = 0;       // delivered; subtitle events that reach this track's source
+    uint64_t unitBytes = 0;   // in them
+    uint64_t unreadable = 0;  // blocks that were due and could not be read
+};
+
 // One TrackEntry, in file order.
 struct TrackVerdict {
     uint64_t number = 0;          // TrackNumber
@@ -79,10 +87,7 @@ struct TrackVerdict {
     std::optional<Finding> dropped;
     std::vector<Finding> findings;  // what else is to be said of it
 
-    uint64_t blocks = 0;      // in the file
-    uint64_t units = 0;       // delivered; subtitle events that reach this track's source
-    uint64_t unitBytes = 0;   // in them
-    uint64_t unreadable = 0;  // blocks that were due and could not be read
+    std::optional<TrackCounts> counts;  // absent where the units were not read
 
     bool isOffered() const { return index.has_value(); }
 };

@@ -96,7 +96,8 @@ void trySeeks(const Session& session, CheckedFile& checked) {
     Trials trials(session);
     size_t tracks = 0;
     for (TrackVerdict& track : checked.tracks)
-        if (track.isOffered() && track.kind != "subtitle" && track.units > 0 && tracks++ < kMostTracks)
+        if (track.isOffered() && track.kind != "subtitle" && track.counts->units > 0 &&
+            tracks++ < kMostTracks)
             trials.run(checked.path, track);
 }
 

@@ -5,9 +5,9 @@
 
 namespace mkvx {
 
-// Tries the first video and audio tracks at the times that the index names, between them, and at either end,
-// a bounded number of places; adds a finding to a track of which a seek in front of the duration ends the
-// stream, whatever the reason.
+// Of a file whose units were read. Tries the first video and audio tracks at the times that the index names,
+// between them, and at either end, a bounded number of places; adds a finding to a track of which a seek in
+// front of the duration ends the stream, whatever the reason.
 void trySeeks(const Session& session, CheckedFile& checked);
 
 }  // namespace mkvx

@@ -85,8 +85,8 @@ class CheckPrinter {
     }
 
     static std::string unitsText(const TrackVerdict& track) {
-        return track.units > 0 ? "; " + counted(track.units, "unit") + ", " + counted(track.unitBytes, "byte")
-                               : std::string();
+        if (!track.counts || track.counts->units == 0) return {};
+        return "; " + counted(track.counts->units, "unit") + ", " + counted(track.counts->unitBytes, "byte");
     }
 
     void findingLines(const Finding& finding, const char* indent) {

@@ -16,7 +16,8 @@ namespace {
 // One track being read.
 struct Reading {
     TrackVerdict* verdict;
-    size_t ordinal;  // among the tracks of its kind
+    TrackCounts* counts;  // the verdict's
+    size_t ordinal;       // among the tracks of its kind
     std::unique_ptr<TrackReader> reader;
     bool hasNalLengths;
     int64_t timeUs = INT64_MIN;
@@ -35,8 +36,8 @@ void readOne(Reading& reading) {
     unit->meta_data()->findInt64(android::kKeyTime, &timeUs);
     reading.timeUs = timeUs;
     reading.lastUs = std::max(reading.lastUs.value_or(timeUs), timeUs);
-    ++reading.verdict->units;
-    reading.verdict->unitBytes += unit->range_length();
+    ++reading.counts->units;
+    reading.counts->unitBytes += unit->range_length();
     if (reading.hasNalLengths && unit->range_length() < reading.reader->storedSize()) ++reading.cut;
 }
 
@@ -63,6 +64,7 @@ Reading startReading(const Session& session, const JudgedTrack& judged, EventTal
     auto twin = session.reader().cursor(track.number, isMaster ? OnEvent(count) : nullptr);
     Reading reading;
     reading.verdict = &verdict;
+    reading.counts = &*verdict.counts;
     reading.ordinal = judged.ordinal;
     reading.reader = std::make_unique<TrackReader>(session.newSource(track.index), std::move(twin));
     reading.hasNalLengths = hasNalLengths(verdict.mime);
@@ -94,13 +96,13 @@ UnitPass readAllUnits(const Session& session, const std::string& path, const std
     UnitPass pass;
     std::vector<Reading> readings = startReadings(session, tracks, pass.events);
     while (Reading* reading = furthestBehind(readings)) {  // each step moves one track on
-        const uint64_t before = reading->verdict->unitBytes;
+        const uint64_t before = reading->counts->unitBytes;
         readOne(*reading);
         pass.lastUs = std::max(pass.lastUs, reading->lastUs);
-        if (onBytes) onBytes(reading->verdict->unitBytes - before);
+        if (onBytes) onBytes(reading->counts->unitBytes - before);
     }
     for (const Reading& reading : readings) {
-        reading.verdict->unreadable = reading.reader->unreadable();
+        reading.counts->unreadable = reading.reader->unreadable();
         if (reading.cut > 0) tellCut(session.reader().head(), path, reading);
     }
     return pass;

@@ -24,11 +24,10 @@ struct UnitPass {
 };
 
 // Reads each offered track to its end as a player does that goes on past units it cannot get, the track that
-// is furthest behind first, and takes subtitle events as soon as they are there. Adds to the tracks' counts
-// and findings, but for subtitles. Keeps no more than a unit a track. `onBytes`, where there is one, gets the
-// size of each unit.
-UnitPass readAllUnits(const Session& session, const std::string& path,
-                          const std::vector<JudgedTrack>& tracks,
-                          const std::function<void(uint64_t)>& onBytes);
+// is furthest behind first, and takes subtitle events as soon as they are there. Adds to the tracks' counts,
+// which are there, and findings, but for subtitles. Keeps no more than a unit a track. `onBytes`, where there
+// is one, gets the size of each unit.
+UnitPass readAllUnits(const Session& session, const std::string& path, const std::vector<JudgedTrack>& tracks,
+                      const std::function<void(uint64_t)>& onBytes);
 
 }  // namespace mkvx

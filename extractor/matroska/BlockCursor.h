@@ -18,8 +18,9 @@ class BlockCursor {
     // ends.
     bool MoveToNext(MatroskaExtReader::CMatroskaFile* file, MatroskaExtReader::CMatroskaNode* cluster);
 
-    // Passes over blocks of other tracks that somebody has walked over before; stands on the last of them.
-    void PassOthers(uint64_t track) { mIndex = mRun->LastBefore(mIndex, track); }
+    // The next block of `track` among those that somebody has walked over before. Without one it stands on
+    // the last of them, and all behind it are to be walked over.
+    bool MoveToKnown(uint64_t track) { return mRun->FindKnown(track, &mIndex); }
 
     const MatroskaExtReader::BlockHead& Head() const { return mRun->At(mIndex); }
     // The Cluster has a Timecode, and its value in timecode units.

@@ -11,6 +11,7 @@
 #include <new>
 
 #include "matroska/MetaDataKeys.h"
+#include "matroska/reader/Lacing.h"
 #include "matroska/reader/OrderedSearch.h"
 
 namespace android {
@@ -27,6 +28,12 @@ long long AddTimes(long long a, long long b) {
     return static_cast<long long>(AddWrapping(static_cast<uint64_t>(a), static_cast<uint64_t>(b)));
 }
 
+// What is delivered is what is stored, with nothing added to it.
+bool IsPlain(const TrackEntry* track) {
+    return track == nullptr ||
+           (!track->IsDecoded() && track->StrippedHeaderBytes == 0 && track->SubtitleType == kSubtitleNone);
+}
+
 }  // namespace
 
 MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlockPos, unsigned int stripSize,
@@ -38,6 +45,7 @@ MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlo
       mStripSize(stripSize),
       mTrackNumber(trackNumber),
       mTrack(file->FindTrack(trackNumber)),
+      mIsPlain(IsPlain(mTrack)),
       mIndexCursor(0),
       mLastSubtitleTrack(-1),
       mSubtitleMergeDecided(false),
@@ -55,19 +63,41 @@ void MatroskaExtIterator::reset() {
 // --------------------------------------------------------------------------------------------------
 
 bool MatroskaExtIterator::advance() {
-    // With a block pending already each step counts, whoever has walked here before.
-    const bool wantsOthers = CollectsSubtitles() || !mPendingBlocks.empty();
+    if (!mPendingBlocks.empty()) return AdvanceByOne();
+    while (StepToOwnBlock()) {  // bounded: every step moves forward in the file
+        if (AppendPending(mBlock.Head())) return true;
+    }
+    return false;
+}
+
+// With a block pending already each step counts, whoever has walked here before.
+bool MatroskaExtIterator::AdvanceByOne() {
+    if (!StepToNextBlock(true)) {
+        mEOS = true;
+        return false;
+    }
+    if (IsOwn(mBlock.Head())) {
+        (void)AppendPending(mBlock.Head());
+    } else {
+        PassForeignBlock();
+    }
+    return true;
+}
+
+// False at the end of the Segment, which it notes.
+bool MatroskaExtIterator::StepToOwnBlock() {
+    const bool wantsOthers = CollectsSubtitles();
     while (StepToNextBlock(wantsOthers)) {  // bounded: every step moves forward in the file
-        TakeBlock();
-        if (!mPendingBlocks.empty()) return true;
+        if (IsOwn(mBlock.Head())) return true;
+        PassForeignBlock();
     }
     mEOS = true;
     return false;
 }
 
 bool MatroskaExtIterator::StepToNextBlock(bool wantsOthers) {
+    if (!wantsOthers && mBlock.IsValid() && mBlock.MoveToKnown(mTrackNumber)) return true;
     if (mCluster == nullptr || !mCluster->IsValid()) return false;
-    if (mBlock.IsValid() && !wantsOthers) mBlock.PassOthers(mTrackNumber);
     if (mBlock.IsValid() ? mBlock.MoveToNext(mFile, mCluster.get()) : EnterCluster()) return true;
     do {  // bounded: every step moves forward in the file
         mBlock.Clear();
@@ -88,16 +118,10 @@ bool MatroskaExtIterator::EnterCluster() {
     return true;
 }
 
-// Makes the block that the walk stands on pending when it is this track's own. The master track's iterator
-// queues what belongs to a subtitle track; anything else is passed over.
-void MatroskaExtIterator::TakeBlock() {
-    const BlockHead& head = mBlock.Head();
-    if (head.header.trackNumber == mTrackNumber) {
-        (void)AppendPending(head);
-        return;
-    }
+// The master track's iterator queues what belongs to a subtitle track; anything else is passed over.
+void MatroskaExtIterator::PassForeignBlock() {
     // Deliberate: a foreign number is cut to 32 bits. An event that cannot be read is dropped.
-    (void)collectSubtitles(static_cast<unsigned int>(head.header.trackNumber));
+    (void)collectSubtitles(static_cast<unsigned int>(mBlock.Head().header.trackNumber));
 }
 
 // False, with a loss, where memory is refused.
@@ -122,9 +146,8 @@ bool MatroskaExtIterator::HasPending() {
     return !mPendingBlocks.empty() || (!mEOS && advance());
 }
 
-long long MatroskaExtIterator::BlockTimeUs(const BlockGroup& group) const {
-    const uint64_t units =
-        AddWrapping(static_cast<uint64_t>(group.Block.TimeCode.Get()), mClusterInfo->Timecode.Get());
+long long MatroskaExtIterator::BlockTimeUs(int64_t timeCode) const {
+    const uint64_t units = AddWrapping(static_cast<uint64_t>(timeCode), mClusterInfo->Timecode.Get());
     return static_cast<long long>(mFile->ToMicroseconds(units));
 }
 
@@ -145,9 +168,68 @@ status_t MatroskaExtIterator::read(MediaBuffer** out, const MediaSource::ReadOpt
         if (options->getSeekTo(&seekTimeUs, &mode)) ServeSeek(seekTimeUs);
         lateByUs = options->getLateBy();
     }
+    if (mIsPlain && mPendingBlocks.empty() && lateByUs <= kTolerableLatenessUs) return ReadStraight(out);
     if (!HasPending()) return ERROR_END_OF_STREAM;
     SkipWhenLate(lateByUs);
     return ReadPending(out);
+}
+
+// The usual case of read(): nothing is pending, nobody is late, and the next block is stored as it is
+// delivered, so that it goes from the run of headers into a buffer.
+status_t MatroskaExtIterator::ReadStraight(MediaBuffer** out) {
+    if (mEOS || !StepToOwnBlock()) return ERROR_END_OF_STREAM;
+    const BlockHead& head = mBlock.Head();
+    if (head.header.Lacing() == kLacingNone) return ReadUnlaced(head, out);
+    if (!AppendPending(head) && !advance()) return ERROR_END_OF_STREAM;
+    SkipWhenLate(0);
+    return ReadPending(out);
+}
+
+status_t MatroskaExtIterator::ReadUnlaced(const BlockHead& head, MediaBuffer** out) {
+    const BlockHeader& block = head.header;
+    const long long timeUs = BlockTimeUs(block.timeCode);
+    MoveIndexCursor(timeUs);
+    mLastPosition = block.dataPosition;
+    if (!block.IsDeliverable(*mFile)) {
+        mFile->Losses.Add(LossKind::kBeyondSource, block.dataPosition, block.dataSize);
+        return ERROR_END_OF_STREAM;
+    }
+    const uint32_t size = static_cast<uint32_t>(block.dataSize);
+    MediaBuffer* buffer = NewBuffer(block.dataPosition, size, timeUs, !head.hasReference);
+    if (buffer == nullptr) return ERROR_END_OF_STREAM;
+    mFile->SeekTo(block.dataPosition);
+    if (Failed(mFile->Read(static_cast<uint8_t*>(buffer->data()), size))) {
+        buffer->release();
+        return ERROR_END_OF_STREAM;
+    }
+    if (static_cast<int64_t>(block.dataPosition) == mStripBlockPos) StripFront(buffer, size);
+    *out = buffer;
+    return OK;
+}
+
+// A buffer of `size` bytes with its time and sync flag, for the block whose payload is at `position`. Null,
+// with a loss, where memory is refused.
+MediaBuffer* MatroskaExtIterator::NewBuffer(uint64_t position, uint32_t size, long long timeUs, bool isSync) {
+    MediaBuffer* buffer = new MediaBuffer(size);
+    if (buffer->data() == nullptr && size != 0) {  // which the buffer does not say
+        mFile->Losses.Add(LossKind::kRefusedAllocation, position, size);
+        buffer->release();
+        return nullptr;
+    }
+    const sp<MetaData> meta = buffer->meta_data();
+    meta->setInt32(kKeyIsSyncFrame, isSync ? 1 : 0);  // the lower key first: the other goes behind it
+    meta->setInt64(kKeyTime, timeUs);
+    return buffer;
+}
+
+void MatroskaExtIterator::StripFront(MediaBuffer* buffer, size_t length) const {
+    const size_t offset = std::min<size_t>(mStripSize, length);
+    buffer->set_range(offset, length - offset);
+}
+
+void MatroskaExtIterator::MoveIndexCursor(long long timeUs) {
+    const Array<IndexItem>& index = mFile->Index();
+    if (mIndexCursor < index.size() && index[mIndexCursor].Time < timeUs) ++mIndexCursor;
 }
 
 // Seeks, and sets the index cursor on the first entry behind the target.
@@ -164,7 +246,7 @@ void MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
     const Array<IndexItem>& index = mFile->Index();
     while (mIndexCursor < index.size()) {  // bounded: a second round has no lateness
         const long long timeUs = BlockTimeUs(*mPendingBlocks.front());
-        if (index[mIndexCursor].Time < timeUs) ++mIndexCursor;
+        MoveIndexCursor(timeUs);
         if (lateByUs <= kTolerableLatenessUs || mIndexCursor >= index.size()) break;
         const IndexItem entry = index[mIndexCursor];
         __android_log_print(ANDROID_LOG_WARN, LOG_TAG,
@@ -192,7 +274,7 @@ void MatroskaExtIterator::JumpTo(const IndexItem& entry) {
 bool MatroskaExtIterator::OwnBlockFollows() {
     const Place here = CurrentPlace();
     bool isFound = false;
-    while (!isFound && StepToNextBlock(false)) isFound = mBlock.Head().header.trackNumber == mTrackNumber;
+    while (!isFound && StepToNextBlock(false)) isFound = IsOwn(mBlock.Head());
     StandAt(here);
     return isFound;
 }
@@ -222,19 +304,13 @@ status_t MatroskaExtIterator::ReadPending(MediaBuffer** out) {
 MediaBuffer* MatroskaExtIterator::ReadBlock(BlockGroup& group, const TrackEntry* track) {
     const uint32_t size = group.Block.GetSize(AnyNode(), track);
     if (group.Block.IsRefused()) return nullptr;
-    MediaBuffer* buffer = new MediaBuffer(size);
-    if (buffer->data() == nullptr &&
-        size != 0) {  // the allocation was refused, which the buffer does not say
-        mFile->Losses.Add(LossKind::kRefusedAllocation, group.Block.DataPosition, size);
+    MediaBuffer* buffer = NewBuffer(group.Block.DataPosition, size, BlockTimeUs(group), group.IsKeyFrame());
+    if (buffer == nullptr) {
         group.Block.DropFrame();
-        buffer->release();
         return nullptr;
     }
-    const sp<MetaData> meta = buffer->meta_data();
-    meta->setInt64(kKeyTime, BlockTimeUs(group));
-    meta->setInt32(kKeyIsSyncFrame, group.IsKeyFrame() ? 1 : 0);
     if (track != nullptr && track->SubtitleType != kSubtitleNone) {
-        meta->setInt64(kKeySubtitleEnd, EndTimeUs(group));
+        buffer->meta_data()->setInt64(kKeySubtitleEnd, EndTimeUs(group));
     }
     long sizeRead = static_cast<long>(size);
     const Result result = group.Block.Read(AnyNode(), track, static_cast<uint8_t*>(buffer->data()), sizeRead,
@@ -244,9 +320,8 @@ MediaBuffer* MatroskaExtIterator::ReadBlock(BlockGroup& group, const TrackEntry*
         return nullptr;
     }
     const size_t length = static_cast<size_t>(sizeRead);
-    const bool isStripped = static_cast<int64_t>(group.Block.DataPosition) == mStripBlockPos;
-    const size_t offset = isStripped ? std::min<size_t>(mStripSize, length) : 0;
-    buffer->set_range(offset, length - offset);
+    buffer->set_range(0, length);
+    if (static_cast<int64_t>(group.Block.DataPosition) == mStripBlockPos) StripFront(buffer, length);
     return buffer;
 }
 

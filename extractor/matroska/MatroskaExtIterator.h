@@ -88,15 +88,22 @@ class MatroskaExtIterator {
     // To the next block, whose it may be; unless others are wanted, past those that are known not to be this
     // track's.
     bool StepToNextBlock(bool wantsOthers);
+    bool StepToOwnBlock();
+    bool AdvanceByOne();
     bool EnterCluster();
-    void TakeBlock();
+    bool IsOwn(const MatroskaExtReader::BlockHead& head) const {
+        return head.header.trackNumber == mTrackNumber;
+    }
+    void PassForeignBlock();
     bool AppendPending(const MatroskaExtReader::BlockHead& head);
     void PopPending();
     void ClearPending();
     bool HasPending();
     Place CurrentPlace() const;
     void StandAt(const Place& place);
-    long long BlockTimeUs(const BlockGroup& group) const;
+    // Of a block that is `timeCode` away from its Cluster's Timecode.
+    long long BlockTimeUs(int64_t timeCode) const;
+    long long BlockTimeUs(const BlockGroup& group) const { return BlockTimeUs(group.Block.TimeCode.Get()); }
     long long EndTimeUs(const BlockGroup& group) const;
     MatroskaExtReader::CMatroskaNode* AnyNode() const { return mFile->SegmentNode(); }
 
@@ -105,7 +112,12 @@ class MatroskaExtIterator {
     void SkipWhenLate(long long lateByUs);
     void JumpTo(const MatroskaExtReader::IndexItem& entry);
     bool OwnBlockFollows();
+    void MoveIndexCursor(long long timeUs);
+    status_t ReadStraight(MediaBuffer** out);
+    status_t ReadUnlaced(const MatroskaExtReader::BlockHead& head, MediaBuffer** out);
     status_t ReadPending(MediaBuffer** out);
+    MediaBuffer* NewBuffer(uint64_t position, uint32_t size, long long timeUs, bool isSync);
+    void StripFront(MediaBuffer* buffer, size_t length) const;
     // The frame of `group` in a new buffer with its metadata and range set; null when it cannot be read.
     MediaBuffer* ReadBlock(BlockGroup& group, const MatroskaExtReader::TrackEntry* track);
 
@@ -145,6 +157,7 @@ class MatroskaExtIterator {
     uint32_t mStripSize;
     uint32_t mTrackNumber;
     const MatroskaExtReader::TrackEntry* mTrack;  // null for a number that the file does not know
+    bool mIsPlain;                                // the track's blocks are delivered as they are stored
     uint32_t mIndexCursor;                        // into the file's sync index, for late-frame skipping
     uint64_t mLastPosition = 0;
     uint64_t mScannedBlocks = 0;  // by seeks, as a measure of their work

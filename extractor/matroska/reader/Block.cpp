@@ -99,10 +99,6 @@ Result SimpleBlock::Parse(CMatroskaNode* node) {
     return kOk;
 }
 
-bool SimpleBlock::IsDeliverable(const CMatroskaFile& file) const {
-    return DataSize <= UINT32_MAX && file.CanDeliver(DataPosition, DataSize);
-}
-
 Result BlockGroup::Parse(CMatroskaNode* node) {
     static const ChildRow<BlockGroup> kRows[] = {
         {id::kBlock, [](BlockGroup& group, CMatroskaNode* child) { return group.Block.Parse(child); }},
@@ -197,7 +193,7 @@ Result SimpleBlock::Refuse(CMatroskaNode* node, LossKind kind) {
 
 Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool sizesOnly) {
     CMatroskaFile* file = node->File();
-    if (!IsDeliverable(*file)) return Refuse(node, LossKind::kBeyondSource);
+    if (!Header().IsDeliverable(*file)) return Refuse(node, LossKind::kBeyondSource);
     file->SeekTo(DataPosition);
     FramesPosition = DataPosition;
     const size_t firstSize = FrameSizes.size();  // a block that is parsed again has its sizes twice
@@ -270,7 +266,7 @@ uint32_t SimpleBlock::GetSize(CMatroskaNode* node, const TrackEntry* track) {
         size = mIsRefused ? 0 : RestoredSize(*track);
         if (size > DataSize && size > MostRestoredBytes(*node->File()))
             (void)Refuse(node, LossKind::kTooLarge);
-    } else if (!mIsRefused && !IsDeliverable(*node->File())) {
+    } else if (!mIsRefused && !Header().IsDeliverable(*node->File())) {
         (void)Refuse(node, LossKind::kBeyondSource);
     }
     return mIsRefused ? 0 : static_cast<uint32_t>(size);

@@ -17,10 +17,8 @@ size_t SetOf(uint64_t key) {
 }  // namespace
 
 BlockHead BlockHead::Of(const BlockGroup& group) {
-    const SimpleBlock& block = group.Block;
     BlockHead head;
-    head.header = BlockHeader{block.TrackNumber.Get(), block.DataPosition, block.DataSize,
-                              static_cast<int16_t>(block.TimeCode.Get()), block.Flags.Get()};
+    head.header = group.Block.Header();
     head.duration = group.BlockDuration.Get();
     head.reference = group.ReferenceBlock.Get();
     head.hasReference = group.ReferenceBlock.IsSet();

@@ -47,10 +47,15 @@ class BlockRun : public android::RefBase {
     // Makes block `index` known. False when the Cluster has no such block behind the ones before it.
     bool Reach(size_t index) { return index < mHeads.size() || Walk(index); }
     const BlockHead& At(size_t index) const { return mHeads[index]; }
-    // The last block before the next one of `track`, from `index` on, as far as the blocks are known already.
-    size_t LastBefore(size_t index, uint64_t track) const {
-        while (HasSound(index + 1) && mHeads[index + 1].header.trackNumber != track) ++index;
-        return index;
+    // Moves `index` to the next block of `track`, as far as the blocks are known already; without one to the
+    // last that is known.
+    bool FindKnown(uint64_t track, size_t* index) const {
+        const size_t sound = mIsDoubtful ? 0 : mHeads.size();
+        size_t i = *index + 1;
+        while (i < sound && mHeads[i].header.trackNumber != track) ++i;
+        const bool isFound = i < sound;
+        *index = isFound ? i : i - 1;
+        return isFound;
     }
     bool IsFull() const { return mHeads.size() == kBlocks || mIsCut; }
     bool IsDoubtful() const { return mIsDoubtful; }

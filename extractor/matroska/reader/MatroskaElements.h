@@ -372,6 +372,10 @@ struct BlockHeader {
     uint64_t dataSize;      // bytes from there to the block's own end
     int16_t timeCode;       // timecode units relative to the Cluster's
     uint8_t flags;
+
+    uint32_t Lacing() const { return (flags >> 1) & 3u; }
+    // The whole block lies within what the source can deliver and its size fits the interfaces.
+    bool IsDeliverable(const CMatroskaFile& file) const;
 };
 
 constexpr uint8_t kKeyFrameFlag = 0x80;  // of a SimpleBlock
@@ -394,6 +398,9 @@ class SimpleBlock {
         DataPosition = header.dataPosition;
         DataSize = header.dataSize;
     }
+    BlockHeader Header() const {
+        return {TrackNumber.Get(), DataPosition, DataSize, static_cast<int16_t>(TimeCode.Get()), Flags.Get()};
+    }
     // Decodes the lacing header into FrameSizes, and unless `sizesOnly` reads and expands every frame. A
     // failure means that a lace does not fit the block or cannot be read: Read then refuses the block as a
     // whole.
@@ -409,8 +416,6 @@ class SimpleBlock {
         if (!DecodedFrames.empty()) DecodedFrames.PopFront();
     }
 
-    // The whole block lies within what the source can deliver and its size fits the interfaces.
-    bool IsDeliverable(const CMatroskaFile& file) const;
     // GetSize or ParseData found that the block cannot be delivered.
     bool IsRefused() const { return mIsRefused; }
     bool IsKeyFrameFlagged() const { return (Flags.Get() & kKeyFrameFlag) != 0; }

@@ -238,4 +238,8 @@ class CMatroskaFile {
     Inflater mInflater;
 };
 
+inline bool BlockHeader::IsDeliverable(const CMatroskaFile& file) const {
+    return dataSize <= UINT32_MAX && file.CanDeliver(dataPosition, dataSize);
+}
+
 }  // namespace MatroskaExtReader

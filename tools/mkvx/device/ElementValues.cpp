@@ -73,7 +73,7 @@ void readBlock(CMatroskaNode* node, const ValueContext& context, Element& elemen
     value.flags = block.Flags.Get();
     if (context.clusterTime)
         value.timeUs = unitsToUs(__int128(*context.clusterTime) + value.timecode, context.scale);
-    if (!block.IsDeliverable(*node->File()))
+    if (!block.Header().IsDeliverable(*node->File()))
         element.notes.emplace_back("its bytes are not all there: the plug-in drops it");
     else if (Failed(block.ParseData(node, nullptr, true)))
         element.notes.emplace_back(

@@ -1,9 +1,11 @@
 #include "BufferStock.h"
 
 #include <pthread.h>
+#include <stdlib.h>
 
 #include <atomic>
 #include <new>
+#include <utility>
 
 #if defined(__has_feature)
 #define STOCK_HAS_FEATURE(name) __has_feature(name)
@@ -22,6 +24,16 @@ constexpr bool kStocking = true;
 #endif
 
 constexpr size_t kMostKept = 64;
+
+// Units of up to so many bytes take a place of that size.
+constexpr size_t kSmallBytes = 256;
+
+// The large unit that is kept serves one of at least half its size.
+constexpr size_t kLeastLarge = 128u << 10, kMostLarge = 4u << 20;
+
+constexpr bool isLarge(size_t size) {
+    return size >= kLeastLarge && size <= kMostLarge;
+}
 
 template <typename T>
 struct Shelf {
@@ -42,6 +54,9 @@ struct Stock {
     bool isOpen;               // its end has been arranged for
     Shelf<MetaData> metaData;  // each with one strong reference, which is the stock's
     Shelf<void> shells;
+    Shelf<void> small;  // kSmallBytes each
+    void* large;
+    size_t largeSize;
 };
 
 // The library is loaded with the program, so the cheap kind of thread-local access is open to it.
@@ -53,6 +68,8 @@ pthread_once_t gEndOnce = PTHREAD_ONCE_INIT;
 void emptyStock(void*) {
     while (MetaData* metaData = tStock.metaData.take()) metaData->decStrong(nullptr);
     while (void* shell = tStock.shells.take()) ::operator delete(shell);
+    while (void* bytes = tStock.small.take()) free(bytes);
+    free(std::exchange(tStock.large, nullptr));
     tStock.isOpen = false;  // what comes back later in the thread's end opens it again
 }
 
@@ -74,6 +91,19 @@ bool isSoleReference(const MetaData* metaData) {
     std::atomic_thread_fence(std::memory_order_acquire);
 #endif
     return true;
+}
+
+bool servesLarge(size_t size) {
+    return tStock.large != nullptr && size <= tStock.largeSize && size >= tStock.largeSize / 2;
+}
+
+// Keeps the larger of two.
+void keepLarge(void* bytes, size_t size) {
+    if (tStock.large == nullptr || size > tStock.largeSize) {
+        std::swap(bytes, tStock.large);
+        tStock.largeSize = size;
+    }
+    free(bytes);
 }
 
 }  // namespace
@@ -100,6 +130,20 @@ void* TakeShell(size_t size) {
 
 void ReturnShell(void* shell) {
     if (!isStockOpen() || !tStock.shells.put(shell)) ::operator delete(shell);
+}
+
+void* TakeBytes(size_t size) {
+    if (kStocking && size <= kSmallBytes) {
+        void* taken = tStock.small.take();
+        return taken != nullptr ? taken : malloc(kSmallBytes);
+    }
+    return servesLarge(size) ? std::exchange(tStock.large, nullptr) : malloc(size);
+}
+
+void ReturnBytes(void* bytes, size_t size) {
+    if (size <= kSmallBytes && isStockOpen() && tStock.small.put(bytes)) return;
+    if (isLarge(size) && isStockOpen()) return keepLarge(bytes, size);
+    free(bytes);
 }
 
 }  // namespace android

@@ -1,6 +1,7 @@
-// The stock that MediaBuffer lives on: empty MetaData objects, and memory for MediaBuffer objects.
+// The stock that MediaBuffer lives on: empty MetaData objects, memory for MediaBuffer objects and for their
+// bytes.
 //
-// Every access unit needs one of each, and making them costs three allocations and as many frees. Each thread
+// Every access unit needs one of each, and making them costs four allocations and as many frees. Each thread
 // has a stock of its own, bounded, freed when the thread ends: nothing locks and nothing waits. A thread that
 // only takes, as one that reads units for another to release does, finds it empty and allocates; one that
 // only returns keeps it full. Empty under the address sanitizer, so that a use after release shows.
@@ -22,5 +23,10 @@ void ReturnMetaData(MetaData* metaData);
 // Uninitialised memory for one MediaBuffer; as operator new and delete.
 void* TakeShell(size_t size);
 void ReturnShell(void* shell);
+
+// Uninitialised memory for `size` bytes; null where malloc refuses it. What is kept: bytes of a few small
+// units, and those of one large one, whose pages malloc would give back to the system and take anew.
+void* TakeBytes(size_t size);
+void ReturnBytes(void* bytes, size_t size);
 
 }  // namespace android

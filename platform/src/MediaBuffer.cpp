@@ -2,7 +2,7 @@
 
 #include <media/stagefright/MediaBuffer.h>
 
-#include <stdlib.h>
+#include <stdint.h>
 
 #include <host/AllocationLimit.h>
 #include <media/stagefright/MetaData.h>
@@ -19,7 +19,7 @@ namespace {
 std::atomic<size_t> gAllocationLimit{SIZE_MAX};
 
 void* allocateData(size_t size) {
-    return size > gAllocationLimit.load(std::memory_order_relaxed) ? nullptr : malloc(size);
+    return size > gAllocationLimit.load(std::memory_order_relaxed) ? nullptr : TakeBytes(size);
 }
 
 }  // namespace
@@ -72,7 +72,7 @@ void MediaBuffer::operator delete(void* memory, size_t size) {
 
 MediaBuffer::~MediaBuffer() {
     CHECK(mObserver == NULL);
-    if (mOwnsData) free(mData);
+    if (mOwnsData && mData != nullptr) ReturnBytes(mData, mSize);
     if (mOriginal != nullptr) mOriginal->release();
     ReturnMetaData(mMetaData);
 }

@@ -27,6 +27,7 @@ LOCAL_SRC_FILES := \
     extractor/matroska/SubtitleMerge.cpp \
     extractor/matroska/reader/Attachments.cpp \
     extractor/matroska/reader/Block.cpp \
+    extractor/matroska/reader/BlockHead.cpp \
     extractor/matroska/reader/BlockRuns.cpp \
     extractor/matroska/reader/Chapters.cpp \
     extractor/matroska/reader/ContentEncodings.cpp \

@@ -16,6 +16,7 @@ set(EXTRACTOR_SOURCES
   matroska/SubtitleMerge.cpp
   matroska/reader/Attachments.cpp
   matroska/reader/Block.cpp
+  matroska/reader/BlockHead.cpp
   matroska/reader/BlockRuns.cpp
   matroska/reader/Chapters.cpp
   matroska/reader/ContentEncodings.cpp

@@ -17,6 +17,7 @@ constexpr uint32_t kMostThumbnailLooks = 19;
 bool MatroskaExtIterator::OpenCluster(uint64_t clusterPosition) {
     mBlock.Clear();
     if (mFile->SegmentNode() == nullptr) return false;
+    const CMatroskaFile::Heads heads(mFile);
     mFile->SeekTo(AddWrapping(mFile->Segment.DataStart, clusterPosition));
     mCluster = new CMatroskaNode(mFile->SegmentNode());
     if (!mCluster->IsValid() || mCluster->Id() != id::kCluster) return false;

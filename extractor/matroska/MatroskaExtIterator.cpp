@@ -11,7 +11,6 @@
 #include <new>
 
 #include "matroska/MetaDataKeys.h"
-#include "matroska/reader/Lacing.h"
 #include "matroska/reader/OrderedSearch.h"
 
 namespace android {
@@ -98,6 +97,7 @@ bool MatroskaExtIterator::StepToOwnBlock() {
 bool MatroskaExtIterator::StepToNextBlock(bool wantsOthers) {
     if (!wantsOthers && mBlock.IsValid() && mBlock.MoveToKnown(mTrackNumber)) return true;
     if (mCluster == nullptr || !mCluster->IsValid()) return false;
+    const CMatroskaFile::Heads heads(mFile);
     if (mBlock.IsValid() ? mBlock.MoveToNext(mFile, mCluster.get()) : EnterCluster()) return true;
     do {  // bounded: every step moves forward in the file
         mBlock.Clear();
@@ -179,13 +179,13 @@ status_t MatroskaExtIterator::read(MediaBuffer** out, const MediaSource::ReadOpt
 status_t MatroskaExtIterator::ReadStraight(MediaBuffer** out) {
     if (mEOS || !StepToOwnBlock()) return ERROR_END_OF_STREAM;
     const BlockHead& head = mBlock.Head();
-    if (head.header.Lacing() == kLacingNone) return ReadUnlaced(head, out);
+    if (head.knowsFrames) return ReadFrames(head, out);
     if (!AppendPending(head) && !advance()) return ERROR_END_OF_STREAM;
     SkipWhenLate(0);
     return ReadPending(out);
 }
 
-status_t MatroskaExtIterator::ReadUnlaced(const BlockHead& head, MediaBuffer** out) {
+status_t MatroskaExtIterator::ReadFrames(const BlockHead& head, MediaBuffer** out) {
     const BlockHeader& block = head.header;
     const long long timeUs = BlockTimeUs(block.timeCode);
     MoveIndexCursor(timeUs);
@@ -197,12 +197,14 @@ status_t MatroskaExtIterator::ReadUnlaced(const BlockHead& head, MediaBuffer** o
     const uint32_t size = static_cast<uint32_t>(block.dataSize);
     MediaBuffer* buffer = NewBuffer(block.dataPosition, size, timeUs, !head.hasReference);
     if (buffer == nullptr) return ERROR_END_OF_STREAM;
-    mFile->SeekTo(block.dataPosition);
-    if (Failed(mFile->Read(static_cast<uint8_t*>(buffer->data()), size))) {
+    const uint32_t length = static_cast<uint32_t>(head.FramesSize());
+    mFile->SeekTo(head.FramesPosition());
+    if (Failed(mFile->Read(static_cast<uint8_t*>(buffer->data()), length))) {
         buffer->release();
         return ERROR_END_OF_STREAM;
     }
-    if (static_cast<int64_t>(block.dataPosition) == mStripBlockPos) StripFront(buffer, size);
+    if (length != size) buffer->set_range(0, length);
+    if (static_cast<int64_t>(block.dataPosition) == mStripBlockPos) StripFront(buffer, length);
     *out = buffer;
     return OK;
 }

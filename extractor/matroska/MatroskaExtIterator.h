@@ -114,7 +114,7 @@ class MatroskaExtIterator {
     bool OwnBlockFollows();
     void MoveIndexCursor(long long timeUs);
     status_t ReadStraight(MediaBuffer** out);
-    status_t ReadUnlaced(const MatroskaExtReader::BlockHead& head, MediaBuffer** out);
+    status_t ReadFrames(const MatroskaExtReader::BlockHead& head, MediaBuffer** out);
     status_t ReadPending(MediaBuffer** out);
     MediaBuffer* NewBuffer(uint64_t position, uint32_t size, long long timeUs, bool isSync);
     void StripFront(MediaBuffer* buffer, size_t length) const;

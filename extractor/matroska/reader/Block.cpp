@@ -76,11 +76,8 @@ BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end
     BlockHeader header = {};
     file.SeekTo(position);
     const bool isCut = !file.Take(bytes, 1 + kBehindNumber);
-    if (bytes[0] > 0x80 && bytes[0] < 0xFF) {
-        header.trackNumber = bytes[0] & 0x7Fu;
-        TakeRest(&header, bytes + 1, position + 4, end);
-        return header;
-    }
+    if (TakeShortHeader(bytes, position, end, &header)) return header;
+    header = BlockHeader();
     ZerosBehind zeros = {&file, isCut};
     const unsigned length = TakeNumber(SizeLength, zeros, bytes, 1 + kBehindNumber, kBehindNumber);
     const unsigned numberBytes = length == 0 ? 1 : length;  // a byte that begins no number is passed over

@@ -8,6 +8,9 @@ using android::sp;
 
 namespace {
 
+// Where blocks are no larger, their headers are read together.
+constexpr uint64_t kSmallBlock = 400;
+
 // Positions of neighbouring Clusters spread over the sets (Fibonacci hashing).
 size_t SetOf(uint64_t key) {
     static_assert(BlockRunCache::kRuns / BlockRunCache::kWays == 16, "the shift keeps four bits");
@@ -16,27 +19,13 @@ size_t SetOf(uint64_t key) {
 
 }  // namespace
 
-BlockHead BlockHead::Of(const BlockGroup& group) {
-    BlockHead head;
-    head.header = group.Block.Header();
-    head.duration = group.BlockDuration.Get();
-    head.reference = group.ReferenceBlock.Get();
-    head.hasReference = group.ReferenceBlock.IsSet();
-    head.hasDuration = group.BlockDuration.IsSet();
-    return head;
-}
-
-// The key-frame bit of a SimpleBlock speaks from here on as the absence of a reference does in a group.
-BlockHead BlockHead::OfSimpleBlock(const BlockHeader& header) {
-    return BlockHead{header, 0, 0, (header.flags & kKeyFrameFlag) == 0, false};
-}
-
 void BlockRun::Restart(uint64_t key, bool isFirst) {
     mKey = key;
     mIsFirst = isFirst;
     mHasEnded = false;
     mIsCut = false;
     mIsDoubtful = false;
+    mSmallBlocks = 0;
     mIsOnNewBlock = false;
     mHasTimecode = false;
     mClusterTimecode = 0;
@@ -78,6 +67,7 @@ void BlockRun::Continue(const BlockRun& before) {
     mClusterTimecode = before.mClusterTimecode;
     mTail = before.mTail->Copy();
     mIsOnNewBlock = before.mIsOnNewBlock;
+    mSmallBlocks = before.mSmallBlocks;
 }
 
 void BlockRun::StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster) {
@@ -98,14 +88,34 @@ void BlockRun::TakeTimecode(CMatroskaNode* node) {
 }
 
 bool BlockRun::Walk(size_t index) {
-    const CMatroskaFile* file = mTail->File();
+    CMatroskaFile* file = mTail->File();
+    const CMatroskaFile::Heads heads(file);
     bool hasMore = true;
     while (hasMore && mHeads.size() <= index && !mHasEnded && !IsFull()) {  // bounded by kBlocks
         const uint64_t failures = file->FailedReads();
-        hasMore = TakeNextBlock();
+        hasMore = TakeStretch() || TakeNextBlock();
         if (file->FailedReads() != failures) mIsDoubtful = true;
     }
     return index < mHeads.size();
+}
+
+// Where blocks are small: takes those behind the last one whose headers a stretch of the Cluster holds in
+// their usual form. False when there is none.
+bool BlockRun::TakeStretch() {
+    CMatroskaFile* file = mTail->File();
+    if (mIsOnNewBlock || mSmallBlocks < file->Blocks.SmallBlocksBeforeStretch()) return false;
+    HeldBytes bytes = file->HoldStretch(mTail->End(), mTail->EnclosingEnd());
+    const uint32_t size = bytes.size;
+    PlainBlock block;
+    size_t taken = 0;
+    while (mHeads.size() < kBlocks && TakePlainBlock(bytes, &block) && Append(block.head)) {
+        ++taken;
+        mTail->StandOn(block.element, block.headerStart, block.dataStart);
+        if (block.element.size > bytes.size - block.HeaderSize()) break;
+        bytes = bytes.Behind(static_cast<uint32_t>(block.HeaderSize() + block.element.size));
+    }
+    if (size != 0) file->Blocks.NoteStretch(size, bytes.size);
+    return taken != 0;
 }
 
 bool BlockRun::TakeNextBlock() {
@@ -121,9 +131,12 @@ bool BlockRun::TakeNextBlock() {
 }
 
 bool BlockRun::TakeBlock() {
+    CMatroskaFile* file = mTail->File();
     if (mTail->Id() == id::kSimpleBlock) {
-        return Keep(BlockHead::OfSimpleBlock(
-            ReadBlockHeader(*mTail->File(), mTail->DataStart(), mTail->PayloadEnd())));
+        const BlockHeader header = ReadBlockHeader(*file, mTail->DataStart(), mTail->PayloadEnd());
+        BlockHead head = BlockHead::OfSimpleBlock(header);
+        head.LookAtLacing(file->HeldFrom(header.dataPosition));
+        return Keep(head);
     }
     mScratch.Reset();
     if (Failed(mScratch.Parse(mTail.get()))) return false;
@@ -132,10 +145,15 @@ bool BlockRun::TakeBlock() {
 
 // Without memory the run ends here, for everybody but those who go on behind it.
 bool BlockRun::Keep(const BlockHead& head) {
-    if (mHeads.Append(head)) return true;
+    if (Append(head)) return true;
     mTail->File()->Losses.Add(LossKind::kRefusedAllocation, mTail->HeaderStart(), 0);
     mIsCut = mIsOnNewBlock = mIsDoubtful = true;
     return false;
+}
+
+bool BlockRun::Append(const BlockHead& head) {
+    mSmallBlocks = head.header.dataSize <= kSmallBlock ? mSmallBlocks + 1 : 0;
+    return mHeads.Append(head);
 }
 
 void BlockRun::Finish() {

@@ -3,7 +3,7 @@
 // A BlockRun is a stretch of up to kBlocks consecutive blocks of one Cluster, in file order, filled only as
 // far as somebody has walked. The cache keeps the runs that were used last; an iterator keeps its own alive.
 // So a file whose tracks are read side by side pays for each header once, not once a track, and what is kept
-// is bounded: kRuns runs of kBlocks heads of 48 bytes, plus one run an iterator. A run that fell out of the
+// is bounded: kRuns runs of kBlocks heads of 56 bytes, plus one run an iterator. A run that fell out of the
 // cache is walked again.
 //
 // A failed read makes a run doubtful: the source may yet deliver what it refused. Whoever met the failure
@@ -16,29 +16,13 @@
 #include <stdint.h>
 
 #include "matroska/reader/Array.h"
+#include "matroska/reader/BlockHead.h"
 #include "matroska/reader/MatroskaElements.h"
 #include "matroska/reader/Node.h"
 
 namespace MatroskaExtReader {
 
 class CMatroskaFile;
-
-// What delivering a block needs of its header and, for a BlockGroup, of its group.
-struct BlockHead {
-    BlockHeader header;
-    uint64_t duration;  // timecode units
-    int64_t reference;
-    bool hasReference;
-    bool hasDuration;
-
-    static BlockHead Of(const BlockGroup& group);
-    static BlockHead OfSimpleBlock(const BlockHeader& header);
-    void Fill(BlockGroup& group) const {
-        group.Restart(header);
-        if (hasReference) group.ReferenceBlock.Set(reference);
-        if (hasDuration) group.BlockDuration.Set(duration);
-    }
-};
 
 class BlockRun : public android::RefBase {
   public:
@@ -79,9 +63,11 @@ class BlockRun : public android::RefBase {
     void StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster);
     void TakeTimecode(CMatroskaNode* node);
     bool Walk(size_t index);
+    bool TakeStretch();
     bool TakeNextBlock();
     bool TakeBlock();
     bool Keep(const BlockHead& head);
+    bool Append(const BlockHead& head);
     void Finish();
 
     uint64_t mLastUse = 0;  // the cache's clock
@@ -90,6 +76,7 @@ class BlockRun : public android::RefBase {
     bool mHasEnded = false;
     bool mIsCut = false;  // for want of memory it ends in front of the block that mTail stands on
     bool mIsDoubtful = false;
+    uint32_t mSmallBlocks = 0;   // how many small ones came last
     bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
     bool mHasTimecode = false;
     uint64_t mClusterTimecode = 0;
@@ -114,12 +101,18 @@ class BlockRunCache {
     // Forgets every run; iterators keep theirs.
     void Clear();
 
+    // Blocks that stand behind so many small ones are worth a look at a stretch of their Cluster.
+    uint32_t SmallBlocksBeforeStretch() const { return mHasPaid ? 1 : 4; }
+    // Of `size` bytes so many were of no use.
+    void NoteStretch(uint32_t size, uint32_t unused) { mHasPaid = unused <= size / 2; }
+
   private:
     // The run with this key, or one made anew in the place that was used least recently, which says so.
     const android::sp<BlockRun>& Slot(uint64_t key, bool isFirst, bool* isNew);
 
     android::sp<BlockRun> mRuns[kRuns];  // kWays neighbours are one set
     uint64_t mClock = 0;                 // counts look-ups
+    bool mHasPaid = true;                // most of the last stretch was of use
 };
 
 }  // namespace MatroskaExtReader

@@ -68,6 +68,7 @@ constexpr uint32_t kBlockDuration = 0x9B, kReferencePriority = 0xFA, kReferenceB
 constexpr uint32_t kReferenceVirtual = 0xFD, kCodecState = 0xA4, kTimeSlice = 0xE8, kLaceNumber = 0xCC;
 constexpr uint32_t kFrameNumber = 0xCD, kDelay = 0xCE, kSliceDuration = 0xCF;
 constexpr uint32_t kBlockAdditions = 0x75A1, kBlockMore = 0xA6, kBlockAddId = 0xEE, kBlockAdditional = 0xA5;
+constexpr uint32_t kDiscardPadding = 0x75A2;
 
 }  // namespace id
 

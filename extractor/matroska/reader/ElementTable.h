@@ -211,7 +211,7 @@ constexpr ElementInfo kElements[] = {
     {id::kReferenceBlock, "ReferenceBlock", ElementType::kInt, id::kBlockGroup, "RFC 9559, 5.1.3.5.5"},
     {id::kReferenceVirtual, "ReferenceVirtual", ElementType::kInt, id::kBlockGroup, "RFC 9559, Appendix A"},
     {id::kCodecState, "CodecState", ElementType::kBinary, id::kBlockGroup, "RFC 9559, 5.1.3.5.6"},
-    {0x75A2, "DiscardPadding", ElementType::kInt, id::kBlockGroup, "RFC 9559, 5.1.3.5.7"},
+    {id::kDiscardPadding, "DiscardPadding", ElementType::kInt, id::kBlockGroup, "RFC 9559, 5.1.3.5.7"},
     {0xA2, "BlockVirtual", ElementType::kBinary, id::kBlockGroup, "RFC 9559, Appendix A"},
     {0xC8, "ReferenceFrame", ElementType::kMaster, id::kBlockGroup, "RFC 9559, Appendix A"},
     {0xC9, "ReferenceOffset", ElementType::kUint, 0xC8, "RFC 9559, Appendix A"},

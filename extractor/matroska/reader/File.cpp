@@ -105,6 +105,14 @@ void CMatroskaFile::HoldHead(uint64_t end) {
     if (mPieces.HeldFrom(mPosition) < std::min(size, Pieces::kHead / 2)) (void)HoldPiece(size);
 }
 
+HeldBytes CMatroskaFile::HoldStretch(uint64_t position, uint64_t end) {
+    const uint64_t stop = std::min(end, mLength);
+    if (mWalk != Pieces::Walk::kHeads || mOpening.isOn || position >= stop) return {nullptr, 0, position};
+    SeekTo(position);
+    (void)HoldPiece(static_cast<uint32_t>(std::min<uint64_t>(Pieces::kLeast, stop - position)));
+    return mPieces.From(position);
+}
+
 bool CMatroskaFile::HoldPiece(uint32_t size) {
     const uint32_t bytes = size - std::min(size, mPieces.HeldFrom(mPosition));
     const bool isHeld = (!mOpening.isOn || MayHold(bytes)) && mPieces.Hold(*mSource, mPosition, size);

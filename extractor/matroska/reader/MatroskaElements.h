@@ -380,6 +380,16 @@ struct BlockHeader {
 
 constexpr uint8_t kKeyFrameFlag = 0x80;  // of a SimpleBlock
 
+// The header of a block whose track number has one byte, in the `kShortBlockHeader` bytes from `position` on.
+// False for any other number.
+constexpr uint32_t kShortBlockHeader = 4;
+inline bool TakeShortHeader(const uint8_t* bytes, uint64_t position, uint64_t end, BlockHeader* header) {
+    const uint64_t data = position + kShortBlockHeader;
+    *header = BlockHeader{bytes[0] & 0x7Fu, data, end > data ? end - data : 0,
+                          static_cast<int16_t>(bytes[1] << 8 | bytes[2]), bytes[3]};
+    return bytes[0] > 0x80 && bytes[0] < 0xFF;
+}
+
 // Reads the header of the block whose element begins its data at `position` and ends at `end`.
 BlockHeader ReadBlockHeader(CMatroskaFile& file, uint64_t position, uint64_t end);
 

@@ -117,6 +117,12 @@ class CMatroskaFile {
         if (mWalk == Pieces::Walk::kHeads) HoldHead(end);
     }
 
+    // What is held from `position` on.
+    HeldBytes HeldFrom(uint64_t position) const { return mPieces.From(position); }
+    // Holds a stretch of small elements that begin at `position`, within what ends at `end`: the walk that
+    // is on knows what to make of it. None while the file is opened, which looks at first blocks only.
+    HeldBytes HoldStretch(uint64_t position, uint64_t end);
+
     // While one lives, the file is being opened: what that may ask of the source is bounded (see
     // limit::kOpeningReads). Beyond it reads fail as they do at the end of a file, with one loss.
     class Opening {

@@ -60,7 +60,7 @@ void CMatroskaNode::BecomeChildOf(const CMatroskaNode* parent) {
 inline Result CMatroskaNode::Decode() {
     mHeaderStart = mFile->Position();
     mOpenEnd = 0;
-    mFile->ExpectHeader(mParent.mIsOpenCluster ? 0 : mParent.mEnd);
+    mFile->ExpectHeader(EnclosingEnd());
     mIsValid = ReadElementHeader(*mFile, &mHeader);
     mDataStart = mFile->Position();
     if (!mIsValid) Forget();

@@ -78,6 +78,16 @@ class CMatroskaNode : public android::RefBase {
         const uint64_t end = isOpenCluster ? OpenClusterEnd() : PayloadEnd();
         return mParent.mPresent && end > mParent.mEnd ? mParent.mEnd : end;
     }
+    // Where what encloses the element ends, 0 where only a walk finds out.
+    uint64_t EnclosingEnd() const { return mParent.mIsOpenCluster ? 0 : mParent.mEnd; }
+    // Moves this node to a sibling that somebody else has decoded.
+    void StandOn(const ElementHeader& header, uint64_t headerStart, uint64_t dataStart) {
+        mHeader = header;
+        mHeaderStart = headerStart;
+        mDataStart = dataStart;
+        mOpenEnd = 0;
+        mIsValid = true;
+    }
     // Spares a Cluster of unknown size the search, where a walk over its blocks has found the end already.
     void KnowOpenEnd(uint64_t end) { mOpenEnd = end; }
 

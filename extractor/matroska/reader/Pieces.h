@@ -18,6 +18,16 @@
 
 namespace MatroskaExtReader {
 
+// Bytes of the file that are at hand until the next read.
+struct HeldBytes {
+    const uint8_t* data;
+    uint32_t size;
+    uint64_t position;  // of the first, in the file
+
+    HeldBytes Front(uint32_t n) const { return {data, n, position}; }
+    HeldBytes Behind(uint32_t n) const { return {data + n, size - n, position + n}; }
+};
+
 class Pieces {
   public:
     static constexpr uint32_t kHead = 32;
@@ -41,6 +51,10 @@ class Pieces {
     uint32_t HeldFrom(uint64_t position) const {
         const uint64_t offset = position - mBegin;
         return offset <= mSize ? static_cast<uint32_t>(mSize - offset) : 0;
+    }
+    HeldBytes From(uint64_t position) const {
+        const uint32_t size = HeldFrom(position);
+        return {size != 0 ? mBytes + (position - mBegin) : nullptr, size, position};
     }
     // Where the held bytes lie, and how many there are.
     uint64_t Begin() const { return mBegin; }

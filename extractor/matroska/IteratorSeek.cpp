@@ -56,8 +56,8 @@ void MatroskaExtIterator::seekToTime(long long timeUs) {
         mEOS = true;
         return;
     }
-    reset();
-    if (timeUs <= 0) return;
+    if (timeUs <= 0) return reset();
+    ForgetPlace();
     int64_t lastTried = -1;
     mMostSeekWork = SeekWork() + limit::kSeekWork;
     for (const AutoPtr<Cue>& cue : mFile->Segment.Cues) {
@@ -93,7 +93,7 @@ bool MatroskaExtIterator::TryCuePoint(const Cue& cue, const CuePoint& point, lon
 }
 
 void MatroskaExtIterator::seekToPosition(long long clusterPosition, long long timeUs) {
-    reset();
+    ForgetPlace();
     if (!OpenCluster(static_cast<uint64_t>(clusterPosition))) return;
     (void)ScanCluster([&](const BlockGroup& group) {
         return BlockTimeUs(group) >= timeUs ? Examined::kFound : Examined::kGoOn;

@@ -52,7 +52,13 @@ MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlo
       mExtractor(extractor) {}
 
 void MatroskaExtIterator::reset() {
-    mCluster = mFile->SegmentNode() != nullptr ? mFile->SegmentNode()->Child(id::kCluster, true) : nullptr;
+    ForgetPlace();
+    const CMatroskaFile::Heads heads(mFile);
+    if (mFile->SegmentNode() != nullptr) mCluster = mFile->SegmentNode()->Child(id::kCluster, true);
+}
+
+void MatroskaExtIterator::ForgetPlace() {
+    mCluster.clear();
     mBlock.Clear();
     ClearPending();
     mEOS = false;

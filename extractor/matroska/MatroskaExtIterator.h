@@ -84,6 +84,8 @@ class MatroskaExtIterator {
         bool isAtEnd;
     };
 
+    void ForgetPlace();
+
     // block walk
     // To the next block, whose it may be; unless others are wanted, past those that are known not to be this
     // track's.

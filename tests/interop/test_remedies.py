@@ -61,6 +61,15 @@ def damage(data, doc):
     data[second.start - 12:second.start] = bytes(12)
 
 
+def live_with_junk(mux):
+    path = mux.ffmpeg('x.mkv', AV, '-cluster_time_limit', '200', piped=True)
+    data = bytearray(Path(path).read_bytes())
+    at = data.rindex(b'\x1f\x43\xb6\x75')
+    data[at:at] = b'\0junk' * 20
+    Path(path).write_bytes(data)
+    return path
+
+
 def lead_cues_astray(data, doc):
     at = data.index(b'\xf1', doc.level_1[doc.first(ebml.CUES)].start)
     data[at + 2] += 1
@@ -86,6 +95,9 @@ CASES = [
     ('doctype_too_new', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x42\x85\x81\x02', b'\x42\x85\x81\x03'))),
     ('duplicate_number', lambda mux: renumbered(mux, {2: 1}, 'mp3', 'mp3')),
     ('subtitle_number', lambda mux: renumbered(mux, {3: 4}, *AV, mux.srt('x.srt', LINES))),
+    ('other_doctype', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x42\x82\x88matroska', b'\xec\x89' + bytes(9)))),
+    ('damaged', live_with_junk),
+    ('events_merged', lambda mux: mux.ffmpeg('x.mkv', [*AV, mux.ass('x.ass', [(100, 400, 'a'), (110, 400, 'b')])])),
     ('track_time_scale', lambda mux: one_track(mux, 'mp3', lambda entry: entry + craft.real(0x23314F, 2.0))),
     ('encoding_unsupported', lambda mux: one_track(mux, 'mp3', lambda entry: entry + BZIP, bz2.compress)),
     ('unknown_codec_id', lambda mux: mux.ffmpeg('x.mkv', ['av1', 'opus'])),
@@ -109,11 +121,14 @@ def codes(binary, folder, name):
 
 
 @pytest.mark.parametrize('code, make', CASES, ids=[code for code, _ in CASES])
-def test_a_proposal_mends_and_brings_nothing_new(mux, binary, tmp_path, code, make):
+def test_a_proposal_mends_and_brings_nothing_new(mux, mkvx, binary, tmp_path, code, make):
     Path(make(mux)).rename(tmp_path / "it's.mkv")
     proposals = [f for f in findings(checked(binary, tmp_path, "it's.mkv")) if 'command' in f.get('remedy', ())]
     before = codes(binary, tmp_path, "it's.mkv")
     assert code in [f['code'] for f in proposals]
+    mended = mkvx('mend', '--format', 'json', tmp_path / "it's.mkv", '-o', tmp_path / 'all.mkv').json()
+    assert code in [f['code'] for f in mended['gone']] and {f['weight'] for f in mended['new']} <= {'note'}
+    assert sorted(path.name for path in tmp_path.iterdir()) == ['all.mkv', "it's.mkv"]
     for finding in proposals:
         run = subprocess.run(finding['remedy']['command'], cwd=tmp_path, capture_output=True)
         assert run.returncode == 0 or 'mkvmerge' in finding['remedy']['text'] and run.returncode == 1, run.stderr

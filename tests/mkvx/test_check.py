@@ -286,20 +286,6 @@ def test_nothing_is_proposed_for_what_is_encrypted(report):
         assert not [f for f in findings(checked) if 'remedy' in f]
 
 
-def test_remedies_mend(mkvx, binary, sample, tmp_path):
-    """The commands are run as they are printed, on what a muxer made."""
-    subprocess.run(['ffmpeg', '-v', 'error', '-i', sample, '-map', '0', '-c', 'copy', '-c:a', 'libopus', '-t', '2',
-                    "it's.mkv"], cwd=tmp_path, check=True)
-    checked = subprocess.run([binary, 'check', '--format', 'jsonl', "it's.mkv"], cwd=tmp_path, capture_output=True)
-    remedies = {f['code']: f['remedy']['command'] for f in findings(json.loads(checked.stdout)) if 'remedy' in f}
-    assert set(remedies) == {'unknown_codec_id', 'subtitle_number'}
-    for code, remedy in remedies.items():
-        subprocess.run(remedy, cwd=tmp_path, check=True, capture_output=True)
-        mended = mkvx('check', '--format', 'jsonl', tmp_path / 'mended.mkv')
-        assert code not in [f['code'] for f in findings(mended.json())]
-        (tmp_path / 'mended.mkv').unlink()
-
-
 def test_shares_of_a_file_that_is_known(mkvx, write):
     tracks = [avc(), craft.audio(2, 'A_OPUS')]
     void = craft.element(0xEC, b'v' * 20)

@@ -87,7 +87,7 @@ def test_options_are_those_of_the_help(mkvx):
     page = PAGES['mkvx.md']
     everywhere = set(re.findall(r'--[a-z]+(?:-[a-z]+)*', page.split('| Exit code')[0])) | {'--progress', '--output'}
     commands = re.findall(r'^\| \[(\w+)\]\(#', page, re.M)
-    assert len(commands) == 16
+    assert len(commands) == 17
     for command in commands:
         section = re.search(r'^## %s\n(.*?)(?=^## |\Z)' % command, page, re.M | re.S)[1]
         told = set(re.findall(r'--[a-z]+(?:-[a-z]+)*', ' '.join(re.findall(r'`[^`]*`', section))))

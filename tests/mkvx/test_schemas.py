@@ -17,6 +17,7 @@ RUNS = [
     ('packets', ['json', 'jsonl'], '--all F'), ('packets', ['json'], '--limit 1 F'),
     ('seek', ['json', 'jsonl'], '--to 0 --to 500000 --to -1us F'), ('late', ['json', 'jsonl'], '--track 0 --at 1 --by 500000 F'),
     ('index', ['json'], '--coarse 100000 F'), ('decode', ['json'], 'F'), ('extract', ['json'], '--track 0 -o O F'),
+    ('mend', ['json'], '--dry-run F -o O'),
     ('cost', ['json'], '--seeks 2 --demux F'), ('cost', ['json'], '--no-size F'),
     ('bench', ['json'], 'demux --once --reads F'), ('bench', ['json'], 'open --once F'),
     ('tree', ['json', 'jsonl'], 'F'), ('tree', ['json', 'jsonl'], '--at 600 F'), ('tree', ['json'], '--no-size F'),

@@ -75,6 +75,7 @@ int answerFailure(const mkvx::SourceOptions& source) {
 
 void addCommands(mkvx::CommandLine& line, const mkvx::Globals& globals) {
     mkvx::addCheckCommand(line, globals);
+    mkvx::addMendCommand(line, globals);
     mkvx::addSniffCommand(line, globals);
     mkvx::addInfoCommand(line, globals);
     mkvx::addPacketsCommand(line, globals);

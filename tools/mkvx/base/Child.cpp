@@ -115,12 +115,20 @@ void Child::kill() {
     mWasKilled = true;
 }
 
-std::optional<std::string> Child::finish() {
+int Child::waitForEnd() {
     int status = 0;
     while (mPid > 0 && ::waitpid(mPid, &status, 0) < 0 && errno == EINTR) {
     }
     mPid = -1;
-    return describeEnd(status);
+    return status;
+}
+
+std::string Child::errors() const {
+    return readFromStart(mErrors);
+}
+
+std::optional<std::string> Child::finish() {
+    return describeEnd(waitForEnd());
 }
 
 std::optional<std::string> Child::describeEnd(int status) const {
@@ -128,7 +136,7 @@ std::optional<std::string> Child::describeEnd(int status) const {
     if (WIFEXITED(status) && WEXITSTATUS(status) == kExitAsserted) return readFromStart(mAssertion);
     if (mWasKilled) return "cut off";
     // Not by design: whatever the child had to say (a sanitizer's report) is worth seeing.
-    writeAll(STDERR_FILENO, readFromStart(mErrors));
+    writeAll(STDERR_FILENO, errors());
     if (WIFSIGNALED(status))
         return "signal " + std::to_string(WTERMSIG(status)) + " (" + ::strsignal(WTERMSIG(status)) + ")";
     return "exit code " + std::to_string(WEXITSTATUS(status));

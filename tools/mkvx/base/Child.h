@@ -30,6 +30,10 @@ class Child {
     // Waits for the end. Nothing: the work came through. Otherwise what stopped it: the assertion's text, or
     // the signal; what a fault left on stderr is passed on then.
     std::optional<std::string> finish();
+    // The same as waitpid() tells it, for a child that became another program; what that wrote to stderr is
+    // in errors().
+    int waitForEnd();
+    std::string errors() const;
     void kill();
 
   private:

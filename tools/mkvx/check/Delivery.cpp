@@ -33,6 +33,7 @@ class Delivery {
     Delivery(const FileHead& head, const std::string& path, const JudgedTrack& track, const BlockTally& tally)
         : mHead(head),
           mPath(path),
+          mTrack(track),
           mEntry(track.entry),
           mVerdict(*track.verdict),
           mCounts(*mVerdict.counts),
@@ -64,7 +65,7 @@ class Delivery {
                     "{} of its {} events follow another before the next unit of the master track, and are "
                     "merged with it",
                     readable - records, readable),
-                std::nullopt);
+                std::nullopt, isStyled() ? recode("srt") : Remedy());
     }
 
   private:
@@ -87,9 +88,17 @@ class Delivery {
             std::nullopt);
     }
 
+    // Plain text with as many commas is merged too, and is what others would be turned into.
+    bool isStyled() const { return mVerdict.codecId != "S_TEXT/UTF8"; }
+    Remedy recode(const char* encoder) const {
+        return recodeCommand(mPath, mVerdict.kind[0], mTrack.ordinal, encoder);
+    }
+
     void judgeSilence() {
         if (isAllOnes(mVerdict.number)) return judgeUnknownNumber();
-        add("no_blocks", Weight::kMute, "the file has no block of it", std::nullopt);
+        const bool isAlone = mHead.trackCount() == 1;
+        add("no_blocks", Weight::kMute, "the file has no block of it", std::nullopt,
+            isAlone ? Remedy() : dropCommand(mPath, mVerdict.kind[0], mTrack.ordinal));
     }
 
     void judgeUnknownNumber() {
@@ -156,6 +165,7 @@ class Delivery {
 
     const FileHead& mHead;
     const std::string& mPath;
+    const JudgedTrack& mTrack;
     const FileTrack& mEntry;
     TrackVerdict& mVerdict;
     TrackCounts& mCounts;

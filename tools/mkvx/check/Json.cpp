@@ -4,6 +4,7 @@
 
 #include "base/Digest.h"
 #include "base/Json.h"
+#include "check/Plan.h"
 
 namespace mkvx {
 namespace {
@@ -161,6 +162,7 @@ Json fileJson(const CheckedFile& checked) {
     json["tracks"] = Json::array();
     for (const TrackVerdict& track : checked.tracks) json["tracks"].push_back(trackJson(track));
     json["findings"] = findingsJson(checked.findings);
+    if (const Remedy all = remedyOfAll(checked); !all.empty()) json["remedy"] = remedyJson(all);
     if (checked.shares) json["bytes"] = sharesJson(*checked.shares);
     if (checked.seeking) json["seeking"] = seekingJson(*checked.seeking);
     return json;

@@ -29,12 +29,6 @@ std::string quoted(std::string word) {
     return "'" + word + "'";
 }
 
-// A path that no program takes for an option or standard input, and that people can type.
-std::string pathWord(const std::string& path) {
-    if (path == "-" || printable(path) != path) return "FILE";
-    return path.compare(0, 1, "-") == 0 ? "./" + path : path;
-}
-
 Remedy remedyOf(Remedy::Action action, Words command) {
     Remedy remedy;
     remedy.action = action;
@@ -60,6 +54,11 @@ Remedy::Action actionNamed(const std::string& name) {
     const auto found = std::find(std::begin(kActionNames), std::end(kActionNames), name);
     return found == std::end(kActionNames) ? Remedy::Action::kNone
                                            : Remedy::Action(found - std::begin(kActionNames));
+}
+
+std::string pathWord(const std::string& path) {
+    if (path == "-" || printable(path) != path) return "FILE";
+    return path.compare(0, 1, "-") == 0 ? "./" + path : path;
 }
 
 std::string shellWord(const std::string& path) {

@@ -39,7 +39,9 @@ const char* toString(Remedy::Action action);
 // kNone for a name that is none.
 Remedy::Action actionNamed(const std::string& name);
 
-// A word, path or whole command as a shell takes it. A path that cannot be typed is FILE.
+// A path that no program takes for an option; FILE for standard input, and for one that people cannot type.
+std::string pathWord(const std::string& path);
+// The same, or a whole command, as a shell takes it.
 std::string shellWord(const std::string& path);
 std::string shellLine(const std::vector<std::string>& command);
 

@@ -69,7 +69,8 @@ void judgeStrays(const FileHead& head, const ByteAccount& account, CheckedFile& 
     if (strays > 0)
         add(checked, "blocks_without_track", Weight::kLoss,
             fmt::format("{} with a track number that the file does not have, for instance {}",
-                        counted(strays, "block"), firstStray));
+                        counted(strays, "block"), firstStray),
+            {}, remuxCommand(checked.path));
 }
 
 }  // namespace
@@ -81,7 +82,8 @@ void judgeDocument(const FileHead& head, CheckedFile& checked) {
         add(checked, "other_doctype", Weight::kMute,
             fmt::format("the document type is \"{}\", and only matroska and webm are read",
                         printable(document.docType)),
-            head.evidenceBelowOr(0, {id::kDocType}));
+            head.evidenceBelowOr(0, {id::kDocType}),
+            document.docType.empty() ? copyCommand(checked.path) : Remedy());
     else if (document.header == Header::kTooNew)
         add(checked, "doctype_too_new", Weight::kMute,
             fmt::format("it asks for a reader of version {}, and this one reads up to 2",

@@ -5,6 +5,7 @@
 
 #include "base/Terminal.h"
 #include "base/Text.h"
+#include "check/Plan.h"
 
 namespace mkvx {
 namespace {
@@ -53,11 +54,14 @@ class CheckPrinter {
     }
 
     void details(const CheckedFile& checked) {
+        mRemedyOfAll = remedyOfAll(checked);
         for (const TrackVerdict& track : checked.tracks) trackLines(track);
         for (const Finding& finding : checked.findings) {
             if (finding.sentence == checked.reason && !finding.evidence && finding.remedy.empty()) continue;
             findingLines(finding, "  ");
         }
+        if (!mRemedyOfAll.empty())
+            fmt::print(mOut, "  remedy for all that can be mended: {}\n", mRemedyOfAll.text);
         if (checked.shares) sharesLine(*checked.shares, checked.size);
     }
 
@@ -111,8 +115,11 @@ class CheckPrinter {
     void proofLines(const Finding& finding, const std::string& indent) {
         if (finding.evidence)
             fmt::print(mOut, "{}{}\n", indent, mPaint.faint(evidenceText(*finding.evidence)));
-        if (!finding.remedy.empty()) fmt::print(mOut, "{}remedy: {}\n", indent, finding.remedy.text);
+        if (!finding.remedy.empty() && !isPartOfAll(finding.remedy))
+            fmt::print(mOut, "{}remedy: {}\n", indent, finding.remedy.text);
     }
+
+    bool isPartOfAll(const Remedy& remedy) const { return !mRemedyOfAll.empty() && remedy.hasCommand(); }
 
     void sharesLine(const ByteShares& shares, uint64_t size) {
         std::string text;
@@ -132,6 +139,7 @@ class CheckPrinter {
 
     std::FILE* mOut;
     Paint mPaint;
+    Remedy mRemedyOfAll;  // of the file whose details are printed
 };
 
 }  // namespace

@@ -26,6 +26,7 @@ void addIndexCommand(CommandLine& line, const Globals& globals);
 void addDecodeCommand(CommandLine& line, const Globals& globals);
 void addExtractCommand(CommandLine& line, const Globals& globals);
 void addCheckCommand(CommandLine& line, const Globals& globals);
+void addMendCommand(CommandLine& line, const Globals& globals);
 void addCostCommand(CommandLine& line, const Globals& globals);
 void addReportCommand(CommandLine& line, const Globals& globals);
 void addBenchCommand(CommandLine& line, const Globals& globals);

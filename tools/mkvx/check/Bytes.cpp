@@ -62,7 +62,8 @@ class ByteCount {
         count(mAccount.unreachable, element.offset);
         if (element.id == id::kSegment && mAccount.segments++ == 0) {
             within(element);
-            if (!element.hasUnknownSize) noteMissing(element);
+            mIsOpenEnded = element.hasUnknownSize;
+            if (!mIsOpenEnded) noteMissing(element);
         } else if (element.id == id::kEbml && element.offset == 0) {
             within(element);
         } else {
@@ -99,7 +100,8 @@ class ByteCount {
     }
 
     void noteMissing(const Element& element) {
-        if (element.payloadEnd > mWalk.end()) mAccount.missing = element.payloadEnd - mWalk.end();
+        if (element.payloadEnd > mWalk.end())
+            mAccount.missing = {element.payloadEnd - mWalk.end(), element.offset};
     }
 
     void block(const Element& element) {
@@ -110,7 +112,7 @@ class ByteCount {
             return count(mAccount.unreachable, element.end);
         BlockTally& tally = mAccount.blocks[reading.track];
         add(element, reading, tally);
-        if (!mAccount.missing) noteMissing(element);  // in a Segment of unknown size
+        if (mIsOpenEnded && !mAccount.missing) noteMissing(element);
         if (!reading.hasTrack) return count(mAccount.unreachable, element.end);
         count(reading.isRefused ? mAccount.damaged : tally.payload, element.end);
     }
@@ -135,7 +137,8 @@ class ByteCount {
     ByteAccount mAccount;
     std::vector<Element> mWay;  // the masters that the walk is in
     uint64_t mAt = 0;
-    uint64_t mTime = 0;  // of the Cluster, in timecode units
+    bool mIsOpenEnded = false;  // the Segment does not say where it ends
+    uint64_t mTime = 0;         // of the Cluster, in timecode units
 };
 
 }  // namespace

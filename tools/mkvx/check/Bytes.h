@@ -37,8 +37,12 @@ struct ByteAccount {
     uint64_t segments = 0;
     std::vector<Damage> damages;  // what is between elements and is none, the first kMostKept
     uint64_t damageCount = 0;
-    std::optional<uint64_t>
-        missing;  // bytes by which the Segment, or its last block, goes on behind the file
+    // Of the Segment, or of its last block, that goes on behind the file.
+    struct Missing {
+        uint64_t bytes = 0;     // behind the file's end, by its size
+        uint64_t position = 0;  // of the element
+    };
+    std::optional<Missing> missing;
 };
 
 // Every byte is counted once: in a number above, or as the payload of blocks. Only the first Segment's

@@ -93,7 +93,7 @@ void examineOpened(const Session& session, const CheckDepth& depth,
     const std::vector<JudgedTrack> tracks = listTracks(head, checked);
     matchOffers(session.reader(), tracks, checked.path);
     describeOffers(session, tracks, checked);
-    judgeDocument(head, checked);
+    judgeDocument(head, session.newBytes(), checked);
     judgeSubtitles(session, tracks, checked);
     settleProposals(tracks, checked);
     if (depth.units) soFar(checked);
@@ -127,7 +127,7 @@ void examineHead(const android::sp<android::DataSource>& source, CheckedFile& ch
     for (const JudgedTrack& track : tracks)
         track.verdict->dropped = explainVorbisStop(head, checked.path, track);
     explainUnreached(head, checked.path, tracks);
-    judgeDocument(head, checked);
+    judgeDocument(head, source, checked);
     judgeLosses(head, checked);
     settleProposals(tracks, checked);
 }

@@ -11,7 +11,8 @@
 namespace mkvx {
 
 // A document that opening gave up on, or that has no track.
-void judgeDocument(const FileHead& head, CheckedFile& checked);
+void judgeDocument(const FileHead& head, const android::sp<android::DataSource>& source,
+                   CheckedFile& checked);
 
 // Where seeks go: duration, index, and whether the cue points help; where there are none, why. `lastUs`: the
 // start of the last unit, where all were read.

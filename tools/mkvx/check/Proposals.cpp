@@ -8,6 +8,8 @@
 namespace mkvx {
 namespace {
 
+constexpr char kTruncated[] = "truncated";
+
 bool isEncrypted(const JudgedTrack& track) {
     const auto& encodings = track.entry.encodings;
     return std::any_of(encodings.begin(), encodings.end(),
@@ -30,15 +32,35 @@ void forEachFinding(CheckedFile& checked, const std::function<void(Finding&)>& c
     for (Finding& finding : checked.findings) change(finding);
 }
 
-}  // namespace
+bool isTruncated(const CheckedFile& checked) {
+    return std::any_of(checked.findings.begin(), checked.findings.end(),
+                       [](const Finding& finding) { return finding.code == kTruncated; });
+}
 
-void settleProposals(const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
+// No command brings back what is missing.
+void adviseFetching(Finding& finding) {
+    static const std::string kAdvice = "fetch the file again; or, for what there is of it: ";
+    Remedy& remedy = finding.remedy;
+    if (remedy.hasCommand() && remedy.text.compare(0, kAdvice.size(), kAdvice) != 0)
+        remedy.text = kAdvice + remedy.text;
+    else if (remedy.empty() && finding.code == kTruncated)
+        remedy = Remedy("fetch the file again");
+}
+
+void settleForTools(const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
     if (std::any_of(tracks.begin(), tracks.end(), isEncrypted))
         return forEachFinding(checked, [](Finding& finding) { finding.remedy = {}; });
     if (std::none_of(tracks.begin(), tracks.end(), isLeftOutByRemux)) return;
     forEachFinding(checked, [&](Finding& finding) {
         if (finding.remedy.action == Remedy::Action::kRewrite) finding.remedy = copyCommand(checked.path);
     });
+}
+
+}  // namespace
+
+void settleProposals(const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
+    settleForTools(tracks, checked);
+    if (isTruncated(checked)) forEachFinding(checked, adviseFetching);
 }
 
 }  // namespace mkvx

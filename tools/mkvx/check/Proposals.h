@@ -9,7 +9,8 @@
 namespace mkvx {
 
 // Takes away every command from a file with an encrypted track, which no muxer at hand copies as encrypted.
-// Where mkvmerge would leave a track out, ffmpeg's copy takes the place of its remux. Call it when all
+// Where mkvmerge would leave a track out, ffmpeg's copy takes the place of its remux. Of a truncated file the
+// first advice is to fetch it again. Call it when all
 // findings are there; a second call changes nothing.
 void settleProposals(const std::vector<JudgedTrack>& tracks, CheckedFile& checked);
 

@@ -23,8 +23,9 @@ struct Remedy {
     Action action = Action::kNone;
     std::string encoder;  // of kRecode, as ffmpeg names it
     std::vector<std::string>
-        command;       // for this finding alone: a program and its arguments; empty for advice
-    std::string text;  // the command as a shell takes it, or the advice; empty for kNone
+        command;  // for this finding alone: a program and its arguments; empty for advice
+    std::string
+        text;  // the command as a shell takes it, advice in front of it or in its place; empty for kNone
 
     Remedy() = default;
     Remedy(std::string advice)  // words that stand for themselves

@@ -6,10 +6,14 @@
 #include "check/Findings.h"
 #include "check/Remedy.h"
 #include "device/ElementIds.h"
+#include "device/ElementWalk.h"
 #include "device/Losses.h"
 
 namespace mkvx {
 namespace {
+
+constexpr uint64_t kMostMissing = uint64_t{1} << 40;  // bytes
+constexpr uint64_t kMostOfHeader = 12;                // bytes of an element's ID and size
 
 void add(CheckedFile& checked, const char* code, Weight weight, std::string sentence,
          std::optional<Evidence> evidence = {}, Remedy remedy = {}) {
@@ -41,12 +45,25 @@ void judgeDamage(const FileHead& head, const ByteAccount& account, CheckedFile& 
         head.bytesAt(first.position, first.size), remuxCommand(checked.path));
 }
 
-void judgeEnd(const ByteAccount& account, CheckedFile& checked) {
-    if (account.missing)
+// More than any file has, and out of proportion to what there is.
+bool isBeyondReason(uint64_t missing, uint64_t size) {
+    return missing > kMostMissing && missing / 1024 > size;
+}
+
+void judgeEnd(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {
+    if (!account.missing) return;
+    const auto [missing, position] = *account.missing;
+    const Evidence element = head.evidenceAt(position);
+    if (isBeyondReason(missing, checked.size))
+        add(checked, "size_damaged", Weight::kNote,
+            fmt::format(
+                "the size field of the {} at {} is damaged: it says {}; what the file has of it is read",
+                element.element, position, counted(element.size, "byte")),
+            head.bytesAt(position, kMostOfHeader), remuxCommand(checked.path));
+    else
         add(checked, "truncated", Weight::kLoss,
-            fmt::format("the file is cut off: at least {} at its end are missing",
-                        counted(*account.missing, "byte")),
-            {}, remuxCommand(checked.path));
+            fmt::format("the file is cut off: at least {} at its end are missing", counted(missing, "byte")),
+            element, remuxCommand(checked.path));
 }
 
 void judgeSegments(const ByteAccount& account, CheckedFile& checked) {
@@ -73,12 +90,48 @@ void judgeStrays(const FileHead& head, const ByteAccount& account, CheckedFile& 
             {}, remuxCommand(checked.path));
 }
 
+// Where the walk through the EBML header ends before its end.
+std::optional<uint64_t> gapInHeader(const android::sp<android::DataSource>& source) {
+    ElementWalk walk(source);
+    while (const std::optional<WalkItem> item = walk.next()) {  // bounded by the header
+        if (const auto* gap = std::get_if<Gap>(&item->what)) return gap->offset;
+        if (item->depth == 0 && std::get<Element>(item->what).id != id::kEbml) break;
+        if (item->depth > 0) walk.skipChildren();
+    }
+    return std::nullopt;
+}
+
+// Of what stands in the place of an element's header: the first byte that begins neither an ID nor a size.
+uint64_t firstBadByte(const FileHead& head, uint64_t position) {
+    const std::vector<uint8_t> bytes = head.bytesAt(position, kMostOfHeader).bytes;
+    size_t idLength = 1;
+    for (uint8_t mark = 0x80; !bytes.empty() && (bytes[0] & mark) == 0 && mark > 0x08; mark >>= 1) ++idLength;
+    return idLength <= 4 && idLength < bytes.size() && bytes[idLength] == 0 ? position + idLength : position;
+}
+
+// A header without a document type: is it one that is damaged?
+void judgeHeader(const FileHead& head, const android::sp<android::DataSource>& source, CheckedFile& checked) {
+    const std::optional<uint64_t> gap = gapInHeader(source);
+    if (!gap)
+        return add(checked, "no_doctype", Weight::kMute, "the EBML header names no document type",
+                   head.evidenceAt(0), remuxCommand(checked.path));
+    const uint64_t bad = firstBadByte(head, *gap);
+    add(checked, "bad_header", Weight::kMute,
+        fmt::format(
+            "the EBML header cannot be read from byte {} on, and no document type is found in front of it",
+            bad),
+        head.bytesAt(bad, Evidence::kMostBytes), *gap > 0 ? remuxCommand(checked.path) : Remedy());
+}
+
 }  // namespace
 
-void judgeDocument(const FileHead& head, CheckedFile& checked) {
+void judgeDocument(const FileHead& head, const android::sp<android::DataSource>& source,
+                   CheckedFile& checked) {
     using Header = DocumentFacts::Header;
     const DocumentFacts document = head.document();
-    if (document.header == Header::kOtherDocType)
+    if (document.header == Header::kOtherDocType && document.docType.empty())
+        judgeHeader(head, source, checked);
+    else if (document.header == Header::kOtherDocType)
         add(checked, "other_doctype", Weight::kMute,
             fmt::format("the document type is \"{}\", and only matroska and webm are read",
                         printable(document.docType)),
@@ -112,7 +165,7 @@ void judgeLosses(const FileHead& head, CheckedFile& checked) {
 
 void judgeStructure(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {
     judgeDamage(head, account, checked);
-    judgeEnd(account, checked);
+    judgeEnd(head, account, checked);
     judgeSegments(account, checked);
     judgeStrays(head, account, checked);
 }

@@ -34,6 +34,16 @@ UsageFailure wrongUsage(const CLI::App& app, const std::string& problem) {
     return UsageFailure(fmt::format("{} ({} --help tells more)", printable(problem), help));
 }
 
+template <class Value>
+constexpr bool isUnsigned = std::is_unsigned_v<Value>;
+template <class Value>
+constexpr bool isUnsigned<std::optional<Value>> = isUnsigned<Value>;
+
+// The library takes such a number for a huge one.
+std::string negativeProblem(const std::string& text) {
+    return text.compare(0, 1, "-") == 0 ? text + " is less than 0" : std::string();
+}
+
 }  // namespace
 
 // ---- Argument
@@ -102,7 +112,9 @@ Argument& Argument::showDefault(const std::string& text) {
 
 template <class Value>
 Argument Arguments::value(const std::string& names, Value& value, const std::string& help) {
-    return Argument(*mApp.add_option(names, value, help));
+    CLI::Option& option = *mApp.add_option(names, value, help);
+    if (isUnsigned<Value>) option.check(CLI::Validator(negativeProblem, ""));
+    return Argument(option);
 }
 template Argument Arguments::value(const std::string&, std::string&, const std::string&);
 template Argument Arguments::value(const std::string&, std::vector<std::string>&, const std::string&);

@@ -1,12 +1,15 @@
 """Exit codes and error sentences: 2 for a wrong command line, 1 for a file that cannot be used, and always exactly one
 sentence on stderr that names what is wrong."""
+import contextlib
 import fcntl
 import json
 import os
+import pty
 import re
 import shlex
 import shutil
 import signal
+import struct
 import subprocess
 import termios
 
@@ -84,6 +87,22 @@ def test_manual_and_completion_tell_what_the_help_tells(mkvx):
         options = set(re.findall(r'(?<![\w-])--[a-z-]+', mkvx(command, '--help').out.split('Example:')[0]))
         assert [word for form in forms for word in {command, *options} - {'--help'} if word not in form] == [], command
     assert subprocess.run(['bash', '-n'], input=forms[1], text=True).returncode == 0
+
+
+@pytest.mark.parametrize('args', [['check', 'FILE'], ['check', '--help']], ids=' '.join)
+def test_lines_are_no_wider_than_the_terminal(mkvx, binary, sample, args):
+    args = [sample.parent / 'silent.mkv' if arg == 'FILE' else arg for arg in args]
+    master, terminal = pty.openpty()
+    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack('4H', 24, 60, 0, 0))
+    with subprocess.Popen([binary, *args], stdout=terminal, env={**os.environ, 'TERM': 'dumb'}):
+        os.close(terminal)
+        told = b''
+        with contextlib.suppress(OSError):  # when the other end is closed
+            while part := os.read(master, 4096):
+                told += part
+    lines = told.decode().splitlines()
+    assert max(len(line) for line in lines if 'remedy' not in line and len(line.split()) > 1) <= 60
+    assert ' '.join(lines).split() == mkvx(*args).out.split()
 
 
 # Bytes of the sample: within its Clusters, of which opening reads nothing, within its head, and within the EBML header.

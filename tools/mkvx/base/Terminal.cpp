@@ -1,5 +1,6 @@
 #include "base/Terminal.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +13,12 @@ bool wantsColour(std::FILE* out) {
     const char* terminal = std::getenv("TERM");
     const bool isPlain = terminal == nullptr || std::strcmp(terminal, "dumb") == 0;
     return !isPlain && ::isatty(::fileno(out)) != 0;
+}
+
+size_t terminalWidth(std::FILE* out) {
+    winsize size{};
+    if (::isatty(::fileno(out)) == 0 || ::ioctl(::fileno(out), TIOCGWINSZ, &size) != 0) return 0;
+    return size.ws_col;
 }
 
 std::string Paint::wrap(const char* code, const std::string& text) const {

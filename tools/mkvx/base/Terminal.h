@@ -1,5 +1,6 @@
 // What the program knows about the terminal it may be talking to.
 #pragma once
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -7,6 +8,9 @@ namespace mkvx {
 
 // Colours are for a terminal that has them, and for nobody who has set NO_COLOR (to anything but nothing).
 bool wantsColour(std::FILE* out);
+
+// Columns of the terminal that `out` is; 0 where it is none, or does not tell.
+size_t terminalWidth(std::FILE* out);
 
 // Puts colours around texts, or leaves them alone where they are not wanted.
 class Paint {

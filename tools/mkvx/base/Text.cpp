@@ -45,6 +45,18 @@ bool isWide(char32_t c) {
            (c >= 0xFFE0 && c <= 0xFFE6) || (c >= 0x1F300 && c <= 0x1FAFF) || (c >= 0x20000 && c <= 0x3FFFD);
 }
 
+// The sequences that colour text on a terminal.
+std::string withoutColours(const std::string& text) {
+    std::string out;
+    for (size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == '\033')
+            at = std::min(text.find('m', at), text.size() - 1);
+        else
+            out += text[at];
+    }
+    return out;
+}
+
 }  // namespace
 
 std::string clockTime(int64_t us) {
@@ -76,6 +88,29 @@ size_t displayWidth(std::string_view text) {
         text.remove_prefix(std::max<size_t>(point.bytes, 1));
     }
     return columns;
+}
+
+std::string wrapped(const std::string& line, size_t width, size_t hanging) {
+    constexpr size_t kFewestColumns = 20;
+    if (width < hanging + kFewestColumns) return line;
+    std::string out;
+    size_t column = 0;
+    for (size_t at = 0; at < line.size();) {  // a word with the spaces in front of it
+        const size_t word = std::min(line.find_first_not_of(' ', at), line.size());
+        const size_t end = std::min(line.find(' ', word), line.size());
+        const std::string text = line.substr(word, end - word);
+        const size_t columns = displayWidth(withoutColours(text));
+        const bool isStart = out.empty() || column == hanging;
+        if (!isStart && column + (word - at) + columns > width) {
+            out += "\n" + std::string(hanging, ' ') + text;
+            column = hanging + columns;
+        } else {
+            out += line.substr(at, end - at);
+            column += word - at + columns;
+        }
+        at = end;
+    }
+    return out;
 }
 
 std::string counted(uint64_t count, const char* noun) {

@@ -17,6 +17,11 @@ std::string printable(std::string_view text);
 // Terminal columns that a printable() text takes: East Asian wide characters take two.
 size_t displayWidth(std::string_view text);
 
+// The line, without its line feed, broken at spaces into lines of at most `width` columns where that is
+// possible; those behind the first begin with `hanging` spaces. Colours take no column. As it is for a width
+// of 0 or one that leaves too little behind the spaces.
+std::string wrapped(const std::string& line, size_t width, size_t hanging);
+
 // "1 block", "3 blocks".
 std::string counted(uint64_t count, const char* noun);
 

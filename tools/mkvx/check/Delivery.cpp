@@ -61,10 +61,9 @@ class Delivery {
         const uint64_t readable = mTally.blocks - mTally.refused;
         if (records < readable)
             add("events_merged", Weight::kLoss,
-                fmt::format(
-                    "{} of its {} events follow another before the next unit of the master track, and are "
-                    "merged with it",
-                    readable - records, readable),
+                fmt::format("{} of its {} events appear merged with another, which they follow before the "
+                            "next unit of the master track",
+                            readable - records, readable),
                 std::nullopt, isStyled() ? recode("srt") : Remedy());
     }
 
@@ -104,8 +103,8 @@ class Delivery {
     void judgeUnknownNumber() {
         mVerdict.findings.push_back(
             {"all_ones_number", Weight::kMute,
-             fmt::format("its TrackNumber {} has all bits set, which in a block stands for an unknown "
-                         "number: none of its blocks is found",
+             fmt::format("none of its blocks is found: its TrackNumber {} has all bits set, which in a block "
+                         "stands for an unknown number",
                          mVerdict.number),
              mHead.evidenceBelow(mVerdict.position, {id::kTrackNumber}), remuxCommand(mPath)});
     }
@@ -113,16 +112,17 @@ class Delivery {
     void judgeReading() {
         if (mTally.refused > 0)
             add("blocks_unreadable", lossOrAll(),
-                fmt::format(
-                    "{} of its {} blocks cannot be read ({}), and a player takes the first for the end",
-                    mTally.refused, mTally.blocks, textOf(mTally.refusedFor).sentence),
+                fmt::format("a player ends it early: {} of its {} blocks cannot be read ({}), and the first "
+                            "of them is "
+                            "taken for the end",
+                            mTally.refused, mTally.blocks, textOf(mTally.refusedFor).sentence),
                 mTally.firstRefused, remuxCommand(mPath));
     }
 
     void judgeTimes() {
         if (mTally.wrapped > 0)
             add("times_wrap", Weight::kLoss,
-                fmt::format("{} of its {} blocks have a time below zero or beyond 64 bits, which wraps",
+                fmt::format("{} of its {} blocks come at wrong times: below zero or beyond 64 bits they wrap",
                             mTally.wrapped, mTally.blocks),
                 mTally.firstWrapped, remuxCommand(mPath));
     }
@@ -182,10 +182,10 @@ void tellMisfit(const FileHead& head, const std::vector<JudgedTrack>& tracks, co
     const bool getsOthers = std::any_of(checked.tracks.begin(), checked.tracks.end(), isHeard);
     verdict.findings.push_back(
         {"subtitle_number", Weight::kMute,
-         fmt::format("a subtitle source gets the events whose TrackNumber is its index plus one: at index {} "
-                     "this one, "
-                     "track number {}, gets {}",
-                     *verdict.index, verdict.number,
+         fmt::format("{} a subtitle source gets the events whose TrackNumber is its index plus one, and at "
+                     "index {} this one, track number {}, gets {}",
+                     getsOthers ? "other subtitles appear:" : "no subtitle appears:", *verdict.index,
+                     verdict.number,
                      getsOthers ? fmt::format("those of track number {}", heard) : std::string("none")),
          head.evidenceBelow(verdict.position, {id::kTrackNumber}),
          selectCommand(checked.path, offeredPlaces(tracks))});
@@ -257,12 +257,12 @@ void judgeSubtitles(const Session& session, const std::vector<JudgedTrack>& trac
         TrackVerdict& verdict = *track.verdict;
         if (!verdict.isOffered() || verdict.kind != "subtitle") continue;
         if (session.masterTrack() == nullptr)
-            verdict.findings.push_back({"no_master", Weight::kMute,
-                                        fmt::format("subtitle events arrive while the master track (track "
-                                                    "number {}) is read, and that one has no "
-                                                    "source",
-                                                    head.masterTrack()),
-                                        head.evidenceBelow(verdict.position, {id::kTrackNumber}), ""});
+            verdict.findings.push_back(
+                {"no_master", Weight::kMute,
+                 fmt::format("no subtitle appears: events arrive while the master track "
+                             "(track number {}) is read, and that one has no source",
+                             head.masterTrack()),
+                 head.evidenceBelow(verdict.position, {id::kTrackNumber}), ""});
         else if (verdict.number != *verdict.index + 1)
             tellMisfit(head, tracks, checked, verdict);
     }

@@ -20,13 +20,15 @@ Json evidenceJson(const Evidence& evidence) {
     Json json;
     if (!evidence.element.empty()) json["element"] = evidence.element;
     json["offset"] = evidence.offset;
+    json["data_offset"] = evidence.dataOffset;
     json["size"] = evidence.size;
     json["bytes"] = toHex(evidence.bytes.data(), evidence.bytes.size());
     return json;
 }
 
 Evidence readEvidence(const Json& json) {
-    return {json.value("element", ""), json.at("offset"), json.at("size"), fromHex(json.at("bytes"))};
+    return {json.value("element", ""), json.at("offset"), json.at("data_offset"), json.at("size"),
+            fromHex(json.at("bytes"))};
 }
 
 Json remedyJson(const Remedy& remedy) {

@@ -30,10 +30,7 @@ std::optional<Evidence> firstPlaceOf(const FileHead& head, LossKind kind) {
     const auto found =
         std::find_if(list.begin(), list.end(), [&](const Loss& loss) { return loss.kind == kind; });
     if (found == list.end()) return std::nullopt;
-    Evidence evidence;
-    evidence.offset = found->position;
-    evidence.size = found->size;
-    return evidence;
+    return head.bytesAt(found->position, found->size);
 }
 
 void judgeDamage(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {
@@ -150,7 +147,7 @@ void judgeDocument(const FileHead& head, const android::sp<android::DataSource>&
             head.evidenceAt(*document.segment));
     if (document.header == Header::kReadable && document.docType == "webm")
         add(checked, "webm_confidence", Weight::kNote,
-            "it is claimed with confidence 0.5 only, so that the framework's own extractor may get it");
+            "the framework's own extractor may get it: it is claimed with confidence 0.5 only");
 }
 
 void judgeLosses(const FileHead& head, CheckedFile& checked) {

@@ -38,19 +38,21 @@ std::string bytesText(const Evidence& evidence) {
 }
 
 std::string evidenceText(const Evidence& evidence) {
-    const std::string what = evidence.element.empty() ? "bytes" : evidence.element;
-    return fmt::format("{} at {}, {}:{}", what, evidence.offset, counted(evidence.size, "byte"),
-                       bytesText(evidence));
+    const std::string bytes =
+        fmt::format("{} at {}:{}", counted(evidence.size, "byte"), evidence.dataOffset, bytesText(evidence));
+    return evidence.element.empty()
+               ? bytes
+               : fmt::format("{} at {}, its {}", evidence.element, evidence.offset, bytes);
 }
 
 class CheckPrinter {
   public:
-    explicit CheckPrinter(std::FILE* out) : mOut(out), mPaint(out) {}
+    explicit CheckPrinter(std::FILE* out) : mOut(out), mPaint(out), mWidth(terminalWidth(out)) {}
 
     void verdictLine(const CheckedFile& checked) {
-        fmt::print(mOut, "{}: {}{}{}\n", mPaint.strong(printable(checked.path)),
-                   painted(mPaint, checked.verdict), checked.reason.empty() ? "" : ": ",
-                   printable(checked.reason));
+        line(0, fmt::format("{}: {}{}{}", mPaint.strong(printable(checked.path)),
+                            painted(mPaint, checked.verdict), checked.reason.empty() ? "" : ": ",
+                            printable(checked.reason)));
     }
 
     void details(const CheckedFile& checked) {
@@ -58,7 +60,7 @@ class CheckPrinter {
         for (const TrackVerdict& track : checked.tracks) trackLines(track);
         for (const Finding& finding : checked.findings) {
             if (finding.sentence == checked.reason && !finding.evidence && finding.remedy.empty()) continue;
-            findingLines(finding, "  ");
+            findingLines(finding, 2);
         }
         if (!mRemedyOfAll.empty())
             fmt::print(mOut, "  remedy for all that can be mended: {}\n", mRemedyOfAll.text);
@@ -66,19 +68,26 @@ class CheckPrinter {
     }
 
   private:
+    // What does not fit a terminal's width goes on below, indented further.
+    void line(size_t indent, const std::string& text) {
+        fmt::print(mOut, "{}\n", wrapped(std::string(indent, ' ') + text, mWidth, indent + 4));
+    }
+
     void trackLines(const TrackVerdict& track) {
-        fmt::print(mOut, "  {} {} ({}, {}): ", mPaint.strong("track number"), track.number, track.kind,
-                   track.codecId.empty() ? "no CodecID" : printable(track.codecId));
+        const std::string about =
+            fmt::format("{} {} ({}, {})", mPaint.strong("track number"), track.number, track.kind,
+                        track.codecId.empty() ? "no CodecID" : printable(track.codecId));
         if (track.isOffered())
-            fmt::print(mOut, "{} as index {}, {}{}{}\n", mPaint.good("offered"), *track.index,
-                       printable(track.mime), configText(track), unitsText(track));
+            line(2, fmt::format("{}: {} as index {}, {}{}{}", about, mPaint.good("offered"), *track.index,
+                                printable(track.mime), configText(track), unitsText(track)));
         if (track.dropped) {
             const bool isFatal = track.dropped->weight == Weight::kFatal;
-            fmt::print(mOut, "{}: {}\n", isFatal ? mPaint.worst("ends the process") : mPaint.bad("dropped"),
-                       printable(track.dropped->sentence));
-            proofLines(*track.dropped, "      ");
+            line(2, fmt::format("{}: {}: {}", about,
+                                isFatal ? mPaint.worst("ends the process") : mPaint.bad("dropped"),
+                                printable(track.dropped->sentence)));
+            proofLines(*track.dropped, 6);
         }
-        for (const Finding& finding : track.findings) findingLines(finding, "    ");
+        for (const Finding& finding : track.findings) findingLines(finding, 4);
     }
 
     static std::string configText(const TrackVerdict& track) {
@@ -93,9 +102,9 @@ class CheckPrinter {
         return "; " + counted(track.counts->units, "unit") + ", " + counted(track.counts->unitBytes, "byte");
     }
 
-    void findingLines(const Finding& finding, const char* indent) {
-        fmt::print(mOut, "{}{}: {}\n", indent, weightText(finding.weight), printable(finding.sentence));
-        proofLines(finding, std::string(indent) + "  ");
+    void findingLines(const Finding& finding, size_t indent) {
+        line(indent, fmt::format("{}: {}", weightText(finding.weight), printable(finding.sentence)));
+        proofLines(finding, indent + 2);
     }
 
     std::string weightText(Weight weight) {
@@ -112,11 +121,11 @@ class CheckPrinter {
         return {};
     }
 
-    void proofLines(const Finding& finding, const std::string& indent) {
-        if (finding.evidence)
-            fmt::print(mOut, "{}{}\n", indent, mPaint.faint(evidenceText(*finding.evidence)));
+    // A command stays one line, to be copied.
+    void proofLines(const Finding& finding, size_t indent) {
+        if (finding.evidence) line(indent, mPaint.faint(evidenceText(*finding.evidence)));
         if (!finding.remedy.empty() && !isPartOfAll(finding.remedy))
-            fmt::print(mOut, "{}remedy: {}\n", indent, finding.remedy.text);
+            fmt::print(mOut, "{:{}}remedy: {}\n", "", indent, finding.remedy.text);
     }
 
     bool isPartOfAll(const Remedy& remedy) const { return !mRemedyOfAll.empty() && remedy.hasCommand(); }
@@ -134,11 +143,12 @@ class CheckPrinter {
         add(shares.padding, "padding");
         add(shares.damaged, "damaged");
         add(shares.unreachable, "unreachable");
-        fmt::print(mOut, "  {} bytes: {}\n", size, text);
+        line(2, fmt::format("{} bytes: {}", size, text));
     }
 
     std::FILE* mOut;
     Paint mPaint;
+    size_t mWidth;        // 0: lines are as long as they are
     Remedy mRemedyOfAll;  // of the file whose details are printed
 };
 

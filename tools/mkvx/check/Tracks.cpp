@@ -76,14 +76,15 @@ class Judge {
         const uint64_t number = mVerdict.number;
         if (number == 0 || number > UINT32_MAX)
             add("bad_number", Weight::kMute,
-                fmt::format("its TrackNumber is {}, which no block can name", number), {id::kTrackNumber},
-                remuxCommand(mPath));
+                fmt::format("none of its blocks is found: its TrackNumber is {}, which no block can name",
+                            number),
+                {id::kTrackNumber}, remuxCommand(mPath));
         else if (!mEntry.isFound)
             add("duplicate_number", Weight::kLoss,
-                fmt::format(
-                    "another track has the TrackNumber {} too: both deliver the same blocks, read as the "
-                    "other's",
-                    number),
+                fmt::format("its blocks are mixed with another track's: both have the TrackNumber {}, and "
+                            "deliver the "
+                            "same blocks, read as the other's",
+                            number),
                 {id::kTrackNumber}, dropCommand(mPath, letter(), mTrack.ordinal));
     }
 
@@ -93,8 +94,8 @@ class Judge {
             const FrameEncoding& encoding = mEntry.encodings[i];
             if (encoding.coversPrivate && !mEntry.codecPrivate.empty())
                 add("private_encoded", Weight::kMute,
-                    "its CodecPrivate is stored encoded, and the decoder gets it so", {id::kCodecPrivate},
-                    copyCommand(mPath));
+                    "the decoder cannot be set up: its CodecPrivate is stored encoded, and is handed out so",
+                    {id::kCodecPrivate}, copyCommand(mPath));
             if (!encoding.coversFrames) continue;
             judgeEncoding(encoding, isBlocked);
             isBlocked = isBlocked || encoding.isHeaderStripping;
@@ -103,26 +104,28 @@ class Judge {
 
     void judgeEncoding(const FrameEncoding& encoding, bool isBlocked) {
         if (encoding.isEncryption)
-            add("encrypted", Weight::kMute, "its frames are encrypted, and arrive so", kEncryptionPath);
+            add("encrypted", Weight::kMute,
+                "nothing of it can be decoded: its frames are encrypted, and arrive so", kEncryptionPath);
         else if (!encoding.isUndone)
             add("encoding_unsupported", Weight::kMute,
-                fmt::format(
-                    "its frames are compressed by algorithm {}, which is not undone: they arrive as stored",
-                    encoding.algorithm),
+                fmt::format("nothing of it can be decoded: its frames are compressed by algorithm {}, which "
+                            "is not undone",
+                            encoding.algorithm),
                 {id::kContentEncodings, id::kContentEncoding, id::kContentCompression, id::kContentCompAlgo},
                 copyCommand(mPath));
         else if (isBlocked)
             add("encodings_stacked", Weight::kMute,
-                "its frames have a further encoding under header stripping, which is not undone",
+                "nothing of it can be decoded: its frames have a further encoding under header stripping, "
+                "which is not undone",
                 {id::kContentEncodings}, copyCommand(mPath));
     }
 
     void judgeRecord() {
         if (mEntry.missesRecordOf != 0)
             add("record_too_short", Weight::kMute,
-                fmt::format(
-                    "its CodecPrivate has {} bytes, too few for a record of {}, so that it is offered as {}",
-                    mEntry.codecPrivate.size(), printable(mVerdict.codecId), mVerdict.mime),
+                fmt::format("it is offered as {}, which is another format: its CodecPrivate has {} bytes, "
+                            "too few for a record of {}",
+                            mVerdict.mime, mEntry.codecPrivate.size(), printable(mVerdict.codecId)),
                 {id::kCodecPrivate}, copyCommand(mPath));
         if (mEntry.tagFrom != FileTrack::TagOrigin::kCodecId) return;
         const Bytes* avcc = record("avcc");
@@ -132,18 +135,18 @@ class Judge {
                                               : std::nullopt;
         if (length && *length != android::kNalLengthBytes)
             add("nal_length", Weight::kMute,
-                fmt::format(
-                    "its NAL units have lengths of {} bytes, and only lengths of {} become start codes",
-                    *length, android::kNalLengthBytes),
+                fmt::format("no picture can be decoded: its NAL units have lengths of {} bytes, and only "
+                            "lengths of {} become start codes",
+                            *length, android::kNalLengthBytes),
                 {id::kCodecPrivate}, recodeCommand(mPath, 'v', mTrack.ordinal, "libx264"));
     }
 
     void judgeAac() {
         if (record("esds") == nullptr)
             add("aac_private_too_short", Weight::kMute,
-                fmt::format(
-                    "its CodecPrivate of {} byte(s) is too short to be used, and keeps one from being made",
-                    mEntry.codecPrivate.size()),
+                fmt::format("the decoder gets no configuration: its CodecPrivate of {} byte(s) is too short "
+                            "to be used, and keeps one from being made",
+                            mEntry.codecPrivate.size()),
                 {id::kCodecPrivate}, recodeCommand(mPath, 'a', mTrack.ordinal, "aac"));
         else if (const auto otherwise = judgedOtherwiseOnDevice(mEntry.codecPrivate))
             add("aac_judged_otherwise", Weight::kNote, *otherwise, {id::kCodecPrivate});
@@ -151,9 +154,9 @@ class Judge {
         const bool saysSbr = codec.size() >= 4 && codec.compare(codec.size() - 4, 4, "/SBR") == 0;
         if (saysSbr && mEntry.codecPrivate.empty())
             add("aac_sbr_as_ltp", Weight::kLoss,
-                "without a CodecPrivate its configuration is made from the CodecID, and says LTP where the "
-                "file says "
-                "SBR",
+                "the decoder is told LTP where the file says SBR: without a CodecPrivate its configuration "
+                "is "
+                "made from the CodecID",
                 {id::kCodecId}, recodeCommand(mPath, 'a', mTrack.ordinal, "aac"));
     }
 
@@ -179,18 +182,20 @@ class Judge {
                 remuxCommand(mPath));
         if (mVerdict.kind == "audio" && !mEntry.hasAudioFormat)
             add("no_audio_format", Weight::kLoss,
-                "it has no sampling frequency and no channel count: 8000 Hz and one channel are told", {},
-                remuxCommand(mPath));
+                "8000 Hz and one channel are told, true or not: it has no sampling frequency and no channel "
+                "count",
+                {}, remuxCommand(mPath));
         const uint64_t bits = mEntry.bitsPerSample;
         const bool isRaw = isMime(android::MEDIA_MIMETYPE_AUDIO_RAW) && mEntry.codecPrivate.empty();
         if (isRaw && bits != 16 && bits != 0)
             add("pcm_sample_size", Weight::kMute,
-                fmt::format("its samples have {} bits, which no key tells: the device takes 16 for granted",
+                fmt::format("noise comes out: its samples have {} bits, which no key tells, and the device "
+                            "takes 16 for granted",
                             bits),
                 {id::kAudio, id::kBitDepth}, recodeCommand(mPath, letter(), mTrack.ordinal, "pcm_s16le"));
         if (mEntry.timeScale != 1.0)
             add("track_time_scale", Weight::kLoss,
-                fmt::format("its TrackTimestampScale of {} is not looked at: its times are the file's",
+                fmt::format("its times are off: its TrackTimestampScale of {} is not looked at",
                             mEntry.timeScale),
                 {id::kTrackTimecodeScale}, remuxCommand(mPath));
     }
@@ -198,10 +203,11 @@ class Judge {
     void judgeTexts() {
         if (mVerdict.kind == "subtitle" && !mEntry.codecPrivate.empty())
             add("header_withheld", Weight::kNote,
-                "its CodecPrivate, where styles are defined, is not handed out", {id::kCodecPrivate});
+                "its styles are lost: its CodecPrivate, which defines them, is not handed out",
+                {id::kCodecPrivate});
         if (mVerdict.kind == "subtitle" || !mEntry.hasName) return;
-        add("name_as_language", Weight::kNote, "its Name is handed out in place of its language",
-            {id::kName});
+        add("name_as_language", Weight::kNote,
+            "its language is not told: its Name is handed out in its place", {id::kName});
     }
 
     const FileHead& mHead;

@@ -1,6 +1,7 @@
 // From findings to a verdict.
 #include <fmt/format.h>
 #include <algorithm>
+#include <set>
 
 #include "base/Text.h"
 #include "check/File.h"
@@ -35,8 +36,10 @@ const Finding* obstacleOf(const TrackVerdict& track) {
     return fatal != nullptr ? fatal : firstOf(track.findings, Weight::kMute);
 }
 
-// "no sound: track number 2: ..." when no track of the kind plays, though the file has some; else empty.
-std::string missing(const CheckedFile& checked, const char* kind, const char* lack) {
+// The first track's obstacle when no track of the kind plays, though the file has some: "no sound: track
+// number 2: ..."; else empty. What was told is put into `told`.
+std::string missing(const CheckedFile& checked, const char* kind, const std::string& lack,
+                    std::set<const Finding*>& told) {
     const TrackVerdict* first = nullptr;
     for (const TrackVerdict& track : checked.tracks) {
         if (track.kind != kind) continue;
@@ -44,9 +47,12 @@ std::string missing(const CheckedFile& checked, const char* kind, const char* la
         if (first == nullptr) first = &track;
     }
     const Finding* obstacle = first != nullptr ? obstacleOf(*first) : nullptr;
-    return obstacle != nullptr
-               ? fmt::format("{}: track number {}: {}", lack, first->number, obstacle->sentence)
-               : std::string();
+    if (obstacle == nullptr) return {};
+    told.insert(obstacle);
+    const std::string& sentence = obstacle->sentence;
+    const bool saysSo = sentence.compare(0, lack.size() + 2, lack + ": ") == 0;
+    return fmt::format("{}: track number {}: {}", lack, first->number,
+                       saysSo ? sentence.substr(lack.size() + 2) : sentence);
 }
 
 std::string fatalReason(const CheckedFile& checked) {
@@ -70,23 +76,18 @@ std::string nothingReason(const CheckedFile& checked) {
 // All that is less than it could be, the most telling first.
 std::vector<std::string> losses(const CheckedFile& checked) {
     std::vector<std::string> found;
+    std::set<const Finding*> told;
     for (const auto& [kind, lack] : {std::pair("video", "no picture"), std::pair("audio", "no sound"),
-                                     std::pair("subtitle", "no subtitles")}) {
-        const std::string text = missing(checked, kind, lack);
+                                     std::pair("subtitle", "no subtitle appears")}) {
+        const std::string text = missing(checked, kind, lack, told);
         if (!text.empty()) found.push_back(text);
     }
     for (const Weight weight : {Weight::kMute, Weight::kLoss}) {
         for (const TrackVerdict& track : checked.tracks) {
             if (weight == Weight::kMute && !plays(track)) {
-                if (const Finding* obstacle = obstacleOf(track)) {
-                    const std::string text =
-                        fmt::format("track number {}: {}", track.number, obstacle->sentence);
-                    const bool isTold = std::any_of(found.begin(), found.end(), [&](const std::string& told) {
-                        return told.size() > text.size() &&
-                               told.compare(told.size() - text.size(), text.size(), text) == 0;
-                    });
-                    if (!isTold) found.push_back(text);
-                }
+                const Finding* obstacle = obstacleOf(track);
+                if (obstacle != nullptr && told.count(obstacle) == 0)
+                    found.push_back(fmt::format("track number {}: {}", track.number, obstacle->sentence));
             }
             if (weight == Weight::kLoss)
                 for (const Finding& finding : track.findings)

@@ -2,9 +2,12 @@
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
 
 #include "base/Failure.h"
 #include "base/Similar.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "cli/HelpModel.h"
 
@@ -26,6 +29,23 @@ UsageFailure noSuchCommand(const CommandLine& line, const std::string& word) {
     return UsageFailure(
         fmt::format("there is no command {}{} ({} --help lists the commands)", printable(word),
                     similar.empty() ? "" : ", did you mean " + similar.front() + "?", line.app().get_name()));
+}
+
+// Descriptions of options go on below their beginning.
+size_t hangingOf(const std::string& line) {
+    constexpr size_t kDescriptions = 30;
+    const bool isOption =
+        line.size() > kDescriptions && line[kDescriptions] != ' ' && line[kDescriptions - 1] == ' ';
+    const size_t indent = std::min(line.find_first_not_of(' '), line.size());
+    return indent > 0 && isOption ? kDescriptions : indent + 2;
+}
+
+std::string fittedToTerminal(const std::string& help) {
+    const size_t width = terminalWidth(stdout);
+    std::istringstream lines(help);
+    std::string text;
+    for (std::string line; std::getline(lines, line);) text += wrapped(line, width, hangingOf(line)) + "\n";
+    return text;
 }
 
 UsageFailure wrongUsage(const CLI::App& app, const std::string& problem) {
@@ -182,19 +202,23 @@ std::optional<int> CommandLine::parse(int argc, char** argv) {
         mApp->parse(argc, argv);
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return mApp->exit(error);  // --help, --version
+        if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr) {
+            fmt::print("{}", help());
+            return error.get_exit_code();
+        }
+        if (error.get_exit_code() == 0) return mApp->exit(error);  // --version
         if (const auto word = wrongCommand(*mApp)) throw noSuchCommand(*this, *word);
         throw wrongUsage(*mApp, error.what());
     }
 }
 
 std::string CommandLine::help() const {
-    return mApp->help();
+    return fittedToTerminal(mApp->help());
 }
 
 std::string CommandLine::help(const std::string& command) const {
     try {
-        return mApp->get_subcommand(command)->help(mApp->get_name());
+        return fittedToTerminal(mApp->get_subcommand(command)->help(mApp->get_name()));
     } catch (const CLI::OptionNotFound&) {
         throw noSuchCommand(*this, command);
     }

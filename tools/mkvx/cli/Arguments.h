@@ -98,6 +98,7 @@ class CommandLine {
     // The work of the command that parse() found.
     int run() const { return mChosen(); }
 
+    // What --help prints, broken at the width of the terminal that standard output is.
     std::string help() const;
     // What --help of that command prints. Throws UsageFailure where there is none of this name.
     std::string help(const std::string& command) const;

@@ -12,6 +12,7 @@ struct Evidence {
 
     std::string element;         // its name; empty where the bytes are no element
     uint64_t offset = 0;         // of the element's header
+    uint64_t dataOffset = 0;     // of its payload, where the bytes are
     uint64_t size = 0;           // of its payload
     std::vector<uint8_t> bytes;  // of its payload, the first kMostBytes at most
 };

@@ -32,6 +32,7 @@ Evidence describe(CMatroskaFile& file, const CMatroskaNode& node) {
     Evidence evidence;
     evidence.element = elementName(node.Id());
     evidence.offset = node.HeaderStart();
+    evidence.dataOffset = node.DataStart();
     evidence.size = node.Size();
     evidence.bytes = firstBytes(file, node.DataStart(), node.Size());
     return evidence;
@@ -222,7 +223,7 @@ Evidence FileHead::evidenceAt(uint64_t position) const {
 
 Evidence FileHead::bytesAt(uint64_t offset, uint64_t size) const {
     Evidence evidence;
-    evidence.offset = offset;
+    evidence.offset = evidence.dataOffset = offset;
     evidence.size = size;
     evidence.bytes = firstBytes(mFile, offset, size);
     return evidence;

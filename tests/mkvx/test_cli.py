@@ -162,8 +162,8 @@ def test_progress(binary, sample):
     """On a slow source there is a line a second; each is of its own, and says more."""
     runs = [subprocess.Popen([binary, *args, '--progress', 'json', '--late', late, sample], stdout=subprocess.DEVNULL,
                              stderr=subprocess.PIPE, text=True)
-            for args, late in ((['packets'], '2ms'), (['tree', '--all'], '0.1s'), (['decode'], '2ms'),
-                               (['cost', '--demux', '--seeks', '0'], '1ms'), (['extract', '--track', '0', '-o', '/dev/null'], '2ms'))]
+            for args, late in ((['packets'], '10ms'), (['tree', '--all'], '0.1s'), (['decode'], '20ms'),
+                               (['cost', '--demux', '--seeks', '0'], '5ms'), (['extract', '--track', '0', '-o', '/dev/null'], '10ms'))]
     for run in runs:
         first, second = [json.loads(run.stderr.readline())['progress'] for _ in range(2)]
         run.kill()

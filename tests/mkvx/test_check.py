@@ -153,7 +153,7 @@ CASES = {
     'twins': (film(mp3(1), mp3(1), blocks=[craft.simple_block(1, 0, UNIT)]), 'plays_with_losses',
               {'duplicate_number': ('loss', 'both have the TrackNumber 1')}),
     'silent': (film(avc(), mp3(), blocks=[craft.simple_block(1, 0, UNIT)]), 'plays_with_losses', {'no_blocks': ('mute', 'no block')}),
-    'config-cut': (film(avc(), craft.audio(2, 'A_AC3', craft.private(bytes(range(108))))), 'plays_with_losses',
+    'config-cut': (film(avc(), craft.audio(2, 'A_DTS', craft.private(bytes(range(108))))), 'plays_with_losses',
                    {'config_cut': ('loss', '108 bytes without the last')}),
     'doctype': (craft.matroska([mp3(1)], doctype='mastroka'), 'nothing_plays', {'other_doctype': ('mute', '"mastroka"')}),
     'doctype-none': (GOOD.replace(craft.text(0x4282, 'matroska'), craft.text(0xEC, 'matroska')), 'nothing_plays',

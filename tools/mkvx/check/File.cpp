@@ -10,6 +10,7 @@
 #include "check/Proposals.h"
 #include "check/Remedy.h"
 #include "check/SeekTrials.h"
+#include "check/Stream.h"
 #include "device/ElementIds.h"
 #include "device/Session.h"
 #include "source/OpenSource.h"
@@ -64,6 +65,7 @@ void describeOffers(const Session& session, const std::vector<JudgedTrack>& trac
         const TrackInfo& info = session.info().tracks[*verdict.index];
         verdict.mime = info.mime;
         for (const ConfigRecord& record : info.config) verdict.config.push_back(summaryOf(record));
+        judgeStreamConfig(session.reader().head(), info, track);
         judgeDemands(session, checked.path, track);
         judgeOffered(session.reader().head(), checked.path, track, info);
     }
@@ -79,9 +81,10 @@ Examined examineUnits(const Session& session, const CheckDepth& depth, const std
     const FileHead& head = session.reader().head();
     for (const JudgedTrack& track : tracks) track.verdict->counts.emplace();
     const ByteAccount account = accountBytes(session.newBytes(), depth.onBytes);
-    const UnitPass pass = readAllUnits(session, checked.path, tracks, depth.onBytes);
+    UnitPass pass = readAllUnits(session, checked.path, tracks, depth.onBytes);
     judgeStructure(head, account, checked);
     judgeDelivery(head, tracks, account, pass.events, checked);
+    for (StreamProbe& probe : pass.probes) probe.finish();
     trySeeks(session, checked);
     return {account.clusters, pass.lastUs};
 }

@@ -5,6 +5,7 @@
 #include "base/Digest.h"
 #include "base/Json.h"
 #include "check/Plan.h"
+#include "codecs/Json.h"
 
 namespace mkvx {
 namespace {
@@ -98,6 +99,7 @@ Json trackJson(const TrackVerdict& track) {
             json["config"][record.key] = {{"size", record.size},
                                           {"bytes", toHex(record.bytes.data(), record.bytes.size())}};
     }
+    if (const Json stream = toJson(track.stream); !stream.empty()) json["stream"] = stream;
     if (track.dropped) json["dropped"] = findingJson(*track.dropped);
     json["findings"] = findingsJson(track.findings);
     if (const auto& counts = track.counts) {
@@ -122,6 +124,7 @@ TrackVerdict readTrack(const Json& json) {
         for (const auto& [key, record] : json.at("config").items())
             track.config.push_back({key, record.at("size"), fromHex(record.at("bytes"))});
     }
+    if (json.contains("stream")) track.stream = streamFactsOf(json["stream"]);
     if (json.contains("dropped")) track.dropped = readFinding(json["dropped"]);
     track.findings = readFindings(json.at("findings"));
     if (json.contains("units"))

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "check/Remedy.h"
+#include "codecs/StreamFacts.h"
 #include "device/Evidence.h"
 
 namespace mkvx {
@@ -83,6 +84,7 @@ struct TrackVerdict {
     std::optional<size_t> index;  // the framework's, when it is offered
     std::string mime;             // only when offered, like the next
     std::vector<ConfigSummary> config;
+    StreamFacts stream;  // by the configuration, or else the first units
     // Why it is not offered; absent when it is.
     std::optional<Finding> dropped;
     std::vector<Finding> findings;  // what else is to be said of it

@@ -91,10 +91,12 @@ class CheckPrinter {
     }
 
     static std::string configText(const TrackVerdict& track) {
-        std::string text;
+        std::string text = track.stream.text();
+        if (!text.empty()) text = ", " + text;
+        if (track.config.empty()) text += ", no configuration";
         for (const ConfigSummary& record : track.config)
             text += fmt::format(", {} {} bytes", record.key, record.size);
-        return text.empty() ? ", no configuration" : text;
+        return text;
     }
 
     static std::string unitsText(const TrackVerdict& track) {

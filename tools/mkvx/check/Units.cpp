@@ -19,6 +19,7 @@ struct Reading {
     TrackCounts* counts;  // the verdict's
     size_t ordinal;       // among the tracks of its kind
     std::unique_ptr<TrackReader> reader;
+    StreamProbe* probe;
     bool hasNalLengths;
     int64_t timeUs = INT64_MIN;
     std::optional<int64_t> lastUs;  // the latest until now
@@ -38,6 +39,8 @@ void readOne(Reading& reading) {
     reading.lastUs = std::max(reading.lastUs.value_or(timeUs), timeUs);
     ++reading.counts->units;
     reading.counts->unitBytes += unit->range_length();
+    reading.probe->take(static_cast<const uint8_t*>(unit->data()) + unit->range_offset(),
+                        unit->range_length(), timeUs);
     if (reading.hasNalLengths && unit->range_length() < reading.reader->storedSize()) ++reading.cut;
 }
 
@@ -52,7 +55,8 @@ bool hasNalLengths(const std::string& mime) {
     return mime == android::MEDIA_MIMETYPE_VIDEO_AVC || mime == android::MEDIA_MIMETYPE_VIDEO_HEVC;
 }
 
-Reading startReading(const Session& session, const JudgedTrack& judged, EventTallies& events) {
+Reading startReading(const Session& session, const JudgedTrack& judged, EventTallies& events,
+                     StreamProbe& probe) {
     const auto count = [&events](uint64_t trackNumber, size_t size) {
         EventTally& tally = events[trackNumber];
         ++tally.records;
@@ -67,16 +71,19 @@ Reading startReading(const Session& session, const JudgedTrack& judged, EventTal
     reading.counts = &*verdict.counts;
     reading.ordinal = judged.ordinal;
     reading.reader = std::make_unique<TrackReader>(session.newSource(track.index), std::move(twin));
+    reading.probe = &probe;
     reading.hasNalLengths = hasNalLengths(verdict.mime);
     return reading;
 }
 
 std::vector<Reading> startReadings(const Session& session, const std::vector<JudgedTrack>& tracks,
-                                   EventTallies& events) {
+                                   EventTallies& events, std::deque<StreamProbe>& probes) {
     std::vector<Reading> readings;
-    for (const JudgedTrack& track : tracks)
-        if (track.verdict->isOffered() && track.verdict->kind != "subtitle")
-            readings.push_back(startReading(session, track, events));
+    for (const JudgedTrack& track : tracks) {
+        if (!track.verdict->isOffered() || track.verdict->kind == "subtitle") continue;
+        probes.emplace_back(session.info().tracks[*track.verdict->index], *track.verdict);
+        readings.push_back(startReading(session, track, events, probes.back()));
+    }
     return readings;
 }
 
@@ -94,7 +101,7 @@ void tellCut(const FileHead& head, const std::string& path, const Reading& readi
 UnitPass readAllUnits(const Session& session, const std::string& path, const std::vector<JudgedTrack>& tracks,
                       const std::function<void(uint64_t)>& onBytes) {
     UnitPass pass;
-    std::vector<Reading> readings = startReadings(session, tracks, pass.events);
+    std::vector<Reading> readings = startReadings(session, tracks, pass.events, pass.probes);
     while (Reading* reading = furthestBehind(readings)) {  // each step moves one track on
         const uint64_t before = reading->counts->unitBytes;
         readOne(*reading);

@@ -1,12 +1,14 @@
 // A pass over everything that the offered tracks deliver.
 #pragma once
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "check/Stream.h"
 #include "check/Tracks.h"
 #include "device/Session.h"
 
@@ -20,7 +22,8 @@ using EventTallies = std::map<uint64_t, EventTally>;  // by TrackNumber
 
 struct UnitPass {
     EventTallies events;
-    std::optional<int64_t> lastUs;  // the latest start of a video or audio unit
+    std::optional<int64_t> lastUs;   // the latest start of a video or audio unit
+    std::deque<StreamProbe> probes;  // one for each track that was read, to be finished
 };
 
 // Reads each offered track to its end as a player does that goes on past units it cannot get, the track that

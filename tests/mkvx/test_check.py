@@ -333,7 +333,6 @@ def test_folders_names_and_order(mkvx, tmp_path):
     for path in 'b/FILM.MKV', 'b/sound.mka', 'a.webm', 'unnamed', 'notes.txt', 'c.mks':
         (tmp_path / path).parent.mkdir(exist_ok=True)
         (tmp_path / path).write_bytes(b'text' if path == 'notes.txt' else GOOD)
-    (tmp_path / 'loop').symlink_to(tmp_path)
     os.mkfifo(tmp_path / 'pipe.mkv')
     run = mkvx('check', '--brief', tmp_path, '/no/such.mkv')
     lines = run.out.splitlines()
@@ -344,6 +343,41 @@ def test_folders_names_and_order(mkvx, tmp_path):
     empty = tmp_path / 'empty'
     empty.mkdir()
     assert mkvx('check', empty).code == 1
+
+
+def nested_too_deep(folder):
+    """Folders within folders, until a path to the last one has more bytes than a system takes; where that is."""
+    name, at = 'd' * 250, os.open(folder, os.O_RDONLY)
+    for _ in range(4096 // len(name) + 1):
+        os.mkdir(name, dir_fd=at)
+        inner = os.open(name, os.O_RDONLY, dir_fd=at)
+        os.close(at)
+        at = inner
+    os.close(at)
+    return name
+
+
+def test_what_cannot_be_entered_is_said(mkvx, tmp_path):
+    for folder in 'real', 'other':
+        (tmp_path / folder).mkdir()
+        (tmp_path / folder / 'film.mkv').write_bytes(GOOD)
+    nested_too_deep(tmp_path / 'real')
+    for link, target in ('real/up', tmp_path), ('real/gone.mkv', 'nothing'), ('real/note', 'nothing'), ('real/self.mkv', 'self.mkv'), \
+            ('real/out', tmp_path / 'other'), ('real/twice', tmp_path / 'other'), ('real/film.webm', tmp_path / 'other/film.mkv'):
+        (tmp_path / link).symlink_to(target)
+
+    def judged(*options):
+        run = mkvx('check', '--json', *options, tmp_path / 'real')
+        assert run.code == 1
+        names = {os.path.relpath(f['file'], tmp_path): f for f in run.json()['files']}
+        deep = [name for name in names if '/ddd' in name]
+        assert 'the folder cannot be entered: File name too long' in names.pop(deep[0])['reason'] and len(deep) == 1
+        lost = [names.pop('real/gone.mkv'), names.pop('real/self.mkv')]
+        assert [f['verdict'] for f in lost] == ['unreadable'] * 2
+        assert 'leads nowhere: nothing' in lost[0]['reason'] and 'Too many levels of symbolic links' in lost[1]['reason']
+        return list(names), sorted(line.split(': ')[1][len(str(tmp_path)):] for line in run.err.splitlines())
+    assert judged() == (['real/film.mkv', 'real/film.webm'], ['/real/note', '/real/out', '/real/twice', '/real/up'])
+    assert judged('--follow') == (['real/film.mkv', 'real/film.webm', 'real/out/film.mkv'], ['/real/note'])
 
 
 def test_other_sources(binary, mkvx, write):

@@ -24,6 +24,7 @@ struct Options {
     CheckRunOptions run;
     bool isQuick = false;
     bool isBrief = false;
+    bool follows = false;
     Format format = Format::kTable;
 };
 
@@ -69,7 +70,8 @@ class Reporter {
 };
 
 int run(const Globals& globals, const Options& options) {
-    const std::vector<FoundFile> files = findFiles(options.paths);
+    const auto [files, passedOver] = findFiles(options.paths, options.follows);
+    for (const std::string& sentence : passedOver) fmt::print(stderr, "mkvx: {}\n", printable(sentence));
     if (files.empty())
         throw FileFailure(
             options.paths.front(),
@@ -101,6 +103,7 @@ void addCheckCommand(CommandLine& line, const Globals& globals) {
     command.value("--time-limit", options->run.timeLimit, "Seconds after which a file is given up")
         .within(0.01, 1e6)
         .showDefault();
+    command.flag("--follow", options->follows, "Follow links to folders, each folder once");
     command.flag("--quick", options->isQuick, "Only what opening tells: read no units, count no bytes");
     command.flag("--brief", options->isBrief, "Only the verdict lines and the table");
     addProgressOption(command, options->run.progress);

@@ -100,7 +100,7 @@ class Run {
     bool run() {
         while (!wasInterrupted() && (mNext < mFiles.size() || !mJobs.empty())) {
             while (mJobs.size() < mOptions.jobs && mNext < mFiles.size()) start();
-            wait();
+            if (!mJobs.empty()) wait();
             tell();
         }
         return !wasInterrupted();  // what still runs ends with mJobs
@@ -109,6 +109,7 @@ class Run {
   private:
     void start() {
         const std::string& path = mFiles[mNext].path;
+        if (!mFiles[mNext].problem.empty()) return tellProblem(mNext++);
         const auto limit = std::chrono::milliseconds(int64_t(mOptions.timeLimit * 1000));
         const auto examination = [&](int out, SharedCount& gone) {
             CheckDepth depth = mOptions.depth;
@@ -116,6 +117,16 @@ class Run {
             work(mPlugin, path, mOptions.source, depth, out);
         };
         mJobs.emplace_back(mNext++, examination, Clock::now() + limit);
+    }
+
+    // Of what cannot be examined.
+    void tellProblem(size_t place) {
+        CheckedFile checked;
+        checked.path = mFiles[place].path;
+        checked.reason = mFiles[place].problem;
+        ++mState.files;
+        mProgress.hide();
+        mOnResult(place, std::move(checked));
     }
 
     void tell() {

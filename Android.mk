@@ -38,6 +38,7 @@ LOCAL_SRC_FILES := \
     extractor/matroska/reader/Inflate.cpp \
     extractor/matroska/reader/Node.cpp \
     extractor/matroska/reader/Pieces.cpp \
+    extractor/matroska/reader/PlainCues.cpp \
     extractor/matroska/reader/Resync.cpp \
     extractor/matroska/reader/SeekIndex.cpp \
     extractor/matroska/reader/Segment.cpp \

@@ -27,6 +27,7 @@ set(EXTRACTOR_SOURCES
   matroska/reader/Inflate.cpp
   matroska/reader/Node.cpp
   matroska/reader/Pieces.cpp
+  matroska/reader/PlainCues.cpp
   matroska/reader/Resync.cpp
   matroska/reader/SeekIndex.cpp
   matroska/reader/Segment.cpp

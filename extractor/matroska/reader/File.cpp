@@ -49,25 +49,6 @@ bool CMatroskaFile::FarEndAnswers(uint64_t position, uint64_t size) const {
     return mSource->readAt(static_cast<off64_t>(position + size - 1), &last, 1) == 1;
 }
 
-// Counts one more read, unless opening has used up what it may.
-bool CMatroskaFile::MayAsk() const {
-    const uint64_t reads = limit::kOpeningReads + limit::kOpeningReadsPerByte * mOpening.furthest;
-    const uint64_t bytes = limit::kOpeningBytes + limit::kOpeningBytesPerByte * mOpening.furthest;
-    mOpening.isExhausted = mOpening.isExhausted || mOpening.reads >= reads || mOpening.bytes >= bytes;
-    if (!mOpening.isExhausted) ++mOpening.reads;
-    return !mOpening.isExhausted;
-}
-
-void CMatroskaFile::NoteDelivery(uint64_t end, uint64_t bytes) const {
-    mOpening.bytes += bytes;
-    mOpening.furthest = std::max(mOpening.furthest, end);
-}
-
-void CMatroskaFile::NoteServed(uint32_t bytes) {
-    NoteDelivery(mPosition, bytes);
-    mOpening.served += bytes;
-}
-
 // ---- pieces
 // ------------------------------------------------------------------------------------------------------
 
@@ -121,6 +102,14 @@ bool CMatroskaFile::HoldPiece(uint32_t size) {
     return isHeld;
 }
 
+HeldBytes CMatroskaFile::RestOfPiece(uint64_t position) const {
+    const HeldBytes held = mPieces.From(position);
+    const bool isInside = mWalk == Pieces::Walk::kWhole && position < mWholeEnd;
+    const uint64_t size = isInside ? std::min<uint64_t>(held.size, mWholeEnd - position) : 0;
+    const bool isSafe = !mOpening.isOn || CanAfford(size);
+    return held.Front(isSafe ? static_cast<uint32_t>(size) : 0);
+}
+
 bool CMatroskaFile::MayHold(uint32_t bytes) const {
     const uint64_t unused = limit::kUnusedBytes + limit::kUnusedBytesPerByte * mOpening.furthest;
     return mOpening.held + bytes <= mOpening.served + unused;
@@ -134,9 +123,8 @@ void CMatroskaFile::FinishOpening() {
 }
 
 bool CMatroskaFile::Admit(Kept kind, const CMatroskaNode* node) {
-    const size_t i = static_cast<size_t>(kind);
-    if (mKept[i] < limit::kMostKept[i]) {
-        ++mKept[i];
+    if (RoomFor(kind) != 0) {
+        Admit(kind, 1);
         return true;
     }
     Losses.Add(LossKind::kLimit, node->HeaderStart(), 0);

@@ -279,8 +279,14 @@ class Cue : public android::RefBase {
   public:
     Result Parse(CMatroskaNode* node);
 
-    // Appends a point with one position, as the scan of a file without Cues makes them. False where memory is
-    // refused.
+    // Appends a point, whose positions are appended already. False where memory is refused.
+    bool AddPoint(const CuePoint& point) {
+        const bool isLater = Points.empty() || Points.back().CueTime <= point.CueTime;
+        if (!Points.Append(point)) return false;
+        mIsOrdered = mIsOrdered && isLater;
+        return true;
+    }
+    // The same with one position, as the scan of a file without Cues makes them.
     bool AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition);
     const CueTrackPosition* PositionsOf(const CuePoint& point) const {
         return Positions.data() + point.FirstPosition;
@@ -295,7 +301,8 @@ class Cue : public android::RefBase {
     bool IsOrdered() const { return mIsOrdered; }
 
   private:
-    void NoteOrder();
+    void ParsePoint(CMatroskaNode* node);
+    void PassPlainPoints(CMatroskaNode* child, uint64_t end);
 
     bool mIsOrdered = true;
 };

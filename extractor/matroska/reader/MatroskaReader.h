@@ -112,6 +112,23 @@ class CMatroskaFile {
         Pieces::Walk mOuter;
     };
 
+    // What is held of the master that is read in pieces from `position` on, for a parser that takes many
+    // elements at a stroke; nothing where a limit of opening could be met within it.
+    HeldBytes RestOfPiece(uint64_t position) const;
+    // A header's worth of what is held at the position, with the same reserve.
+    HeldBytes HeldHeader() const {
+        const uint8_t* const held = mPieces.Find(mPosition, kMostHeader);
+        const bool isSafe = held != nullptr && (!mOpening.isOn || CanAfford(kMostHeader));
+        return {held, isSafe ? kMostHeader : 0, mPosition};
+    }
+    // Counts what a parser took of such bytes as the reads that it stands for. The position is where the last
+    // of them ends.
+    void PassHeld(const CountedBytes& taken) {
+        SeekTo(taken.position + static_cast<uint64_t>(taken.LastRead() - taken.begin));
+        mReads += taken.reads;
+        if (mOpening.isOn) NotePassed(taken);
+    }
+
     // An element's header begins at the position, within what ends at `end`.
     void ExpectHeader(uint64_t end) {
         if (mWalk == Pieces::Walk::kHeads) HoldHead(end);
@@ -179,6 +196,9 @@ class CMatroskaFile {
     // Counts the element at `node` as one more of its kind that is kept; false, with a loss, beyond the
     // limit.
     bool Admit(Kept kind, const CMatroskaNode* node);
+    // How many more of a kind are kept, and that so many, not more, were taken.
+    size_t RoomFor(Kept kind) const { return limit::kMostKept[Index(kind)] - mKept[Index(kind)]; }
+    void Admit(Kept kind, size_t count) { mKept[Index(kind)] += static_cast<uint32_t>(count); }
     // The same for the bytes of a string or binary that the model keeps.
     bool AdmitBytes(uint64_t position, uint64_t size);
     uint32_t ChapterDepth = 0;  // of the chapter atom that is being parsed
@@ -187,11 +207,36 @@ class CMatroskaFile {
   private:
     friend class ChildWalk;
 
+    static constexpr uint32_t kMostHeader = 4 + 8;  // bytes of an element's header
+
     Result WalkTopLevel(CMatroskaNode* root, bool entersSegments);
     void IndexTracks();
     bool FarEndAnswers(uint64_t position, uint64_t size) const;
-    bool MayAsk() const;
-    void NoteDelivery(uint64_t end, uint64_t bytes) const;
+    static constexpr size_t Index(Kept kind) { return static_cast<size_t>(kind); }
+    // So many reads of as many bytes are sure to be within what opening may ask for.
+    bool CanAfford(uint64_t count) const {
+        const uint64_t reads = limit::kOpeningReads + limit::kOpeningReadsPerByte * mOpening.furthest;
+        const uint64_t bytes = limit::kOpeningBytes + limit::kOpeningBytesPerByte * mOpening.furthest;
+        return !mOpening.isExhausted && mOpening.reads + count <= reads && mOpening.bytes + count <= bytes;
+    }
+    // Counts one more read, unless opening has used up what it may.
+    bool MayAsk() const {
+        mOpening.isExhausted = !CanAfford(1);
+        mOpening.reads += mOpening.isExhausted ? 0 : 1;
+        return !mOpening.isExhausted;
+    }
+    void NoteDelivery(uint64_t end, uint64_t bytes) const {
+        mOpening.bytes += bytes;
+        if (mOpening.furthest < end) mOpening.furthest = end;
+    }
+    void NoteServed(uint64_t bytes) {
+        NoteDelivery(mPosition, bytes);
+        mOpening.served += bytes;
+    }
+    void NotePassed(const CountedBytes& taken) {
+        mOpening.reads += taken.reads;
+        NoteServed(static_cast<uint64_t>(taken.next - taken.begin) - taken.skipped);
+    }
     Result ReadSource(uint8_t* buffer, uint32_t n) {
         const ssize_t got = mSource->readAt(static_cast<off64_t>(mPosition), buffer, n);
         if (got > 0) mPosition += static_cast<uint64_t>(got);
@@ -208,7 +253,6 @@ class CMatroskaFile {
     void HoldHead(uint64_t end);
     bool HoldPiece(uint32_t size);
     bool MayHold(uint32_t bytes) const;
-    void NoteServed(uint32_t bytes);
     void EndWalk(Pieces::Walk outer);
     void FinishOpening();
 

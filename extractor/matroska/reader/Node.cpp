@@ -3,39 +3,10 @@
 #include <algorithm>
 
 #include "matroska/reader/MatroskaReader.h"
-#include "matroska/reader/Vint.h"
 
 namespace MatroskaExtReader {
 
 using android::sp;
-
-namespace {
-
-// What two bytes did not hold of an ID and size.
-bool ReadLongElementHeader(CMatroskaFile& file, uint8_t (&bytes)[4 + 8], ElementHeader* header) {
-    const unsigned idLength = TakeNumber(IdLength, file, bytes, 2, 1);
-    TakenSize size;
-    if (idLength == 0 || TakeSize(file, bytes + idLength, 1, &size) == 0) return false;
-    header->id = static_cast<uint32_t>(AppendBigEndian(0, bytes, idLength));
-    header->size = size.value;
-    header->hasUnknownSize = size.isUnknown;
-    return true;
-}
-
-// The ID and size at the file's position, in as few reads as can be had without touching a byte behind them:
-// two bytes are always there, and each read's bytes say how many must follow.
-inline bool ReadElementHeader(CMatroskaFile& file, ElementHeader* header) {
-    uint8_t bytes[4 + 8];
-    if (Failed(file.Read(bytes, 2))) return false;
-    const bool isShort = bytes[0] >= 0x80 && bytes[1] >= 0x80 && bytes[1] != 0xFF;
-    if (!isShort) return ReadLongElementHeader(file, bytes, header);
-    header->id = bytes[0];
-    header->size = bytes[1] & 0x7Fu;
-    header->hasUnknownSize = false;
-    return true;
-}
-
-}  // namespace
 
 CMatroskaNode::CMatroskaNode(CMatroskaFile* file)
     : mFile(file), mIsValid(true), mHeaderStart(0), mDataStart(0), mOpenEnd(0) {
@@ -57,11 +28,21 @@ void CMatroskaNode::BecomeChildOf(const CMatroskaNode* parent) {
     mParent.mIsOpenCluster = parent->HasUnknownSize() && parent->Id() == id::kCluster;
 }
 
+// From what is held, if a whole header is.
+inline bool CMatroskaNode::TakeHeader() {
+    CountedBytes held(mFile->HeldHeader());
+    if (held.next == held.end) return MatroskaExtReader::TakeHeader(*mFile, &mHeader);
+    const bool isTaken = MatroskaExtReader::TakeHeader(held, &mHeader);
+    mFile->PassHeld(held);
+    if (isTaken && mHeader.hasUnknownSize) mHeader.size = mFile->LeftInFile();
+    return isTaken;
+}
+
 inline Result CMatroskaNode::Decode() {
     mHeaderStart = mFile->Position();
     mOpenEnd = 0;
     mFile->ExpectHeader(EnclosingEnd());
-    mIsValid = ReadElementHeader(*mFile, &mHeader);
+    mIsValid = TakeHeader();
     mDataStart = mFile->Position();
     if (!mIsValid) Forget();
     return mIsValid ? kOk : kFailure;

@@ -13,19 +13,13 @@
 #include <stdint.h>
 
 #include "matroska/reader/CheckedMath.h"
+#include "matroska/reader/ElementHeader.h"
 #include "matroska/reader/ElementIds.h"
 #include "matroska/reader/Values.h"
 
 namespace MatroskaExtReader {
 
 class CMatroskaFile;
-
-// What stands in front of an element's payload.
-struct ElementHeader {
-    uint32_t id = 0;
-    uint64_t size = 0;            // of the payload; what is left of the file where it is unknown
-    bool hasUnknownSize = false;  // the size field held the marker of an unknown size
-};
 
 class CMatroskaNode : public android::RefBase {
   public:
@@ -106,6 +100,7 @@ class CMatroskaNode : public android::RefBase {
     void BecomeChildOf(const CMatroskaNode* parent);
     void Forget();
     bool Find(uint32_t id, bool scan);
+    bool TakeHeader();
     Result Decode();
     bool Step();
     bool Resync();

@@ -12,7 +12,9 @@
 
 #include <media/stagefright/DataSource.h>
 
+#include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <memory>
 
@@ -26,6 +28,47 @@ struct HeldBytes {
 
     HeldBytes Front(uint32_t n) const { return {data, n, position}; }
     HeldBytes Behind(uint32_t n) const { return {data + n, size - n, position + n}; }
+};
+
+// Held bytes that a parser takes from the front, with the reads that it would have asked the file for.
+struct CountedBytes {
+    const uint8_t* begin;
+    const uint8_t* next;
+    const uint8_t* end;
+    uint64_t position;  // of `begin`, in the file
+    uint64_t reads;
+    uint64_t skipped;   // bytes that no read delivered
+    uint64_t lastSkip;  // of these, those directly in front of `skipEnd`
+    const uint8_t* skipEnd;
+
+    explicit CountedBytes(const HeldBytes& held)
+        : begin(held.data),
+          next(held.data),
+          end(held.data + held.size),
+          position(held.position),
+          reads(0),
+          skipped(0),
+          lastSkip(0),
+          skipEnd(nullptr) {}
+    bool Take(uint8_t* out, unsigned n) {
+        if (static_cast<size_t>(end - next) < n) return false;
+        memcpy(out, next, n);
+        Pass(n);
+        return true;
+    }
+    void Pass(unsigned n) {
+        next += n;
+        ++reads;
+    }
+    void Skip(uint64_t n) {
+        next += n;
+        skipped += n;
+        lastSkip = n;
+        skipEnd = next;
+    }
+    // Where the last read ended.
+    const uint8_t* LastRead() const { return next == skipEnd ? next - lastSkip : next; }
+    static uint64_t LeftInFile() { return 0; }  // only the file knows
 };
 
 class Pieces {

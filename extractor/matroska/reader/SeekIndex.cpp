@@ -25,6 +25,17 @@ bool IsDescending(const Array<IndexItem>& items) {
     return true;
 }
 
+// The value of the Cluster's first Timecode, 0 where there is none. Looks for it with `child`.
+uint64_t FirstTimecode(const CMatroskaNode* cluster, CMatroskaNode* child) {
+    CUInt value;
+    bool isInside = child->MoveToFirstChildOf(cluster);
+    while (isInside && child->Id() != id::kClusterTimecode) {  // bounded: every step moves forward
+        isInside = child->Next(false);
+    }
+    if (isInside) (void)value.Parse(child);
+    return value.Get();
+}
+
 }  // namespace
 
 void CMatroskaFile::RebuildIndex() {
@@ -35,6 +46,7 @@ void CMatroskaFile::RebuildIndex() {
     cue->IsSynthesised = true;
     const android::sp<CMatroskaNode> root = new CMatroskaNode(this);
     const android::sp<CMatroskaNode> segment = root->Child(id::kSegment, true);
+    const android::sp<CMatroskaNode> child = new CMatroskaNode(this);
     android::sp<CMatroskaNode> node;
     if (segment != nullptr) node = segment->Child(id::kCluster, true);
     while (node != nullptr) {  // bounded: every step moves forward
@@ -42,9 +54,7 @@ void CMatroskaFile::RebuildIndex() {
             Losses.Add(LossKind::kLimit, node->HeaderStart(), 0);
             break;
         }
-        AutoPtr<Cluster> cluster = new Cluster;
-        (void)cluster->ParseTimeCode(node.get());
-        const uint64_t time = cluster->Timecode.Get();
+        const uint64_t time = FirstTimecode(node.get(), child.get());
         Segment.Info.Duration.Set(RoundedToSingle(time));
         if (!cue->AddPoint(time, master, node->HeaderStart() - Segment.DataStart))
             Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), 0);

@@ -1,0 +1,107 @@
+#include "matroska/reader/PlainCues.h"
+
+namespace MatroskaExtReader {
+
+namespace {
+
+// Apart, so that what it is given need not be in memory.
+bool TakeOtherHeader(CountedBytes* ahead, ElementHeader* header) {
+    return TakeHeader(*ahead, header) && !header->hasUnknownSize;
+}
+
+// The header of the next child of a master that ends at `end`, within which the child has to lie. Nearly all
+// have an ID and a size of a byte each.
+inline bool TakeChild(CountedBytes& ahead, const uint8_t* end, ElementHeader* child) {
+    const uint8_t* const bytes = ahead.next;
+    if (end - bytes >= 2 && bytes[0] >= 0x80 && bytes[1] >= 0x80 && bytes[1] != 0xFF) {
+        child->id = bytes[0];
+        child->size = bytes[1] & 0x7Fu;
+        ahead.Pass(2);
+    } else {
+        CountedBytes copy = ahead;
+        ElementHeader header;
+        if (!TakeOtherHeader(&copy, &header)) return false;
+        ahead = copy;
+        *child = header;
+    }
+    return ahead.next <= end && child->size <= static_cast<uint64_t>(end - ahead.next);
+}
+
+// The number of `size` bytes, 1 to 8, at `bytes`, behind which there are `left` in all.
+inline uint64_t NumberAt(const uint8_t* bytes, uint64_t left, unsigned size) {
+    if (left < 8) return AppendBigEndian(0, bytes, size);
+    uint64_t eight;
+    memcpy(&eight, bytes, 8);
+    return __builtin_bswap64(eight) >> (64 - 8 * size);
+}
+
+// The payload of a child: a number, or what nobody reads.
+inline bool TakePayload(CountedBytes& ahead, uint64_t size, uint64_t* number) {
+    if (number == nullptr) {
+        ahead.Skip(size);
+        return true;
+    }
+    if (size > 8) return false;
+    *number = 0;
+    if (size == 0) return true;
+    *number = NumberAt(ahead.next, ahead.end - ahead.next, static_cast<unsigned>(size));
+    ahead.Pass(static_cast<unsigned>(size));
+    return true;
+}
+
+inline bool TakePosition(CountedBytes& ahead, uint64_t size, CueTrackPosition* position) {
+    const uint8_t* const end = ahead.next + size;
+    ElementHeader child;
+    do {  // bounded: every child has a header
+        if (!TakeChild(ahead, end, &child) || child.id == id::kCueReference) return false;
+        if (!TakePayload(ahead, child.size, NumberOf(position, child.id))) return false;
+    } while (ahead.next != end);
+    return true;
+}
+
+// The children of a CuePoint of `size` bytes; their positions are appended.
+inline bool TakePoint(CountedBytes& ahead, uint64_t size, Cue* cue, CuePoint* point) {
+    const uint8_t* const end = ahead.next + size;
+    ElementHeader child;
+    do {  // bounded: every child has a header
+        if (!TakeChild(ahead, end, &child)) return false;
+        if (child.id == id::kCueTrackPositions) {
+            CueTrackPosition position;
+            position.FirstReference = static_cast<uint32_t>(cue->References.size());
+            if (!TakePosition(ahead, child.size, &position) || !cue->Positions.Append(position)) return false;
+        } else if (!TakePayload(ahead, child.size, NumberOf(point, child.id))) {
+            return false;
+        }
+    } while (ahead.next != end);
+    return true;
+}
+
+}  // namespace
+
+size_t TakePlainPoints(CountedBytes* bytes, size_t mostPoints, size_t mostPositions, Cue* cue,
+                       PlainElement* last) {
+    const size_t firstPosition = cue->Positions.size();
+    CountedBytes ahead = *bytes;
+    size_t taken = 0;
+    for (; taken < mostPoints; ++taken) {  // bounded by the bytes
+        const CountedBytes before = ahead;
+        const size_t positions = cue->Positions.size();
+        ElementHeader header;
+        CuePoint point;
+        point.FirstPosition = static_cast<uint32_t>(positions);
+        bool isPlain = TakeChild(ahead, ahead.end, &header) && header.id == id::kCuePoint;
+        const uint8_t* const data = ahead.next;
+        isPlain = isPlain && TakePoint(ahead, header.size, cue, &point);
+        point.PositionCount = static_cast<uint32_t>(cue->Positions.size() - positions);
+        if (!isPlain || cue->Positions.size() - firstPosition > mostPositions || !cue->AddPoint(point)) {
+            while (cue->Positions.size() > positions) cue->Positions.PopBack();
+            ahead = before;
+            break;
+        }
+        *last = {header, before.next, data};
+    }
+    *bytes = ahead;
+    return taken;
+}
+
+}  // namespace MatroskaExtReader

@@ -105,6 +105,19 @@ def test_zoom_shows_less_and_all_again(browser, report, sample):
     assert (browser.text('#zoom-range'), browser.run(STROKES, 1, 'keys')) == whole
 
 
+def test_charts_reach_as_far_as_anything_in_them(browser, report):
+    """The last Clusters hold nothing that is delivered, and seeks go on to the duration."""
+    tracks = [craft.audio(1, 'A_MPEG/L3'), craft.audio(2, 'A_UNHEARD')]
+    late = [craft.cluster(1000 * i, craft.simple_block(2, 0, b'none')) for i in range(1, 6)]
+    for duration_ms, end in (8000.0, '00:00:08.000'), (500.0, '00:00:05.000'):
+        browser.open(report(craft.matroska(tracks, craft.cluster(0, GOOD, craft.simple_block(1, 400, b'last')), *late,
+                                           duration_ms=duration_ms, cue_for=1)))
+        assert browser.text('#zoom-range').endswith(end)
+        outside = browser.run("""return [...document.querySelectorAll('#seek-chart circle')].map(e => [
+            e.getBoundingClientRect().right, e.closest('svg').getBoundingClientRect().right]).filter(([at, end]) => at > end + 1)""")
+        assert outside == []
+
+
 EVIL = '</script><script>window.caught=1</script><img src=x onerror="window.caught=1">{{script}}'
 
 

@@ -37,17 +37,16 @@ const timelines = report.timelines.map(timelineOf);
 const clusters = rows(report.layout.clusters, ['size', 'blocks']);
 const indexEntries = rows(report.index, []);
 
-// From the first to the last thing that has a time; the declared duration counts only where nothing else does, so
-// that a false one does not squeeze everything into a corner.
+// From the first to the last thing that has a time: nothing that the charts draw lies outside, whether a unit is
+// delivered there or not.
 const timeSpan = (() => {
-  let begin = 0, end = 0;
-  for (const line of timelines) {
-    begin = Math.min(begin, line.first_us || 0);
-    end = Math.max(end, line.last_us || 0);
-  }
-  if (end === 0 && clusters.length > 0) end = clusters[clusters.length - 1].t;
-  if (report.duration_us > end && report.duration_us < 2 * end) end = report.duration_us;
-  return [begin, end > begin ? end : begin + (report.duration_us > 0 ? report.duration_us : 1e6)];
+  const times = [0, report.duration_us, ...report.seeks.map(seek => seek.target_us)];
+  for (const line of timelines) times.push(line.first_us || 0, line.last_us || 0);
+  for (const list of [clusters, indexEntries, ...timelines.map(line => line.cues)])
+    if (list.length > 0) times.push(list[0].t, list[list.length - 1].t);
+  for (const chapter of report.chapters) times.push(chapter.start_us);
+  const [begin, end] = d3.extent(times);
+  return [begin, end > begin ? end : begin + 1e6];
 })();
 
 const trackName = index => {

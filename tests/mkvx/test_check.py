@@ -25,10 +25,10 @@ def mp3(no=2):
     return craft.audio(no, 'A_MPEG/L3')
 
 
-def film(*tracks, blocks=(), **options):
-    """Each track has a block; the Cues name the first track unless told otherwise."""
+def film(*tracks, blocks=(), behind=(), **options):
+    """Each track has a block; the Cues name the first track unless told otherwise. `behind`: elements behind the Cluster."""
     own = [craft.simple_block(i + 1, i, UNIT) for i in range(len(tracks))] if not blocks else blocks
-    return craft.matroska(tracks, craft.cluster(0, *own), **{'cue_for': 1, **options})
+    return craft.matroska(tracks, craft.cluster(0, *own), *behind, **{'cue_for': 1, **options})
 
 
 def encoding(algorithm, scope=1, order=0, settings=b''):
@@ -56,6 +56,22 @@ EVENTS = [craft.simple_block(1, 0, UNIT), craft.block_group(2, 1, ASS + b'one', 
           craft.simple_block(1, 3, UNIT)]
 BAD_LACE = craft.bad_laces(1, 1)
 GOOD = film(avc(), mp3())
+VP9 = bytes.fromhex('8249834200003f002ff6380000') + bytes(20)  # 64 x 48
+
+
+def beside(no, addition_id, data, frame=UNIT):
+    """A block with something beside its frame."""
+    more = craft.element(0xA6, craft.uint(0xEE, addition_id) + craft.element(0xA5, data))
+    block = craft.element(0xA1, bytes([0x80 | no, 0, 0, 0]) + frame)
+    return craft.element(0xA0, block + craft.element(0x75A1, more))
+
+
+def chapters(*times, ordered=True, more=b''):
+    """Times in seconds."""
+    atoms = [craft.element(0xB6, craft.uint(0x91, start * 10**9) + craft.uint(0x92, end * 10**9) + more) for start, end in times]
+    return craft.element(0x1043A770, craft.element(0x45B9, craft.uint(0x45DD, ordered) + b''.join(atoms)))
+
+
 HEAD = len(craft.element(0x1A45DFA3, craft.text(0x4282, 'matroska') + craft.uint(0x4285, 2)))
 
 # name: (file, verdict, {code: (weight, part of the sentence)}), with at least every finding that is more than a note.
@@ -164,6 +180,14 @@ CASES = {
                      {'size_damaged': ('note', 'size field of the Segment at %d is damaged: it says 135' % HEAD)}),
     'block-size': (film(avc(), mp3(), blocks=[craft.simple_block(1, 0, UNIT), b'\xa3\1\x40' + bytes(6) + b'\x82\0\0\x80']),
                    'plays_with_losses', {'blocks_unreadable': ('mute', 'past the end')}),
+    'alpha': (film(craft.video(1, 'V_VP9'), blocks=[beside(1, 1, b'alpha', VP9)] * 3), 'plays_with_losses',
+              {'alpha_withheld': ('loss', '15 bytes in the BlockAdditions of 3 blocks')}),
+    'hdr10+': (film(avc(), blocks=[beside(1, 4, b'light')]), 'plays_with_losses', {'additions_withheld': ('loss', 'HDR10+')}),
+    'ordered': (film(avc(), behind=[chapters((5, 9), (0, 5))]), 'plays_with_losses', {'chapters_ordered': ('loss', 'by the 2 chapters')}),
+    'ordered-plain': (film(avc(), behind=[chapters((0, 5), (5, 9))]), 'plays', {'chapters_ordered': ('note', 'the same here')}),
+    'ordered-not': (film(avc(), behind=[chapters((5, 9), (0, 5), ordered=False)]), 'plays', {}),
+    'linked': (film(avc(), behind=[chapters((0, 5), ordered=False, more=craft.element(0x6E67, b'u' * 16))]), 'plays_with_losses',
+               {'chapters_linked': ('loss', '1 chapter lies in another file')}),
     'too-new': (film(mp3(1)).replace(craft.uint(0x4285, 2), craft.uint(0x4285, 3)), 'nothing_plays', {'doctype_too_new': ('mute', 'version 3')}),
     'no-tracks': (craft.matroska([]), 'nothing_plays', {'no_tracks': ('mute', 'no TrackEntry')}),
     'riff': (b'RIFF....WAVE', 'no_matroska', {'not_claimed': ('mute', '1A 45 DF A3')}),

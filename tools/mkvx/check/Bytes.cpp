@@ -27,6 +27,7 @@ class ByteCount {
         }
         leave(0);
         count(mAccount.unreachable, mWalk.end());
+        mAccount.extras = mExtras.finish();
         return std::move(mAccount);
     }
 
@@ -80,6 +81,8 @@ class ByteCount {
         count(mAccount.metadata, element.dataOffset);
         if (element.id == id::kCluster) ++mAccount.clusters;
         if (element.id == id::kClusterTimecode) takeTime(element);
+        mExtras.take(element, mWay, mBlockTrack, mWalk);
+        if (element.id == id::kBlockAdditional) return count(mAccount.additions, element.end);
         if (isMaster(element.info) && mWay.size() < kMostDepth) return mWay.push_back(element);
         count(mAccount.metadata, element.end);
         mWalk.skipChildren();
@@ -106,6 +109,7 @@ class ByteCount {
 
     void block(const Element& element) {
         const BlockReading reading = mWalk.readBlock(mTime);
+        mBlockTrack = reading.track;
         count(mAccount.metadata, std::min(reading.dataOffset, element.end));
         const bool isNew = mAccount.blocks.count(reading.track) == 0;
         if (isNew && mAccount.blocks.size() >= ElementWalk::kMostTracks)
@@ -137,6 +141,8 @@ class ByteCount {
     ByteAccount mAccount;
     std::vector<Element> mWay;  // the masters that the walk is in
     uint64_t mAt = 0;
+    ExtrasTally mExtras;
+    uint64_t mBlockTrack = 0;   // of the last block
     bool mIsOpenEnded = false;  // the Segment does not say where it ends
     uint64_t mTime = 0;         // of the Cluster, in timecode units
 };

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "check/Extras.h"
 #include "device/Losses.h"
 
 namespace mkvx {
@@ -32,6 +33,7 @@ struct ByteAccount {
     static constexpr size_t kMostKept = 16;
 
     uint64_t metadata = 0, padding = 0, damaged = 0, unreachable = 0;
+    uint64_t additions = 0;                 // payload beside the frames of blocks, which nobody reads
     std::map<uint64_t, BlockTally> blocks;  // by the number that a block names
     uint64_t clusters = 0;
     uint64_t segments = 0;
@@ -43,6 +45,7 @@ struct ByteAccount {
         uint64_t position = 0;  // of the element
     };
     std::optional<Missing> missing;
+    Extras extras;
 };
 
 // Every byte is counted once: in a number above, or as the payload of blocks. Only the first Segment's

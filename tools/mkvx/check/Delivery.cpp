@@ -213,6 +213,7 @@ class Arrivals {
     ByteShares shares() const {
         ByteShares shares;
         shares.metadata = mAccount.metadata;
+        shares.notOffered = mAccount.additions;
         shares.padding = mAccount.padding;
         shares.damaged = mAccount.damaged;
         shares.unreachable = mAccount.unreachable;

@@ -84,6 +84,7 @@ Examined examineUnits(const Session& session, const CheckDepth& depth, const std
     UnitPass pass = readAllUnits(session, checked.path, tracks, depth.onBytes);
     judgeStructure(head, account, checked);
     judgeDelivery(head, tracks, account, pass.events, checked);
+    judgeExtras(head, account.extras, checked);
     for (StreamProbe& probe : pass.probes) probe.finish();
     trySeeks(session, checked);
     return {account.clusters, pass.lastUs};

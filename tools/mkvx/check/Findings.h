@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "check/Bytes.h"
+#include "check/Extras.h"
 #include "check/Model.h"
 #include "check/Tracks.h"
 #include "check/Units.h"
@@ -27,6 +28,9 @@ void judgeStructure(const FileHead& head, const ByteAccount& account, CheckedFil
 // Fills in what of each track arrives, and with it the shares of the file's bytes.
 void judgeDelivery(const FileHead& head, const std::vector<JudgedTrack>& tracks, const ByteAccount& account,
                    const EventTallies& events, CheckedFile& checked);
+
+// What a file holds that a device does not show.
+void judgeExtras(const FileHead& head, const Extras& extras, CheckedFile& checked);
 
 // Subtitle tracks whose events cannot arrive by what opening tells alone.
 void judgeSubtitles(const Session& session, const std::vector<JudgedTrack>& tracks, CheckedFile& checked);

@@ -97,7 +97,7 @@ struct TrackVerdict {
 // Where the file's bytes go. Together they are the file's size.
 struct ByteShares {
     uint64_t delivered = 0;    // payloads of blocks that reach a source
-    uint64_t notOffered = 0;   // payloads of blocks that reach none
+    uint64_t notOffered = 0;   // payloads of blocks that reach none, and what blocks hold beside their frames
     uint64_t metadata = 0;     // everything that describes, block headers and attachments included
     uint64_t padding = 0;      // Void, CRC-32
     uint64_t damaged = 0;      // skipped to find the next element, or a block that cannot be read

@@ -60,7 +60,7 @@ function showLayout() {
 }
 
 function showShares(place) {
-  const names = {delivered: 'payload that is delivered', not_offered: 'payload of tracks that are not offered', metadata: 'headers, descriptions, attachments',
+  const names = {delivered: 'payload that is delivered', not_offered: 'payload of tracks that are not offered, and beside frames', metadata: 'headers, descriptions, attachments',
     padding: 'padding and checksums', damaged: 'damaged', unreachable: 'behind what is looked at'};
   place.append(el('h3', {}, 'What becomes of the bytes'), table('Share of the file', ['Bytes that are', '#Bytes', '#Share'],
     Object.entries(report.shares).filter(([, size]) => size > 0)

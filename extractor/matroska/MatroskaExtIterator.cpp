@@ -53,8 +53,7 @@ MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlo
 
 void MatroskaExtIterator::reset() {
     ForgetPlace();
-    const CMatroskaFile::Heads heads(mFile);
-    if (mFile->SegmentNode() != nullptr) mCluster = mFile->SegmentNode()->Child(id::kCluster, true);
+    mCluster = mFile->FirstCluster();
 }
 
 void MatroskaExtIterator::ForgetPlace() {

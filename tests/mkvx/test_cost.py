@@ -53,7 +53,7 @@ def test_every_read_is_in_one_stage(mkvx, sample, write, kind):
 def test_every_unit_is_every_byte(mkvx, sample):
     units = sum(unit['size'] for unit in mkvx('packets', '--format', 'jsonl', sample).lines() if unit['track'] < 2)
     demux = ledgers(mkvx, '--demux', sample)['uncached']['stages']['demux']
-    assert demux['bytes'] >= units and demux['largest'] > 1000 and demux['smallest'] == 1
+    assert demux['bytes'] >= units and demux['largest'] > 1000 and demux['smallest'] < 100
 
 
 @pytest.mark.parametrize('block', [4, 64])

@@ -258,6 +258,38 @@ TEST(Reading, GroupsThatClaimWhatFollowsAreReadOnce) {
     EXPECT_LE(many.reading.bytesRead, 8u << 20);
 }
 
+// Eight tracks are read and then sought about in, eight times each: a lace number is read in pieces, and a
+// search for what follows damage or for the first Cluster is made once.
+TEST(Reading, WhatIsNoUnitCostsFewReadsHoweverOftenItIsMet) {
+    constexpr uint64_t kMany = 1000000, kMostReads = 3000;
+    Elements tracks;
+    for (size_t i = 1; i <= 8; ++i) tracks.push_back(Mpeg2Track(i));
+    const Elements head = {Info(100000), Master(id::kTracks, tracks)};
+    const Bytes front = OpenSegment(head), lacing = Hex("8100020201"),
+                unit = Piece({Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("AA"))})}),
+                laced = Piece({Master(id::kCluster, {Uint(id::kClusterTimecode, 0)}).UnknownSize(1),
+                               Holding(id::kSimpleBlock, lacing.size() + kMany + 2)});
+    const struct {
+        const char* name;
+        Content file;
+        const char* outcome;
+    } rows[] = {
+        {"damage", {Stretch{front}, Stretch{unit}, Stretch{Bytes(1), kMany}}, "8 tracks, 1 unit"},
+        {"Voids in front of the Cluster",
+         {Stretch{front}, Stretch{EmptyVoid(), kMany / 100}, Stretch{unit}},
+         "8 tracks, 1 unit"},
+        {"a lace number",
+         {Stretch{Concat({front, laced, lacing})}, Stretch{Hex("FF"), kMany}, Stretch{Hex("00AA")}},
+         "8 tracks, 1 unit"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Outcome outcome = ThrowHostile(row.file);
+        EXPECT_EQ(row.outcome, outcome.Text());
+        EXPECT_LE(outcome.reading.reads, kMostReads);
+    }
+}
+
 // Cues that name two Clusters by turns, neither with a key frame: a seek must not go through both each time.
 TEST(Reading, ASeekGoesThroughABoundedNumberOfBlocks) {
     constexpr size_t kMany = 20000;

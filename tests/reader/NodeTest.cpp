@@ -115,13 +115,17 @@ Document Damaged(const Bytes& damage, size_t trailing = 3000) {
 }
 
 // What the walk meets behind the first child: the offset from the damage and the ID, or "end".
-std::string MeetsBehindDamage(const Document& file) {
-    OpenFile open(file.bytes);
-    const sp<CMatroskaNode> node = open.SegmentNode()->Child(0, false);
-    if (!node->Next(false)) return "end";
+std::string MeetsBehindDamage(OpenFile& open, const Document& file) {
+    const sp<CMatroskaNode> segment = open.SegmentNode();
+    const sp<CMatroskaNode> node = segment != nullptr ? segment->Child(0, false) : nullptr;
+    if (node == nullptr || !node->Next(false)) return "end";
     std::ostringstream out;
     out << std::hex << node->Id() << std::dec << " at " << node->HeaderStart() - file.HeaderOf("damage");
     return out.str();
+}
+std::string MeetsBehindDamage(const Document& file) {
+    OpenFile open(file.bytes);
+    return MeetsBehindDamage(open, file);
 }
 
 // Deliberate: the four bytes at the front of the buffer are compared, not those at the candidate, and the
@@ -173,6 +177,19 @@ TEST(Resync, GivesUpBeyondItsBoundAndAtTheEnd) {
     EXPECT_EQ("end", MeetsBehindDamage(Damaged(Concat({Bytes(1021 * 5136), Hex("1F43B67584E7820000")}))));
     // A buffer that cannot be filled ends the search, also where the bytes would have matched.
     EXPECT_EQ("end", MeetsBehindDamage(Damaged(Hex("1F43B675 00"), 1000)));
+}
+
+TEST(Resync, WhatASourceDidNotGiveOnceIsSearchedAgain) {
+    const Document file = Damaged(Concat({Bytes(1021 * 3), Hex("1F43B67584E7820000")}));
+    OpenFile sound(file.bytes);
+    MeetsBehindDamage(sound, file);
+    for (uint64_t call = 0; call < sound.source->Reads(); ++call) {
+        Faults faults;
+        faults.errorAtCall = call;
+        OpenFile open(file.bytes, faults);
+        MeetsBehindDamage(open, file);
+        EXPECT_EQ("43b6 at 3064", MeetsBehindDamage(open, file)) << call;
+    }
 }
 
 TEST(Resync, TheWalkContinuesBehindWhatWasFound) {

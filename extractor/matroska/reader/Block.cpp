@@ -198,6 +198,7 @@ Result SimpleBlock::ParseData(CMatroskaNode* node, const TrackEntry* track, bool
     if (Lacing() == kLacingNone) {
         hasRoom = FrameSizes.Append(DataSize);
     } else {
+        const CMatroskaFile::Whole header(file, DataPosition + DataSize);
         const LacingResult lacing =
             DecodeLacing(Lacing(), DataPosition + DataSize, *file,
                          [&](uint64_t size) { hasRoom = hasRoom && FrameSizes.Append(size); });
@@ -344,6 +345,7 @@ Result SimpleBlock::ReadPlain(CMatroskaNode* node, uint8_t* out, long& len) {
     len = 0;
     file->SeekTo(DataPosition);
     if (Lacing() != kLacingNone) {
+        const CMatroskaFile::Whole header(file, DataPosition + DataSize);
         if (!PassLacing(Lacing(), DataPosition + DataSize, *file, &size))
             return Refuse(node, LossKind::kBadLacing);
     }

@@ -59,6 +59,16 @@ Result CMatroskaFile::Init() {
     return mSegmentNode != nullptr ? kOk : kFailure;
 }
 
+android::sp<CMatroskaNode> CMatroskaFile::FirstCluster() {
+    if (mSegmentNode != nullptr && !mKnowsFirstCluster) {
+        const Heads heads(this);
+        const uint64_t trouble = mFailedReads + Losses.Count();
+        mFirstCluster = mSegmentNode->Child(id::kCluster, true);
+        mKnowsFirstCluster = !mOpening.isOn && mFailedReads + Losses.Count() == trouble;
+    }
+    return mFirstCluster != nullptr ? mFirstCluster->Copy() : nullptr;
+}
+
 uint32_t CMatroskaFile::GetTrackCnt() const {
     size_t count = 0;
     for (const AutoPtr<Track>& tracks : Segment.Tracks) count += tracks->Entries.size();

@@ -57,10 +57,18 @@ CMatroskaFile::Heads::Heads(CMatroskaFile* file) : mFile(file), mOuter(file->mWa
 }
 
 CMatroskaFile::Whole::Whole(const CMatroskaNode* node) : mFile(node->File()), mOuter(mFile->mWalk) {
-    if (mOuter == Pieces::Walk::kWhole || mOuter == Pieces::Walk::kExact || node->HasUnknownSize()) return;
+    if (!node->HasUnknownSize()) Begin(node->End(), Pieces::kLeast);
+}
+
+CMatroskaFile::Whole::Whole(CMatroskaFile* file, uint64_t end) : mFile(file), mOuter(file->mWalk) {
+    Begin(end, Pieces::kHead);
+}
+
+void CMatroskaFile::Whole::Begin(uint64_t end, uint32_t firstPiece) {
+    if (mOuter == Pieces::Walk::kWhole || mOuter == Pieces::Walk::kExact) return;
     mFile->mWalk = Pieces::Walk::kWhole;
-    mFile->mWholeEnd = std::min(node->End(), mFile->mLength);
-    mFile->mNextPiece = Pieces::kLeast;
+    mFile->mWholeEnd = std::min(end, mFile->mLength);
+    mFile->mFirstPiece = mFile->mNextPiece = firstPiece;
 }
 
 // What a walk within another one holds is of use to both; and where it was refused a piece, so is the outer.
@@ -74,7 +82,7 @@ void CMatroskaFile::EndWalk(Pieces::Walk outer) {
 const uint8_t* CMatroskaFile::HoldMore(uint32_t n) {
     if (mPosition >= mWholeEnd || n > mWholeEnd - mPosition) return nullptr;
     const bool goesOn = mPosition - mPieces.Begin() <= 2 * mPieces.Size();
-    mNextPiece = goesOn ? std::min(2 * mNextPiece, Pieces::kMost) : Pieces::kLeast;
+    mNextPiece = goesOn ? std::min(2 * mNextPiece, Pieces::kMost) : mFirstPiece;
     const uint32_t size = static_cast<uint32_t>(std::min<uint64_t>(mNextPiece, mWholeEnd - mPosition));
     return n <= size && HoldPiece(size) ? mPieces.Find(mPosition, n) : nullptr;
 }

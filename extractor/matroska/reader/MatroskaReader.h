@@ -103,11 +103,16 @@ class CMatroskaFile {
     class Whole {
       public:
         explicit Whole(const CMatroskaNode* node);
+        // What stands from the position on is read so, as far as it is asked for and never past `end`: the
+        // pieces are no longer than a head at first.
+        Whole(CMatroskaFile* file, uint64_t end);
         ~Whole() { mFile->EndWalk(mOuter); }
         Whole(const Whole&) = delete;
         Whole& operator=(const Whole&) = delete;
 
       private:
+        void Begin(uint64_t end, uint32_t firstPiece);
+
         CMatroskaFile* mFile;
         Pieces::Walk mOuter;
     };
@@ -184,6 +189,9 @@ class CMatroskaFile {
     BlockRunCache Blocks;
 
     CMatroskaNode* SegmentNode() const { return mSegmentNode.get(); }
+    // A node of its own on the Segment's first Cluster, or null. It is looked for once, unless there was
+    // damage on the way or a read failed: then each time, with the same losses.
+    android::sp<CMatroskaNode> FirstCluster();
     uint32_t MasterTrack() const { return mMasterTrack; }
     uint64_t TimecodeScale() const { return Segment.Info.TimecodeScale.Get(); }
     // Timecode units to microseconds, in wrapping unsigned 64-bit arithmetic.
@@ -191,6 +199,12 @@ class CMatroskaFile {
         return MultiplyWrappingDivide(units, TimecodeScale(), 1000);
     }
     Inflater& SharedInflater() { return mInflater; }
+
+    // ---- damage ----
+    // Searches the level-1 element behind a header at `start` that cannot be decoded, and goes to where
+    // decoding goes on; false where there is none. A search is made once however many walks come by: where
+    // it ended is remembered, unless it was the source that failed.
+    bool SeekBehindDamage(uint64_t start);
 
     // ---- limits and losses ----
     // Counts the element at `node` as one more of its kind that is kept; false, with a loss, beyond the
@@ -256,6 +270,13 @@ class CMatroskaFile {
     void EndWalk(Pieces::Walk outer);
     void FinishOpening();
 
+    bool SearchLevelOne(uint64_t start, bool* isFinal);
+
+    // Where the search from `start` stopped.
+    struct Search {
+        uint64_t start, stop;
+        bool isFound;
+    };
     // What opening has cost so far.
     struct OpeningCost {
         bool isOn = false;
@@ -271,20 +292,22 @@ class CMatroskaFile {
     uint64_t mPosition;
     Pieces mPieces;
     Pieces::Walk mWalk;
-    uint64_t mWholeEnd = 0;   // of the master that is read in pieces
-    uint32_t mNextPiece = 0;  // how large its next piece may be
+    uint64_t mWholeEnd = 0;                    // of the master that is read in pieces
+    uint32_t mFirstPiece = 0, mNextPiece = 0;  // how large they may be
     uint64_t mReads = 0;
     uint64_t mFailedReads = 0;
     uint64_t mLength;
     bool mHasKnownLength;
     bool mCachesNetwork;
-    android::sp<CMatroskaNode> mSegmentNode;
+    android::sp<CMatroskaNode> mSegmentNode, mFirstCluster;
+    bool mKnowsFirstCluster = false;
     uint32_t mMasterTrack;
     Array<IndexItem> mIndex;             // ascending by Time
     Array<TrackEntry*> mTracksByNumber;  // ascending; owned by the Segment
     uint32_t mKept[sizeof(limit::kMostKept) / sizeof(limit::kMostKept[0])] = {};  // by Kept
     uint64_t mKeptBytes;
     Array<android::sp<CMatroskaNode>> mSpareNodes;  // for ChildWalk
+    Array<Search> mSearches;                        // ascending by start
     Inflater mInflater;
 };
 

@@ -95,7 +95,7 @@ def test_faults_are_met_where_they_were_asked_for(mkvx, sample, expected):
     assert (same.code, same.out) == (0, expected)
     payloads = [json.loads(line)['sha1'] for line in expected.splitlines()]
     units = []
-    for args in (['--fail-at', '1'], ['--fail-at', '1200'], ['--fail-at', '1200+'], ['--short-reads=500']):
+    for args in (['--fail-at', '1'], ['--fail-at', '400'], ['--fail-at', '400+'], ['--short-reads=500']):
         runs = [packets(mkvx, *args, '--all', sample) for _ in range(2)]
         assert (runs[0].out, runs[0].err) == (runs[1].out, runs[1].err)
         units.append([unit['sha1'] for unit in runs[0].lines()])

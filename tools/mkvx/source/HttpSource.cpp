@@ -12,7 +12,7 @@ namespace {
 
 using End = HttpAnswer::End;
 
-constexpr unsigned kMostBreaks = 4;  // of one request, before the source is given up
+constexpr unsigned kMostBreaks = 4;  // within one block, before the source is given up
 constexpr uint64_t kMib = 1 << 20;
 
 bool mayPass(int status) {
@@ -133,7 +133,7 @@ bool HttpSource::fetch(BlockCache::Run run) {
     const uint64_t blockSize = mCache.blockSize();
     const uint64_t last = std::min((run.first + run.count) * blockSize, end()) - 1;
     Filler filler(mCache, run.first * blockSize, last + 1);
-    for (unsigned breaks = 0; !filler.isFull();) {  // each turn brings a block more, or counts as a break
+    for (unsigned breaks = 0; !filler.isFull();) {  // each turn ends a block, or counts as a break
         const uint64_t asked = filler.at();
         const HttpAnswer answer =
             mClient->get(asked, last, [&](const HttpAnswer& head, const uint8_t* bytes, size_t size) {
@@ -146,7 +146,7 @@ bool HttpSource::fetch(BlockCache::Run run) {
             return true;
         }
         if (filler.isFull()) break;
-        breaks += filler.at() - asked < blockSize ? 1 : 0;
+        breaks = filler.at() / blockSize > asked / blockSize ? 0 : breaks + 1;
         if (const auto reason = judge(answer, asked, filler.at(), breaks)) {
             findings()->isBroken = true;
             note(*reason);

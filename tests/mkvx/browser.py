@@ -15,16 +15,17 @@ class Browser:
         options.set_capability('goog:loggingPrefs', {'browser': 'ALL', 'performance': 'ALL'})
         self.driver = webdriver.Chrome(service=Service('/usr/bin/chromedriver'), options=options)
 
-    def open(self, page, width=1280, scheme='light'):
+    def open(self, page, width=1280, scheme='light', media='', scripts=True):
         """Loads the page at a width; returns the console's messages and the URLs that were asked for beside its own."""
+        self.driver.execute_cdp_cmd('Emulation.setScriptExecutionDisabled', {'value': not scripts})
         for log in 'browser', 'performance':
             self.driver.get_log(log)
         self.driver.execute_cdp_cmd('Emulation.setEmulatedMedia',
-                                    {'features': [{'name': 'prefers-color-scheme', 'value': scheme}]})
+                                    {'media': media, 'features': [{'name': 'prefers-color-scheme', 'value': scheme}]})
         self.driver.execute_cdp_cmd('Emulation.setDeviceMetricsOverride',
                                     {'width': width, 'height': 900, 'deviceScaleFactor': 1, 'mobile': width < 600})
         self.driver.get(page.as_uri())
-        assert self.run('return document.documentElement.dataset.ready') == 'true'
+        assert not scripts or self.run('return document.documentElement.dataset.ready') == 'true'
         messages = [entry['message'] for entry in self.driver.get_log('browser')]
         events = [json.loads(entry['message'])['message'] for entry in self.driver.get_log('performance')]
         urls = [event['params']['request']['url'] for event in events if event['method'] == 'Network.requestWillBeSent']

@@ -134,12 +134,50 @@ def test_texts_of_the_file_stay_texts(browser, report):
     for selector in '#track-table', '#chapter-table', '#attachment-table':
         assert EVIL in browser.text(selector)
     assert '<img' in browser.text('h1')
+    assert browser.open(page, scripts=False) == ([], []) and browser.run('return document.images.length') == 0
+    browser.open(page)
     # What did get in could do nothing: the page's policy stops scripts and requests.
     blocked = browser.driver.execute_async_script('''const done = arguments[0], seen = [];
         addEventListener('securitypolicyviolation', event => { seen.push(event.effectiveDirective); if (seen.length === 2) done(seen); });
         const box = document.body.appendChild(document.createElement('div'));
         box.innerHTML = '<p onclick="window.caught=1"></p><img src="http://127.0.0.1:9/x">';''')
     assert sorted(blocked) == ['img-src', 'script-src-attr']
+
+
+@pytest.fixture
+def silent(report, sample):
+    return report((sample.parent / 'silent.mkv').read_bytes(), name='it is silent.mkv')
+
+
+COMMAND = "ffmpeg -i 'it is silent.mkv' -map 0 -c copy -c:a:0 ac3 mended.mkv"
+
+
+@pytest.mark.parametrize('width', [390, 1280])
+def test_is_readable_without_scripts(browser, silent, mkvx, sample, width):
+    assert browser.open(silent, width, scripts=False) == ([], [])
+    seen = browser.driver.find_element('tag name', 'body').text
+    assert re.match('(?s)What a device gets out of\nit is silent.mkv\nplays with losses: no sound.*47,155 bytes.*' + re.escape(COMMAND), seen)
+    checked = mkvx('check', '--json', sample.parent / 'silent.mkv').json()['files'][0]
+    for track in checked['tracks']:
+        for finding in track['findings'] + [track.get('dropped')] * ('dropped' in track):
+            assert finding['sentence'] in seen and f"at {finding['evidence']['data_offset']}: " in seen
+    assert 'scripts switched off' in seen and not {'Timeline', 'Seeking', 'Copy', 'None.'} & set(seen.split('\n'))
+    assert browser.run('return document.documentElement.scrollWidth') <= width
+
+
+def test_command_is_copied(browser, silent):
+    browser.open(silent)
+    browser.driver.execute_cdp_cmd('Browser.grantPermissions', {'permissions': ['clipboardReadWrite', 'clipboardSanitizedWrite']})
+    browser.driver.find_element('class name', 'copy').click()
+    assert browser.driver.execute_async_script('navigator.clipboard.readText().then(arguments[0])') == COMMAND
+
+
+def test_is_dark_on_white_paper(browser, report, sample):
+    """Whatever the screen's colours; what only a screen can use is left out."""
+    browser.open(report(sample), scheme='dark', media='print')
+    assert browser.run("return [...document.querySelectorAll('nav, .toolbar, .copy, footer details')].every(e => !e.offsetWidth)")
+    assert browser.run("return getComputedStyle(document.body).backgroundColor") == 'rgb(255, 255, 255)'
+    assert browser.run(CONTRAST, 'h1, h2, p, dt, dd, th, td, figcaption span, .state', 'color') >= 4.5
 
 
 def many_units(count):
@@ -165,9 +203,10 @@ AUDIO = [craft.audio(1, 'A_MPEG/L3')]
     (craft.matroska([craft.audio(1, 'A_MPEG/L3', craft.stripped(b'>'))], craft.cluster(0, GOOD, craft.bad_laces(1, 1), GOOD)), '#charts', '1 block could not be read: a player stops after 00:00:00.000'),
     (craft.matroska(AUDIO, craft.cluster(0, GOOD))[:-3], '#layout', r'goes on behind the end of the file[\d,]+3'),
     (craft.matroska([craft.audio(1, 'A_UNHEARD')], craft.cluster(0, GOOD)), '#track-table', 'dropped.*A_UNHEARD'),
-    (craft.matroska([craft.audio(1, 'A_VORBIS', craft.private(b''))], craft.cluster(0, GOOD)), '#verdict', 'stops the media process'),
+    (craft.matroska([craft.audio(1, 'A_VORBIS', craft.private(b''))], craft.cluster(0, GOOD)), 'main', r'Not examined.*ends over it'),
+    (craft.matroska(AUDIO, craft.cluster(0, GOOD), doctype='other'), 'main', r'^((?!Chapters|Timeline|Size).)*Not examined((?!None).)*$'),
     (craft.matroska(AUDIO, duration_ms=0.0), '#seeking', 'ends the stream'),
-], ids=['damage', 'unreadable block', 'cut off', 'dropped', 'stops', 'empty'])
+], ids=['damage', 'unreadable block', 'cut off', 'dropped', 'stops', 'refused', 'empty'])
 def test_what_is_wrong_is_said(browser, report, file, section, told):
     assert browser.open(report(file)) == ([], [])
     assert re.search(told, browser.text(section).strip(), re.S), browser.text(section)

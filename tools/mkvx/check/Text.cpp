@@ -37,14 +37,6 @@ std::string bytesText(const Evidence& evidence) {
     return isText ? fmt::format("{} \"{}\"", hex, text) : hex;
 }
 
-std::string evidenceText(const Evidence& evidence) {
-    const std::string bytes =
-        fmt::format("{} at {}:{}", counted(evidence.size, "byte"), evidence.dataOffset, bytesText(evidence));
-    return evidence.element.empty()
-               ? bytes
-               : fmt::format("{} at {}, its {}", evidence.element, evidence.offset, bytes);
-}
-
 class CheckPrinter {
   public:
     explicit CheckPrinter(std::FILE* out) : mOut(out), mPaint(out), mWidth(terminalWidth(out)) {}
@@ -155,6 +147,14 @@ class CheckPrinter {
 };
 
 }  // namespace
+
+std::string evidenceText(const Evidence& evidence) {
+    const std::string bytes =
+        fmt::format("{} at {}:{}", counted(evidence.size, "byte"), evidence.dataOffset, bytesText(evidence));
+    return evidence.element.empty()
+               ? bytes
+               : fmt::format("{} at {}, its {}", evidence.element, evidence.offset, bytes);
+}
 
 void renderChecked(const CheckedFile& checked, bool isBrief, std::FILE* out) {
     CheckPrinter printer(out);

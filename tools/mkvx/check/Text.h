@@ -1,6 +1,7 @@
 // The examination's result as text for people.
 #pragma once
 #include <cstdio>
+#include <string>
 #include <vector>
 
 #include "check/Model.h"
@@ -9,6 +10,9 @@ namespace mkvx {
 
 // One verdict line and, unless `isBrief`, what there is to say of each track and of the file.
 void renderChecked(const CheckedFile& checked, bool isBrief, std::FILE* out);
+
+// "CodecID at 438, its 6 bytes at 440: 41 5F ..."
+std::string evidenceText(const Evidence& evidence);
 
 // The worst first; how many there are of each verdict at the end.
 void renderCheckSummary(std::vector<CheckedFile> files, std::FILE* out);

@@ -6,6 +6,7 @@
 namespace mkvx {
 
 extern const std::string_view kReportTemplate;
+extern const std::string_view kReportCharts;  // the sections that scripts fill
 extern const std::string_view kReportStyle;
 extern const std::string_view kReportScript;
 extern const std::string_view kReportLibrary;

@@ -76,6 +76,7 @@ void collect(const Session& session, Progress& progress, ReportPage& page) {
     readContents(session, page);
     readSeeks(session, page);
     readLosses(session.reader(), page);
+    page.isRead = true;
 }
 
 }  // namespace

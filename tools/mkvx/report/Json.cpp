@@ -18,15 +18,6 @@ int64_t number(uint64_t value) {
     return int64_t(std::min(value, uint64_t(kMostNumber)));
 }
 
-// A file may hold megabytes of text where a name is expected.
-std::string shortText(const std::string& text) {
-    constexpr size_t kMostBytes = 400;
-    if (text.size() <= kMostBytes) return printable(text);
-    size_t end = kMostBytes;
-    while (end > kMostBytes - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-    return printable(std::string_view(text).substr(0, end)) + " \xE2\x80\xA6";
-}
-
 template <typename T>
 void set(Json& object, const char* name, const std::optional<T>& value) {
     if (value) object[name] = number(int64_t(*value));
@@ -100,44 +91,16 @@ Json timelineJson(const TrackTimeline& line) {
     return object;
 }
 
-Json findingJson(const Finding& finding) {
-    Json object;
-    object["weight"] = toString(finding.weight);
-    object["sentence"] = finding.sentence;
-    if (!finding.remedy.empty()) object["remedy"] = shortText(finding.remedy.text);
-    if (finding.evidence) {
-        object["element"] = finding.evidence->element;
-        object["offset"] = number(finding.evidence->offset);
-    }
-    return object;
-}
-
-Json findingsJson(const std::vector<Finding>& findings) {
-    Json list = Json::array();
-    for (const Finding& finding : findings) list.push_back(findingJson(finding));
-    return list;
-}
-
 void addFormat(Json& object, const TrackInfo& info) {
     set(object, "width", info.width);
     set(object, "height", info.height);
     set(object, "sample_rate", info.sampleRate);
     set(object, "channels", info.channels);
-    if (info.language) object["language"] = shortText(*info.language);
-    object["config"] = Json::array();
-    for (const ConfigRecord& record : info.config)
-        object["config"].push_back(fmt::format("{} {} B", record.key, record.bytes.size()));
 }
 
 Json trackJson(const TrackVerdict& track, const FileInfo& info) {
     Json object;
-    object["number"] = number(track.number);
     object["kind"] = track.kind;
-    object["codec"] = shortText(track.codecId);
-    object["position"] = number(track.position);
-    object["findings"] = findingsJson(track.findings);
-    if (track.dropped) object["dropped"] = findingJson(*track.dropped);
-    if (!track.index) return object;
     object["index"] = *track.index;
     object["mime"] = shortText(track.mime);
     if (*track.index < info.tracks.size()) addFormat(object, info.tracks[*track.index]);
@@ -148,20 +111,17 @@ Json tracksJson(const ReportPage& page) {
     Json list = Json::array();
     for (const TrackVerdict& track : page.checked.tracks) {
         if (list.size() == ReportPage::kMostRows) break;
-        list.push_back(trackJson(track, page.info));
+        if (track.index) list.push_back(trackJson(track, page.info));
     }
     return list;
 }
 
 Json layoutJson(const FileLayout& layout) {
-    Json object, bytes = Json::array(), regions = Json::array();
-    for (const auto& [name, size] : layout.bytesByName) bytes.push_back({name, number(size)});
+    Json object, regions = Json::array();
     for (const Region& region : layout.regions)
         regions.push_back({region.name, number(region.begin), number(region.end), region.elements});
-    object["bytes"] = bytes;
     object["regions"] = regions;
     object["cut"] = layout.isCut;
-    object["missing"] = number(layout.missing);
     object["clusters"] = clustersJson(layout.clusters);
     return object;
 }
@@ -222,55 +182,31 @@ uint64_t addChapters(const std::vector<Chapter>& chapters, size_t edition, size_
     return count;
 }
 
-Json attachmentJson(const Attachment& file) {
-    return {{"name", shortText(file.name)},
-            {"mime", shortText(file.mime)},
-            {"description", shortText(file.description)},
-            {"position", number(file.offset)},
-            {"size", number(file.size)}};
-}
-
 void addLists(Json& object, const ReportPage& page) {
-    object["seeks"] = object["chapters"] = object["attachments"] = object["losses"] = Json::array();
+    object["seeks"] = object["chapters"] = object["losses"] = Json::array();
     for (const SeekProbe& seek : page.seeks) object["seeks"].push_back(seekJson(seek));
     uint64_t chapters = 0;
     for (size_t i = 0; i < page.chapters.editions.size(); ++i)
         chapters += addChapters(page.chapters.editions[i], i, 0, object["chapters"]);
-    for (const Attachment& file : page.attachments.files)
-        if (object["attachments"].size() < ReportPage::kMostRows)
-            object["attachments"].push_back(attachmentJson(file));
     for (const LossRow& row : page.losses)
         object["losses"].push_back({row.what, number(row.position), number(row.size)});
     object["chapter_count"] = chapters;
-    object["attachment_count"] = page.attachments.files.size();
-    object["losses_cut"] = page.isLossListFull;
-}
-
-Json sharesJson(const ByteShares& shares) {
-    return {{"delivered", number(shares.delivered)}, {"not_offered", number(shares.notOffered)},
-            {"metadata", number(shares.metadata)},   {"padding", number(shares.padding)},
-            {"damaged", number(shares.damaged)},     {"unreachable", number(shares.unreachable)}};
 }
 
 }  // namespace
 
+std::string shortText(const std::string& text) {
+    constexpr size_t kMostBytes = 400;
+    if (text.size() <= kMostBytes) return printable(text);
+    size_t end = kMostBytes;
+    while (end > kMostBytes - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+    return printable(std::string_view(text).substr(0, end)) + " \xE2\x80\xA6";
+}
+
 std::string reportJson(const ReportPage& page) {
-    const CheckedFile& checked = page.checked;
     Json object = newResult();
-    object["file"] = shortText(page.name);
-    object["size"] = number(checked.size);
-    object["verdict"] = toString(checked.verdict);
-    object["verdict_text"] = describe(checked.verdict);
-    object["reason"] = shortText(checked.reason);
-    object["container_mime"] = shortText(page.info.containerMime);
+    object["size"] = number(page.checked.size);
     object["duration_us"] = number(page.durationUs);
-    object["doc_type"] = shortText(page.docType);
-    object["title"] = shortText(page.title);
-    object["muxing_app"] = shortText(page.muxingApp);
-    object["writing_app"] = shortText(page.writingApp);
-    object["findings"] = findingsJson(checked.findings);
-    if (checked.shares) object["shares"] = sharesJson(*checked.shares);
-    object["track_count"] = checked.tracks.size();
     object["offered_count"] = page.info.tracks.size();
     object["tracks"] = tracksJson(page);
     object["timelines"] = Json::array();

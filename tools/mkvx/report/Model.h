@@ -85,6 +85,7 @@ struct ReportPage {
 
     std::string name;  // of the file, without its folders
     CheckedFile checked;
+    bool isRead = false;  // all that follows; otherwise the verdict is all there is
     FileInfo info;
     int64_t durationUs = 0;
     std::string title, muxingApp, writingApp, docType;

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "base/Text.h"
 #include "report/Assets.h"
+#include "report/Html.h"
 
 namespace mkvx {
 namespace {
@@ -28,29 +28,6 @@ std::string policy() {
         "default-src 'none'; script-src {} {}; style-src {}; img-src data:; base-uri 'none'; form-action "
         "'none'",
         policyHash(kReportLibrary), policyHash(kReportScript), policyHash(kReportStyle));
-}
-
-std::string escapeHtml(std::string_view text) {
-    std::string out;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            default:
-                out += c;
-        }
-    }
-    return out;
 }
 
 // Nothing in a script element may look like markup; in JSON these characters stand in strings only.
@@ -83,16 +60,40 @@ std::string fill(std::string_view text, const Parts& parts) {
     }
 }
 
+// The way to the sections that are there.
+std::string navigation(const ReportPage& page, const ReportBody& body) {
+    std::string links;
+    const auto add = [&](bool isThere, const char* id, const char* name, const char* kind = "") {
+        if (isThere) links += fmt::format("<a href=\"#{}\" class=\"{}\">{}</a>\n", id, kind, name);
+    };
+    add(!body.findings.empty(), "findings", "The file");
+    add(!body.tracks.empty(), "tracks", "Tracks");
+    add(page.isRead, "timeline", "Timeline", "scripted");
+    add(page.isRead, "seeking", "Seeking", "scripted");
+    add(!body.layout.empty(), "layout", "Layout");
+    add(body.rest.find("id=\"chapters\"") != std::string::npos, "chapters", "Chapters");
+    add(body.rest.find("id=\"attachments\"") != std::string::npos, "attachments", "Attachments");
+    return links;
+}
+
 }  // namespace
 
 std::string reportHtml(const ReportPage& page) {
-    return fill(kReportTemplate, {{"policy", escapeHtml(policy())},
-                                  {"title", escapeHtml(printable(page.name))},
+    const ReportBody body = reportBody(page);
+    return fill(kReportTemplate, {{"policy", html::escaped(policy())},
+                                  {"title", html::text(page.name)},
                                   {"version", MKVX_VERSION},
                                   {"style", std::string(kReportStyle)},
+                                  {"head", body.head},
+                                  {"nav", navigation(page, body)},
+                                  {"findings", body.findings},
+                                  {"tracks", body.tracks},
+                                  {"charts", page.isRead ? std::string(kReportCharts) : std::string()},
+                                  {"layout", body.layout},
+                                  {"rest", body.rest},
                                   {"library", std::string(kReportLibrary)},
                                   {"script", std::string(kReportScript)},
-                                  {"licence", escapeHtml(kReportLicence)},
+                                  {"licence", html::escaped(kReportLicence)},
                                   {"data", escapeScriptData(reportJson(page))}});
 }
 

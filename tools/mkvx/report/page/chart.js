@@ -136,6 +136,7 @@ class Chart {
 
   draw(x, width) {
     this.x = x;
+    this.svg.setAttribute('viewBox', `0 0 ${width} ${this.height}`);  // on paper the drawing shrinks as a whole
     this.plot.selectAll('*').remove();
     this.parts.draw(this.plot, x, width);
     this.drawAxis(x, width);

@@ -1,4 +1,6 @@
 'use strict';
+document.documentElement.dataset.scripts = 'on';  // shows what only scripts fill
+
 // Numbers and times as this page writes them, and elements made of plain text: no string of the file is ever
 // parsed as markup.
 

@@ -38,13 +38,8 @@ function layoutParts(regions, losses) {
   };
 }
 
-function percent(part, whole) {
-  const share = whole > 0 ? 100 * part / whole : 0;
-  return share > 0 && share < 0.001 ? '< 0.001 %' : `${share.toFixed(share < 0.1 ? 3 : 1)} %`;
-}
-
 function showLayout() {
-  const {regions, bytes: byName, cut} = report.layout, chart = byId('layout-chart'), tables = byId('layout-tables');
+  const {regions, cut} = report.layout, chart = byId('layout-chart');
   const view = new View([0, Math.max(report.size, 1)], (domain, most) => ({ticks: d3.ticks(...domain, Math.min(most, 8)), text: bytes}));
   const caption = el('figcaption', {}, el('strong', {}, 'From the first to the last byte'),
     el('span', {class: 'detail'}, exactBytes(report.size)));
@@ -52,31 +47,4 @@ function showLayout() {
   chart.append(new Chart(view, 76, caption, 'The elements of the file in their order; the table below sums them up',
     layoutParts(regions, report.losses)).figure, legend(...seen.map(([name, text]) => [name, text])));
   if (cut) chart.append(paragraph(`Drawn: the first ${grouped.format(regions.length)} stretches; the table counts all.`));
-  const sorted = [...byName].sort((a, b) => b[1] - a[1]);
-  tables.append(table('Bytes by element', ['Element', '#Bytes', '#Share'],
-    sorted.map(([name, size]) => [explained[name] || name, grouped.format(size), percent(size, report.size)])));
-  if (report.shares) showShares(tables);
-  showDamage(tables);
-}
-
-function showShares(place) {
-  const names = {delivered: 'payload that is delivered', not_offered: 'payload of tracks that are not offered, and beside frames', metadata: 'headers, descriptions, attachments',
-    padding: 'padding and checksums', damaged: 'damaged', unreachable: 'behind what is looked at'};
-  place.append(el('h3', {}, 'What becomes of the bytes'), table('Share of the file', ['Bytes that are', '#Bytes', '#Share'],
-    Object.entries(report.shares).filter(([, size]) => size > 0)
-      .map(([name, size]) => [names[name] || name, grouped.format(size), percent(size, report.size)])));
-}
-
-function showDamage(place) {
-  place.append(el('h3', {}, 'Damage'));
-  const gaps = report.layout.regions.filter(([name]) => name === 'damaged' || name === 'not reached');
-  if (report.losses.length === 0 && gaps.length === 0 && report.layout.missing === 0) {
-    place.append(el('p', {class: 'good'}, 'No byte of this file was skipped, and nothing was lost in reading it.'));
-    return;
-  }
-  const missing = report.layout.missing > 0 ? [['the Segment goes on behind the end of the file', grouped.format(report.size), grouped.format(report.layout.missing)]] : [];
-  const damaged = gaps.map(([name, begin, end]) => [explained[name], grouped.format(begin), grouped.format(end - begin)]);
-  const lost = report.losses.map(([what, at, size]) => [what, grouped.format(at), size > 0 ? grouped.format(size) : '']);
-  place.append(table('What could not be read', ['What', '#At byte', '#Bytes'], missing.concat(damaged, lost)));
-  if (report.losses_cut) place.append(paragraph('There may be more: the list of losses is full.'));
 }

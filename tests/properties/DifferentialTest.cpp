@@ -198,7 +198,7 @@ TEST(Differential, Seeks) {
         std::vector<std::unique_ptr<MatroskaExtReader::CMatroskaFile>> files;
         std::vector<PlainWalk> walks;
         for (uint32_t number : tracks) {
-            files.emplace_back(new MatroskaExtReader::CMatroskaFile(new FaultySource(shape.bytes)));
+            files.emplace_back(new MatroskaExtReader::CMatroskaFile(new FaultySource(shape.bytes), false));
             OpenWithIndex(files.back().get());
             walks.emplace_back(files.back().get(), number);
         }
@@ -231,7 +231,7 @@ void ExpectSameOnAGridOfSeeks(const std::string& name, const Bytes& bytes) {
     const std::vector<uint32_t> tracks = TracksOf(bytes);
     Readers readers(bytes, tracks);
     for (size_t i = 0; i < tracks.size(); ++i) {
-        MatroskaExtReader::CMatroskaFile file(new FaultySource(bytes));
+        MatroskaExtReader::CMatroskaFile file(new FaultySource(bytes), false);
         OpenWithIndex(&file);
         PlainWalk walk(&file, tracks[i]);
         const auto durationUs = static_cast<int64_t>(file.Segment.GetDuration() / 1000);

@@ -27,12 +27,6 @@ Bytes Comparable(Bytes bytes, const reader::TrackEntry* track) {
     return bytes;
 }
 
-void OpenWithIndex(reader::CMatroskaFile* file) {
-    (void)file->Init();
-    if (file->SegmentNode() != nullptr && file->Segment.Cues.empty()) file->RebuildIndex();
-    (void)file->BuildIndexForSync();
-}
-
 PlainWalk::PlainWalk(reader::CMatroskaFile* file, uint32_t trackNumber)
     : mFile(file), mTrackNumber(trackNumber), mTrack(file->FindTrack(trackNumber)) {
     if (file->SegmentNode() == nullptr) return;

@@ -8,6 +8,7 @@
 
 #include "matroska/reader/MatroskaReader.h"
 #include "support/Listing.h"
+#include "support/ModelState.h"
 
 namespace testing_support {
 
@@ -26,9 +27,6 @@ std::ostream& operator<<(std::ostream& out, const Delivery& delivery);
 // The bytes of a unit as they can be compared: the records in front of RealMedia audio frames hold addresses,
 // which are put to 0 here.
 Bytes Comparable(Bytes bytes, const MatroskaExtReader::TrackEntry* track);
-
-// Init, and an index from the Cues or from a scan, as the extractor does it.
-void OpenWithIndex(MatroskaExtReader::CMatroskaFile* file);
 
 class PlainWalk {
   public:

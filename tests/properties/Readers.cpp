@@ -25,8 +25,8 @@ Unit UnitOf(MediaBuffer* buffer) {
 
 }  // namespace
 
-Readers::Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks, Faults faults)
-    : mSource(new FaultySource(bytes, faults)), mFile(mSource), mTracks(tracks) {
+Readers::Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks, Faults faults, bool takesPieces)
+    : mSource(new FaultySource(bytes, faults)), mFile(mSource, takesPieces), mTracks(tracks) {
     OpenWithIndex(&mFile);
     for (uint32_t number : tracks) {
         mIterators.emplace_back(&mFile, 0, 0, number, nullptr);
@@ -64,7 +64,7 @@ std::vector<uint32_t> TracksOf(const Bytes& bytes) {
 std::vector<Deliveries> PlainListings(const Bytes& bytes, const std::vector<uint32_t>& tracks) {
     std::vector<Deliveries> listings;
     for (uint32_t number : tracks) {
-        MatroskaExtReader::CMatroskaFile file(new FaultySource(bytes));
+        MatroskaExtReader::CMatroskaFile file(new FaultySource(bytes), false);
         OpenWithIndex(&file);
         listings.push_back(PlainWalk(&file, number).All());
     }

@@ -21,7 +21,8 @@ std::vector<Deliveries> PlainListings(const Bytes& bytes, const std::vector<uint
 
 class Readers {
   public:
-    Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks, Faults faults = {});
+    Readers(const Bytes& bytes, const std::vector<uint32_t>& tracks, Faults faults = {},
+            bool takesPieces = true);
 
     // One more delivery into the track's listing; false at its end.
     bool Read(size_t track, const android::MediaSource::ReadOptions* options = nullptr);

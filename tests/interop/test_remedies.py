@@ -1,6 +1,7 @@
 """The commands that check proposes, run as they are printed, on what real muxers made and one fault was put into."""
 import bz2
 import json
+import struct
 import subprocess
 from collections import Counter
 from pathlib import Path
@@ -56,6 +57,11 @@ def break_a_length(data, doc):
     data[data.index(unit) + second] = 1
 
 
+def shorten(data, doc):
+    at = data.index(b'\x44\x89\x88', doc.level_1[doc.first(ebml.INFO)].start) + 3
+    data[at:at + 8] = struct.pack('>d', 300.0)
+
+
 def damage(data, doc):
     second = [e for e in doc.level_1 if e.id == ebml.CLUSTER][1]
     data[second.start - 12:second.start] = bytes(12)
@@ -95,9 +101,10 @@ CASES = [
     ('doctype_too_new', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x42\x85\x81\x02', b'\x42\x85\x81\x03'))),
     ('duplicate_number', lambda mux: renumbered(mux, {2: 1}, 'mp3', 'mp3')),
     ('subtitle_number', lambda mux: renumbered(mux, {3: 4}, *AV, mux.srt('x.srt', LINES))),
-    ('other_doctype', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x42\x82\x88matroska', b'\xec\x89' + bytes(9)))),
+    ('no_doctype', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x42\x82\x88matroska', b'\xec\x89' + bytes(9)))),
     ('damaged', live_with_junk),
     ('events_merged', lambda mux: mux.ffmpeg('x.mkv', [*AV, mux.ass('x.ass', [(100, 400, 'a'), (110, 400, 'b')])])),
+    ('duration_cut', lambda mux: patched(mux, shorten)),
     ('track_time_scale', lambda mux: one_track(mux, 'mp3', lambda entry: entry + craft.real(0x23314F, 2.0))),
     ('encoding_unsupported', lambda mux: one_track(mux, 'mp3', lambda entry: entry + BZIP, bz2.compress)),
     ('unknown_codec_id', lambda mux: mux.ffmpeg('x.mkv', ['av1', 'opus'])),

@@ -222,7 +222,8 @@ std::optional<Finding> explainVorbisStop(const FileHead& head, const std::string
             fmt::format("the Vorbis headers are damaged, and the process ends over that: {} does not hold",
                         refusal->condition);
     finding.evidence = head.evidenceBelowOr(entry.position, {id::kCodecPrivate});
-    finding.remedy = recodeCommand(path, 'a', track.ordinal, "aac");
+    finding.remedy = entry.codecPrivate.empty() ? dropCommand(path, 'a', track.ordinal)  // nobody decodes it
+                                                : recodeCommand(path, 'a', track.ordinal, "aac");
     return finding;
 }
 

@@ -56,10 +56,30 @@ void settleForTools(const std::vector<JudgedTrack>& tracks, CheckedFile& checked
     });
 }
 
+bool mostBlocksAre(uint64_t most, const CheckedFile& checked) {
+    return !checked.tracks.empty() &&
+           std::all_of(checked.tracks.begin(), checked.tracks.end(), [most](const TrackVerdict& track) {
+               return track.counts && track.counts->blocks <= most;
+           });
+}
+
+bool isOfSeeking(const Finding& finding) {
+    return finding.code == "no_duration" || finding.code == "duration_cut" || finding.code == "no_cues";
+}
+
+// No muxer makes a track of nothing, nor gives a file of single units a length.
+void settleForLack(CheckedFile& checked) {
+    const bool isEmpty = mostBlocksAre(0, checked), isStill = mostBlocksAre(1, checked);
+    forEachFinding(checked, [&](Finding& finding) {
+        if (isEmpty || (isStill && (isTruncated(checked) || isOfSeeking(finding)))) finding.remedy = {};
+    });
+}
+
 }  // namespace
 
 void settleProposals(const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
     settleForTools(tracks, checked);
+    settleForLack(checked);
     if (isTruncated(checked)) forEachFinding(checked, adviseFetching);
 }
 

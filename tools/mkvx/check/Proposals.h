@@ -8,7 +8,8 @@
 
 namespace mkvx {
 
-// Takes away every command from a file with an encrypted track, which no muxer at hand copies as encrypted.
+// Takes away every command from a file with an encrypted track, which no muxer at hand copies as encrypted,
+// and from one that holds nothing to copy; and what would mend seeking where there is nowhere to seek to.
 // Where mkvmerge would leave a track out, ffmpeg's copy takes the place of its remux. Of a truncated file the
 // first advice is to fetch it again. Call it when all
 // findings are there; a second call changes nothing.

@@ -90,6 +90,8 @@ class Seeking {
                 "begins at {}",
                 clockTime(mReport.durationUs), clockTime(*mLastUs)),
             durationElement());
+        if (mChecked.findings.back().weight == Weight::kNote)  // as muxers have it
+            mChecked.findings.back().remedy = {};
     }
 
     std::optional<Evidence> durationElement() const {

@@ -3,6 +3,7 @@ decoder takes."""
 import json
 from pathlib import Path
 
+import craft
 import ffmpeg
 import pytest
 from muxing import AUDIO, VIDEO, X265
@@ -43,6 +44,10 @@ def checked(mkvx, path):
     return mkvx('check', '--format', 'jsonl', path).json()['tracks'][0]
 
 
+def grave(mkvx, path):
+    return {f['code']: f['weight'] for f in checked(mkvx, path)['findings'] if f['weight'] != 'note'}
+
+
 @pytest.mark.parametrize('source, options', STREAMS, ids=lambda text: text[-30:])
 def test_as_ffprobe_finds_it(mkvx, mux, source, options):
     path = mux.stream((source, options, 'mkv'))
@@ -61,7 +66,7 @@ def test_as_ffprobe_finds_it(mkvx, mux, source, options):
 def test_what_no_decoder_takes(mkvx, mux, stream):
     """Units, and for Vorbis a configuration, whose bytes are others: told by check, and failed at by the decoders."""
     path = mux.ffmpeg('spoilt-%s.mkv' % stream, [stream])
-    assert not checked(mkvx, path)['findings']
+    assert not grave(mkvx, path)
     whole = json.loads(ffmpeg.output('ffprobe', '-v', 'error', '-show_packets', '-of', 'json', path))['packets']
     data = bytearray(Path(path).read_bytes())
     places = [int(p['pos']) + 4 for p in whole] if stream != 'vorbis' else [data.index(b'\x05vorbis') + 40]
@@ -70,5 +75,29 @@ def test_what_no_decoder_takes(mkvx, mux, stream):
     Path(path).write_bytes(data)
     decoded = mkvx('decode', '--format', 'json', path).json()['tracks'][0]
     assert decoded['frames'] == 0 and decoded['problem']
-    codes = {f['code']: f['weight'] for f in checked(mkvx, path)['findings']}
-    assert codes == {'config_undecodable' if stream == 'vorbis' else 'units_undecodable': 'mute'}
+    assert grave(mkvx, path) == {'config_undecodable' if stream == 'vorbis' else 'units_undecodable': 'mute'}
+
+
+@pytest.mark.parametrize('stream, said', [
+    ('h264', None), (X264 + '-pix_fmt yuv422p', 'High 4:2:2 is not among'), (X264 + '-pix_fmt yuv420p10le', 'High 10 is not among'),
+    (X264 + '-pix_fmt gray', '4:0:0 is not 4:2:0'), ('hevc', None), (X265.replace('yuv420p', 'yuv420p10le'), 'Main 10 is not among'),
+    ('vp9', None), (VP9 + '-pix_fmt yuv444p', 'profile 1 is not among'), ('-c:v mpeg4', None), ('-c:v mpeg4 -bf 2 -flags +qpel', 'Advanced Simple'),
+    ('aac', None), ('-c:a aac -profile:a aac_ltp', 'refuses its configuration (LTP)'), ('mp3', None), ('mp2', 'layer 2 is not among'),
+    ('ac3', 'no software decoder'), ('wmv2', 'video/mixer is a MIME type that only some vendors have'), ('flac', None),
+])
+def test_what_decoders_of_the_era_take(mkvx, mux, stream, said):
+    path = mux.ffmpeg('era.mkv', [stream if '-' not in stream else (AUDIO if '-c:a' in stream else VIDEO, stream, 'mkv')])
+    told = [f['sentence'] for f in checked(mkvx, path)['findings'] if f['code'] in
+            ('decoder_profile', 'decoder_refuses', 'no_decoder', 'vendor_mime')]
+    assert len(told) == (said is not None) and all(said in sentence for sentence in told)
+
+
+@pytest.mark.parametrize('profile', [5, 8])
+def test_dolby_vision(mkvx, mux, profile):
+    track, packets = mux.packets('hevc')
+    record = bytes([1, 0, profile << 1, 1 << 3 | 5, 1 << 4 if profile == 8 else 0]) + bytes(19)
+    mapping = craft.element(0x41E4, craft.uint(0x41E7, int.from_bytes(b'dvcC', 'big')) + craft.element(0x41ED, record))
+    path = mux.write('dolby-%d.mkv' % profile, craft.video(1, 'V_MPEGH/ISO/HEVC', craft.private(track.private), mapping,
+                                                           width=176, height=144), packets)
+    assert ffmpeg.probe(path)['streams'][0]['side_data_list'][0]['dv_profile'] == profile
+    assert ('dolby_vision' in [f['code'] for f in checked(mkvx, path)['findings']]) == (profile == 5)

@@ -99,7 +99,7 @@ def test_output(mkvx, files, tmp_path, command, formats, arguments):
 def test_a_schema_for_each_command_and_a_run_for_each_schema(mkvx):
     listed = mkvx('--help').out.partition('ubcommands:\n')[2].partition('\n\n')[0].split('\n')
     commands = {line.split()[0] for line in listed if line.startswith('  ') and line[2:3].isalpha()}
-    assert commands - {'report', 'help'} == set(SCHEMAS) == {run[0] for run in RUNS}
+    assert commands - {'report', 'help'} == set(SCHEMAS) - {'profiles'} == {run[0] for run in RUNS}
 
 
 def test_same_names_mean_the_same():

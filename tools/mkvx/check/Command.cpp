@@ -25,6 +25,7 @@ struct Options {
     bool isQuick = false;
     bool isBrief = false;
     bool follows = false;
+    std::string device, profiles;  // files; empty: none
     Format format = Format::kTable;
 };
 
@@ -69,6 +70,13 @@ class Reporter {
     Verdict mWorst = Verdict::kPlays;
 };
 
+std::shared_ptr<const DecoderMeasure> measureOf(const Options& options) {
+    auto measure = std::make_shared<DecoderMeasure>();
+    if (!options.device.empty()) measure->device = readCodecList(options.device);
+    if (!options.profiles.empty()) measure->profiles = readProfiles(options.profiles);
+    return measure;
+}
+
 int run(const Globals& globals, const Options& options) {
     const auto [files, passedOver] = findFiles(options.paths, options.follows);
     for (const std::string& sentence : passedOver) fmt::print(stderr, "mkvx: {}\n", printable(sentence));
@@ -78,6 +86,7 @@ int run(const Globals& globals, const Options& options) {
             "holds no Matroska or WebM file (a file that is named itself is examined whatever it is)");
     CheckRunOptions runOptions = options.run;
     runOptions.depth.units = !options.isQuick;
+    runOptions.depth.decoders = measureOf(options);
     runOptions.source = globals.source;
     if (std::any_of(options.paths.begin(), options.paths.end(), isStandardInput))
         (void)spooledInput();  // once, before there are children to share it
@@ -106,6 +115,11 @@ void addCheckCommand(CommandLine& line, const Globals& globals) {
     command.flag("--follow", options->follows, "Follow links to folders, each folder once");
     command.flag("--quick", options->isQuick, "Only what opening tells: read no units, count no bytes");
     command.flag("--brief", options->isBrief, "Only the verdict lines and the table");
+    command.value(
+        "--device", options->device,
+        "Measure by the decoders of this device: its media_codecs.xml, with what that includes beside it");
+    command.value("--profiles", options->profiles,
+                  "Which profiles its decoders take, in JSON (docs/schemas/profiles.schema.json)");
     addProgressOption(command, options->run.progress);
     addFormatOption(command, options->format,
                     {{"table", Format::kTable}, {"json", Format::kJson}, {"jsonl", Format::kJsonLines}});

@@ -22,9 +22,9 @@ struct CodecName {
 };
 constexpr CodecName kCodecNames[] = {
     {"A_OPUS", "Opus", "aac"},
-    {"A_EAC3", "E-AC-3", "ac3"},
-    {"A_TRUEHD", "TrueHD", "ac3"},
-    {"A_MLP", "MLP", "ac3"},
+    {"A_EAC3", "E-AC-3", "aac"},
+    {"A_TRUEHD", "TrueHD", "aac"},
+    {"A_MLP", "MLP", "aac"},
     {"A_MPEG/L1", "MPEG layer I", "aac"},
     {"A_PCM/FLOAT", "floating-point PCM", "flac"},
     {"A_ALAC", "ALAC", "flac"},

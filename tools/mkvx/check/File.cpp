@@ -90,6 +90,15 @@ Examined examineUnits(const Session& session, const CheckDepth& depth, const std
     return {account.clusters, pass.lastUs};
 }
 
+void measureOffers(const Session& session, const CheckDepth& depth, const std::vector<JudgedTrack>& tracks,
+                   const CheckedFile& checked) {
+    const DecoderMeasure era;
+    for (const JudgedTrack& track : tracks)
+        if (track.verdict->isOffered())
+            judgeDecoders(depth.decoders ? *depth.decoders : era, session.reader().head(), checked.path,
+                          session.info().tracks[*track.verdict->index], track);
+}
+
 void examineOpened(const Session& session, const CheckDepth& depth,
                    const std::function<void(const CheckedFile&)>& soFar, CheckedFile& checked) {
     const FileHead& head = session.reader().head();
@@ -105,6 +114,7 @@ void examineOpened(const Session& session, const CheckDepth& depth,
     judgeLosses(head, checked);
     judgeSeeking(session, units.lastUs, checked);
     checked.seeking->clusters = units.clusters;
+    measureOffers(session, depth, tracks, checked);
     settleProposals(tracks, checked);
 }
 

@@ -4,8 +4,10 @@
 // process (Child.h) with a time limit. One thread.
 #pragma once
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "check/Decoders.h"
 #include "check/Model.h"
 #include "device/Plugin.h"
 #include "source/Options.h"
@@ -18,6 +20,7 @@ using OnBytes = std::function<void(uint64_t bytes)>;
 struct CheckDepth {
     bool units = true;  // read all units and account for all bytes; else only what opening tells
     OnBytes onBytes;    // may be empty
+    std::shared_ptr<const DecoderMeasure> decoders;  // null: the era's
 };
 
 // `soFar` gets the result as it stands before the long part, for the case that this does not come to its end.

@@ -100,6 +100,7 @@ Json trackJson(const TrackVerdict& track) {
                                           {"bytes", toHex(record.bytes.data(), record.bytes.size())}};
     }
     if (const Json stream = toJson(track.stream); !stream.empty()) json["stream"] = stream;
+    if (!track.decoder.empty()) json["decoder"] = track.decoder;
     if (track.dropped) json["dropped"] = findingJson(*track.dropped);
     json["findings"] = findingsJson(track.findings);
     if (const auto& counts = track.counts) {
@@ -125,6 +126,7 @@ TrackVerdict readTrack(const Json& json) {
             track.config.push_back({key, record.at("size"), fromHex(record.at("bytes"))});
     }
     if (json.contains("stream")) track.stream = streamFactsOf(json["stream"]);
+    track.decoder = json.value("decoder", "");
     if (json.contains("dropped")) track.dropped = readFinding(json["dropped"]);
     track.findings = readFindings(json.at("findings"));
     if (json.contains("units"))

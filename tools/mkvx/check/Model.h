@@ -84,7 +84,8 @@ struct TrackVerdict {
     std::optional<size_t> index;  // the framework's, when it is offered
     std::string mime;             // only when offered, like the next
     std::vector<ConfigSummary> config;
-    StreamFacts stream;  // by the configuration, or else the first units
+    StreamFacts stream;   // by the configuration, or else the first units
+    std::string decoder;  // that takes it, of the device whose list is given; else empty
     // Why it is not offered; absent when it is.
     std::optional<Finding> dropped;
     std::vector<Finding> findings;  // what else is to be said of it

@@ -71,7 +71,8 @@ class CheckPrinter {
                         track.codecId.empty() ? "no CodecID" : printable(track.codecId));
         if (track.isOffered())
             line(2, fmt::format("{}: {} as index {}, {}{}{}", about, mPaint.good("offered"), *track.index,
-                                printable(track.mime), configText(track), unitsText(track)));
+                                printable(track.mime), configText(track),
+                                unitsText(track) + decoderText(track)));
         if (track.dropped) {
             const bool isFatal = track.dropped->weight == Weight::kFatal;
             line(2, fmt::format("{}: {}: {}", about,
@@ -89,6 +90,10 @@ class CheckPrinter {
         for (const ConfigSummary& record : track.config)
             text += fmt::format(", {} {} bytes", record.key, record.size);
         return text;
+    }
+
+    static std::string decoderText(const TrackVerdict& track) {
+        return track.decoder.empty() ? std::string() : "; decoder " + printable(track.decoder);
     }
 
     static std::string unitsText(const TrackVerdict& track) {

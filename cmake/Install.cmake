@@ -52,6 +52,7 @@ if(MKVX_BUILD_TOOL)
   install(FILES ${manuals}/_mkvx DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_folder} COMPONENT runtime)
 endif()
 install(FILES README.md THIRD_PARTY.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/mkvx COMPONENT runtime)
+install(FILES docs/mkvx.md docs/words.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/mkvx/docs COMPONENT runtime)
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")    # a distribution's package says this in files of its own
   install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/mkvx COMPONENT runtime)
 endif()

@@ -81,6 +81,21 @@ def test_transcript(desk, serve, sample, command, output):
         assert clean(shown.rstrip('\n')) == clean(output)
 
 
+# --- links -------------------------------------------------
+
+def anchors(path):
+    titles = re.findall(r'^#+ (.*)', path.read_text(), re.M)
+    return {re.sub(r'[^\w -]', '', title.lower()).replace(' ', '-') for title in titles}
+
+
+@pytest.mark.parametrize('page', PAGES)
+def test_links_lead_somewhere(page):
+    folder = ROOT if page == 'README.md' else ROOT / 'docs'
+    for file, anchor in re.findall(r'\]\(([^)#:]*)#?([\w-]*)\)', PAGES[page]):
+        target = folder / (file or page)
+        assert target.exists() and (not anchor or anchor in anchors(target)), (file, anchor)
+
+
 # --- options -------------------------------------------------
 
 def test_options_are_those_of_the_help(mkvx):

@@ -171,7 +171,7 @@ Argument Arguments::flag(const std::string& names, const std::function<void()>& 
 }
 
 void Arguments::footer(const std::string& text) {
-    mApp.footer(text);
+    mApp.footer("Words such as unit, offered and master track are told in docs/words.md.\n" + text);
 }
 
 void Arguments::hide() {

@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
+#include "codecs/TrackStream.h"
 #include "device/Session.h"
 #include "tracks/Model.h"
 
@@ -46,6 +47,7 @@ DescribedFile describe(const ExtractorPlugin& plugin, const std::string& path, c
     file.muxingApp = document.muxingApp;
     file.writingApp = document.writingApp;
     file.declared = declaredTracks(session);
+    for (const TrackInfo& track : file.info.tracks) file.streams.push_back(readStreamFacts(session, track));
     if (options.readsRates) file.rates = ratesOf(session, file, options.progress);
     throwIfInterrupted(path);
     if (file.info.tracks.empty())

@@ -5,6 +5,7 @@
 
 #include "base/Digest.h"
 #include "base/Json.h"
+#include "codecs/Json.h"
 
 namespace mkvx {
 namespace {
@@ -74,6 +75,7 @@ void printJson(const DescribedFile& file, std::FILE* out) {
     object["tracks"] = Json::array();
     for (const TrackInfo& track : file.info.tracks) {
         Json json = trackJson(track);
+        if (const Json stream = toJson(file.streams[track.index]); !stream.empty()) json["stream"] = stream;
         const bool isVideo = track.kind == TrackKind::kVideo;
         const auto declared = file.declared.find(track.number);
         if (declared != file.declared.end()) addDeclared(json, declared->second, isVideo);

@@ -9,6 +9,7 @@
 
 #include "base/Format.h"
 #include "base/Listing.h"
+#include "codecs/StreamFacts.h"
 #include "device/Declared.h"
 #include "device/Model.h"
 #include "tracks/Rates.h"
@@ -19,6 +20,7 @@ namespace mkvx {
 struct DescribedFile {
     FileInfo info;
     std::string title, muxingApp, writingApp;
+    std::vector<StreamFacts> streams;                    // of each track of `info`
     std::map<uint32_t, DeclaredTrack> declared;          // by TrackInfo::number
     std::optional<std::map<uint64_t, TrackRate>> rates;  // where they were asked for
 };

@@ -83,10 +83,17 @@ std::string ownRateColumn(const DeclaredTrack& track, const TrackRate* rate) {
     return {};
 }
 
-std::vector<std::string> declaredRow(const TrackInfo& info, const DeclaredTrack& track,
-                                     const TrackRate* rate) {
+// The rate has a column of its own.
+std::string streamColumn(StreamFacts stream) {
+    stream.frameRate = 0;
+    return stream.text();
+}
+
+std::vector<std::string> declaredRow(const TrackInfo& info, const StreamFacts& stream,
+                                     const DeclaredTrack& track, const TrackRate* rate) {
     const bool isVideo = info.kind == TrackKind::kVideo;
     return {std::to_string(info.index),
+            streamColumn(stream),
             flagsColumn(track),
             isVideo ? framesColumn(track, rate) : std::string(),
             isVideo ? shownAsColumn(track) : std::string(),
@@ -107,6 +114,7 @@ bool lacksOwnRate(const DescribedFile& file) {
 
 void printDeclared(const DescribedFile& file, std::FILE* out) {
     TextTable table({{"INDEX", Align::kRight},
+                     {"STREAM"},
                      {"FLAGS"},
                      {"FRAMES/S", Align::kRight},
                      {"SHOWN AS"},
@@ -115,9 +123,10 @@ void printDeclared(const DescribedFile& file, std::FILE* out) {
     for (const TrackInfo& track : file.info.tracks) {
         const auto declared = file.declared.find(track.number);
         if (declared != file.declared.end())
-            table.addRow(declaredRow(track, declared->second, rateOf(file, track)));
+            table.addRow(
+                declaredRow(track, file.streams[track.index], declared->second, rateOf(file, track)));
     }
-    fmt::print(out, "What the file says of them:\n{}", table.withoutEmptyColumns().str());
+    fmt::print(out, "What the file and its streams say of them:\n{}", table.withoutEmptyColumns().str());
     if (!file.rates && lacksOwnRate(file))
         fmt::print(out, "Bit rates of their own: --rates reads the headers of all blocks for them\n");
 }

@@ -60,6 +60,8 @@ def test_misspelt_command(mkvx, word, meant):
 
 def test_every_help_ends_with_an_example_that_is_understood(mkvx, binary, sample, tmp_path):
     shutil.copy(sample, tmp_path / 'film.mkv')
+    for results in 'before.jsonl', 'after.jsonl', 'part-1.jsonl':
+        (tmp_path / results).write_text(mkvx('check', '--format', 'jsonl', sample).out)
     commands = re.findall(r'^  (\w+) ', mkvx('--help').out.split('Subcommands:')[1].split('Exit codes:')[0], re.M)
     assert len(commands) >= 16
     for command in commands:

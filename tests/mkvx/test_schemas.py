@@ -17,6 +17,7 @@ RUNS = [
     ('packets', ['json', 'jsonl'], '--all F'), ('packets', ['json'], '--limit 1 F'),
     ('seek', ['json', 'jsonl'], '--to 0 --to 500000 --to -1us F'), ('late', ['json', 'jsonl'], '--track 0 --at 1 --by 500000 F'),
     ('index', ['json'], '--coarse 100000 F'), ('decode', ['json'], 'F'), ('extract', ['json'], '--track 0 -o O F'),
+    ('summary', ['json'], 'RESULTS'), ('diff', ['json'], 'RESULTS OTHERS'),
     ('mend', ['json'], '--dry-run F -o O'),
     ('cost', ['json'], '--seeks 2 --demux F'), ('cost', ['json'], '--no-size F'),
     ('bench', ['json'], 'demux --once --reads F'), ('bench', ['json'], 'open --once F'),
@@ -84,8 +85,13 @@ def test_output(mkvx, files, tmp_path, command, formats, arguments):
     validator = jsonschema.Draft202012Validator(SCHEMAS[command])
     validator.check_schema(validator.schema)
     for file, gap in files.values():
+        replaced = {'F': file, 'GAP': gap, 'RESULTS': tmp_path / 'results', 'OTHERS': tmp_path / 'others'}
+        if 'RESULTS' in arguments:
+            judged = mkvx('check', '--format', 'jsonl', file).out
+            replaced['RESULTS'].write_text(judged)
+            replaced['OTHERS'].write_text(judged.replace('"code":"', '"code":"other_'))
         for form in formats:
-            replaced = {'F': file, 'O': tmp_path / form, 'GAP': gap}
+            replaced['O'] = tmp_path / form
             run = mkvx(command, '--format', form, *(replaced.get(word, word) for word in arguments.split()))
             results = run.lines() if form == 'jsonl' or command == 'sniff' else [run.json()]
             assert results, run.err

@@ -76,6 +76,8 @@ int answerFailure(const mkvx::SourceOptions& source) {
 void addCommands(mkvx::CommandLine& line, const mkvx::Globals& globals) {
     mkvx::addCheckCommand(line, globals);
     mkvx::addMendCommand(line, globals);
+    mkvx::addSummaryCommand(line);
+    mkvx::addDiffCommand(line);
     mkvx::addSniffCommand(line, globals);
     mkvx::addInfoCommand(line, globals);
     mkvx::addPacketsCommand(line, globals);

@@ -10,6 +10,9 @@ enum ExitCode {
     kExitDone = 0,
     kExitFileUnusable = 1,
     kExitWrongUsage = 2,
+    // Of commands that compare; what fails has kExitWrongUsage there.
+    kExitSame = 0,
+    kExitDiffers = 1,
     // What an examination found, where that is more than "usable or not".
     kExitLosses = 3,
     kExitNothingPlays = 4,

@@ -18,6 +18,11 @@ Json newResult();
 // Without a line feed.
 std::string dump(const Json& json);
 
+// A path that is not UTF-8 gets a second member, NAME_base64, with its bytes.
+void setPath(Json& json, const char* name, const std::string& path);
+// Throws std::exception where there is none, or its bytes are no base64.
+std::string pathIn(const Json& json, const char* name);
+
 // {"mkvx":1,...,"NAME":[ for a result whose list is longer than memory: the caller writes the items with
 // commas in between, and ends it with ]}.
 std::string openResult(const Json& head, const char* listName);

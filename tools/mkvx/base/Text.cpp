@@ -67,6 +67,15 @@ std::string clockTime(int64_t us) {
                        ms / 1000 % 60, ms % 1000);
 }
 
+bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const CodePoint point = decode(text);
+        if (point.bytes == 0) return false;
+        text.remove_prefix(point.bytes);
+    }
+    return true;
+}
+
 std::string printable(std::string_view text) {
     std::string out;
     while (!text.empty()) {

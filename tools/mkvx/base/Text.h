@@ -14,6 +14,8 @@ std::string clockTime(int64_t us);
 // hostile file cannot steer a terminal.
 std::string printable(std::string_view text);
 
+bool isUtf8(std::string_view text);
+
 // Terminal columns that a printable() text takes: East Asian wide characters take two.
 size_t displayWidth(std::string_view text);
 

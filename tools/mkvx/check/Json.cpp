@@ -161,10 +161,11 @@ SeekFacts readSeeking(const Json& json) {
 
 Json fileJson(const CheckedFile& checked) {
     Json json;
-    json["file"] = checked.path;
+    setPath(json, "file", checked.path);
     json["verdict"] = toString(checked.verdict);
     json["reason"] = checked.reason;
     json["size"] = checked.size;
+    if (checked.mtimeUs) json["mtime_us"] = *checked.mtimeUs;
     if (!checked.containerMime.empty()) json["container_mime"] = checked.containerMime;
     json["tracks"] = Json::array();
     for (const TrackVerdict& track : checked.tracks) json["tracks"].push_back(trackJson(track));
@@ -177,11 +178,12 @@ Json fileJson(const CheckedFile& checked) {
 
 CheckedFile readFile(const Json& json) {
     CheckedFile checked;
-    checked.path = json.at("file");
+    checked.path = pathIn(json, "file");
     for (const Verdict verdict : kVerdicts)
         if (json.at("verdict") == toString(verdict)) checked.verdict = verdict;
     checked.reason = json.at("reason");
     checked.size = json.at("size");
+    if (json.contains("mtime_us")) checked.mtimeUs = json["mtime_us"].get<int64_t>();
     checked.containerMime = json.value("container_mime", "");
     for (const Json& track : json.at("tracks")) checked.tracks.push_back(readTrack(track));
     checked.findings = readFindings(json.at("findings"));
@@ -205,6 +207,14 @@ std::string toJson(const std::vector<CheckedFile>& files, Verdict worst, bool is
     json["files"] = Json::array();
     for (const CheckedFile& file : files) json["files"].push_back(fileJson(file));
     return dump(json);
+}
+
+std::vector<CheckedFile> fromJsonResult(const std::string& text) {
+    const Json json = Json::parse(text);
+    std::vector<CheckedFile> files;
+    if (!json.contains("files")) return {readFile(json)};
+    for (const Json& file : json["files"]) files.push_back(readFile(file));
+    return files;
 }
 
 CheckedFile fromJsonLine(const std::string& line) {

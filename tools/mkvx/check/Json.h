@@ -17,4 +17,7 @@ std::string toJson(const std::vector<CheckedFile>& files, Verdict worst, bool is
 // the file's were not.
 CheckedFile fromJsonLine(const std::string& line);
 
+// The files of either form; throws some std::exception for anything else.
+std::vector<CheckedFile> fromJsonResult(const std::string& text);
+
 }  // namespace mkvx

@@ -120,6 +120,8 @@ struct CheckedFile {
     Verdict verdict = Verdict::kUnreadable;
     std::string reason;  // one sentence for the verdict; empty for kPlays
     uint64_t size = 0;
+    std::optional<int64_t>
+        mtimeUs;                // of its last change, since 1970; absent for what is no file of this machine
     std::string containerMime;  // empty unless claimed and opened
     std::vector<TrackVerdict> tracks;
     std::vector<Finding> findings;     // of the file as a whole

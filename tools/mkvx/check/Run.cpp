@@ -11,6 +11,7 @@
 #include "base/Interrupt.h"
 #include "base/SharedMemory.h"
 #include "base/Text.h"
+#include "check/FileStamp.h"
 #include "check/Json.h"
 
 namespace mkvx {
@@ -41,11 +42,15 @@ void work(const ExtractorPlugin& plugin, const std::string& path, const SourceOp
 
 struct Job {
     using Work = std::function<void(int out, SharedCount& gone)>;
-    Job(size_t place_, const Work& work_, Clock::time_point deadline_)
-        : place(place_), child([&](int out) { work_(out, gone); }), deadline(deadline_) {}
+    Job(size_t place_, const std::string& path, const Work& work_, Clock::time_point deadline_)
+        : place(place_),
+          stamp(stampOf(path)),
+          child([&](int out) { work_(out, gone); }),
+          deadline(deadline_) {}
 
     size_t place;
-    SharedCount gone;  // bytes, counted twice; in place before the child is
+    std::optional<FileStamp> stamp;  // before it was opened
+    SharedCount gone;                // bytes, counted twice; in place before the child is
     Child child;
     Clock::time_point deadline;
     bool isLate = false;
@@ -81,6 +86,7 @@ CheckedFile resultOf(Job& job, const FoundFile& file, double timeLimit) {
     }
     checked.path = file.path;
     if (checked.size == 0) checked.size = file.size;
+    if (job.stamp) checked.mtimeUs = job.stamp->mtimeUs;
     return checked;
 }
 
@@ -116,7 +122,7 @@ class Run {
             depth.onBytes = [&gone](uint64_t bytes) { gone.add(bytes); };
             work(mPlugin, path, mOptions.source, depth, out);
         };
-        mJobs.emplace_back(mNext++, examination, Clock::now() + limit);
+        mJobs.emplace_back(mNext++, path, examination, Clock::now() + limit);
     }
 
     // Of what cannot be examined.

@@ -167,24 +167,30 @@ void renderChecked(const CheckedFile& checked, bool isBrief, std::FILE* out) {
     if (!isBrief) printer.details(checked);
 }
 
+std::string countsText(const VerdictCounts& counts) {
+    uint64_t files = 0;
+    std::string each;
+    for (const auto& [verdict, count] : counts) {
+        files += count;
+        each = fmt::format("{} {}{}{}", count, describe(verdict), each.empty() ? "" : ", ", each);
+    }
+    return fmt::format("{} files{}{}", files, each.empty() ? "" : ": ", each);
+}
+
 void renderCheckSummary(std::vector<CheckedFile> files, std::FILE* out) {
     std::stable_sort(files.begin(), files.end(),
                      [](const CheckedFile& a, const CheckedFile& b) { return a.verdict > b.verdict; });
     TextTable table(
         {{"VERDICT"}, {"TRACKS", TextTable::Align::kRight}, {"MB", TextTable::Align::kRight}, {"FILE"}});
-    size_t counts[std::size(kVerdicts)] = {};
+    VerdictCounts counts;
     for (const CheckedFile& file : files) {
         const auto offered = std::count_if(file.tracks.begin(), file.tracks.end(),
                                            [](const TrackVerdict& track) { return track.isOffered(); });
         table.addRow({describe(file.verdict), fmt::format("{}/{}", offered, file.tracks.size()),
                       fmt::format("{:.1f}", double(file.size) / 1e6), printable(file.path)});
-        ++counts[size_t(file.verdict)];
+        ++counts[file.verdict];
     }
-    std::string total = fmt::format("{} files:", files.size());
-    for (size_t i = std::size(kVerdicts); i-- > 0;)
-        if (counts[i] > 0) total += fmt::format(" {} {},", counts[i], describe(Verdict(i)));
-    total.pop_back();
-    fmt::print(out, "\n{}{}\n", table.str(), total);
+    fmt::print(out, "\n{}{}\n", table.str(), countsText(counts));
 }
 
 }  // namespace mkvx

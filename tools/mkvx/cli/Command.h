@@ -27,6 +27,8 @@ void addDecodeCommand(CommandLine& line, const Globals& globals);
 void addExtractCommand(CommandLine& line, const Globals& globals);
 void addCheckCommand(CommandLine& line, const Globals& globals);
 void addMendCommand(CommandLine& line, const Globals& globals);
+void addSummaryCommand(CommandLine& line);
+void addDiffCommand(CommandLine& line);
 void addCostCommand(CommandLine& line, const Globals& globals);
 void addReportCommand(CommandLine& line, const Globals& globals);
 void addBenchCommand(CommandLine& line, const Globals& globals);

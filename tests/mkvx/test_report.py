@@ -149,7 +149,7 @@ def silent(report, sample):
     return report((sample.parent / 'silent.mkv').read_bytes(), name='it is silent.mkv')
 
 
-COMMAND = "ffmpeg -i 'it is silent.mkv' -map 0 -c copy -c:a:0 ac3 mended.mkv"
+COMMAND = "ffmpeg -i 'it is silent.mkv' -map 0 -c copy -c:a:0 aac mended.mkv"
 
 
 @pytest.mark.parametrize('width', [390, 1280])

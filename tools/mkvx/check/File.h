@@ -28,6 +28,9 @@ struct CheckDepth {
 CheckedFile examine(const ExtractorPlugin& plugin, const std::string& path, const SourceOptions& source,
                     const CheckDepth& depth, const std::function<void(const CheckedFile&)>& soFar);
 
+// It is offered, and no finding says that nothing useful comes out of it.
+bool plays(const TrackVerdict& track);
+
 // Draws the verdict and its reason from what was found.
 void decide(CheckedFile& checked);
 

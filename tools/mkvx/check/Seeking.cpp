@@ -110,10 +110,8 @@ class Seeking {
         const OwnReader::AstrayCues astray = mSession.reader().masterCuesAstray();
         if (astray.count > 0)
             add("cues_astray", Weight::kLoss,
-                fmt::format(
-                    "{} positions of the Cues lead to no Cluster, and seeks go to an earlier one or start "
-                    "over",
-                    astray.count),
+                fmt::format("{} of the Cues {} to no Cluster, and seeks go to an earlier one or start over",
+                            counted(astray.count, "position"), astray.count == 1 ? "leads" : "lead"),
                 mHead.bytesAt(astray.first, Evidence::kMostBytes));
     }
 

@@ -21,10 +21,6 @@ const Finding* firstOf(const std::vector<Finding>& findings, Weight weight) {
     return found == findings.end() ? nullptr : &*found;
 }
 
-bool plays(const TrackVerdict& track) {
-    return track.isOffered() && worstOf(track.findings) < Weight::kMute;
-}
-
 std::string about(const TrackVerdict& track) {
     return fmt::format("track number {} ({})", track.number, track.kind);
 }
@@ -109,6 +105,10 @@ bool isFatal(const CheckedFile& checked) {
 }
 
 }  // namespace
+
+bool plays(const TrackVerdict& track) {
+    return track.isOffered() && worstOf(track.findings) < Weight::kMute;
+}
 
 void decide(CheckedFile& checked) {
     const bool anyPlays = std::any_of(checked.tracks.begin(), checked.tracks.end(), plays) &&

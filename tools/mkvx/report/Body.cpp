@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "check/File.h"
 #include "check/Plan.h"
 #include "check/Text.h"
 #include "report/Html.h"
@@ -195,7 +196,9 @@ std::string unitsOf(const TrackVerdict& track) {
 
 std::string stateOf(const TrackVerdict& track, const FindingList& list) {
     std::string state;
-    if (track.isOffered()) state = html::span("state good", fmt::format("offered as index {}", *track.index));
+    if (track.isOffered())
+        state = html::span(plays(track) ? "state good" : "state odd",
+                           fmt::format("offered as index {}", *track.index));
     std::string items = track.findings.empty() ? std::string() : list.items(track.findings);
     if (track.dropped) {
         const bool isFatal = track.dropped->weight == Weight::kFatal;

@@ -1,5 +1,6 @@
 // mkvx report FILE: what a device gets out of a file, as one page for a browser.
 #include <fmt/format.h>
+#include <algorithm>
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
@@ -32,6 +33,13 @@ CheckedFile examined(const ExtractorPlugin& plugin, const std::string& file, con
     return checked;
 }
 
+std::string offersText(const CheckedFile& checked) {
+    if (checked.tracks.empty()) return "no track known";
+    const auto offered = std::count_if(checked.tracks.begin(), checked.tracks.end(),
+                                       [](const TrackVerdict& track) { return track.isOffered(); });
+    return fmt::format("{} of {} tracks offered", offered, checked.tracks.size());
+}
+
 int run(const Globals& globals, const Options& options) {
     requireOtherFile(options.file, options.out);
     CheckRunOptions check = options.check;
@@ -44,8 +52,8 @@ int run(const Globals& globals, const Options& options) {
     ExtractFile out(options.out);
     out.write(reportHtml(page));
     out.close();
-    fmt::print("{}: {}, {} of {} tracks offered, {} bytes\n", options.out, describe(page.checked.verdict),
-               page.info.tracks.size(), page.checked.tracks.size(), out.size());
+    fmt::print("{}: {}, {}, {} bytes\n", options.out, describe(page.checked.verdict),
+               offersText(page.checked), out.size());
     return kExitDone;
 }
 

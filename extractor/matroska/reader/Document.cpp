@@ -32,6 +32,7 @@ Result CMatroskaFile::ParseHeader(CMatroskaNode* root) {
 Result CMatroskaFile::WalkTopLevel(CMatroskaNode* root, bool entersSegments) {
     const Heads heads(this);
     bool isRejected = false;
+    uint32_t elementsLeft = entersSegments ? UINT32_MAX : limit::kSniffedElements;
     const Result result = VisitChildren(root, [&](CMatroskaNode* child) {
         if (child->Id() == id::kEbml) {
             (void)Header.Parse(child);
@@ -41,7 +42,7 @@ Result CMatroskaFile::WalkTopLevel(CMatroskaNode* root, bool entersSegments) {
             // not.
             if (Admit(Kept::kSegment, child)) (void)Segment.ParseMinimal(child);
         }
-        return !isRejected;
+        return !isRejected && --elementsLeft != 0;
     });
     return isRejected ? kFailure : result;
 }

@@ -27,6 +27,7 @@ namespace limit {
 
 constexpr uint32_t kTrackEntries = 1024;
 constexpr uint32_t kCuePoints = 2u << 20;
+constexpr uint32_t kSniffedElements = 64;  // top-level ones among which an EBML header is looked for
 constexpr uint32_t kFollowedSeekHeads = 256;
 constexpr uint32_t kChapterDepth = 64;
 constexpr uint32_t kTimeSlices = 256;  // in one BlockGroup
@@ -79,10 +80,10 @@ constexpr uint32_t kInspectedBytes = 32u << 20;
 // delivered. A sound file is opened for a fraction of this. What overlaps itself, or sends one track after
 // the other through the whole file, runs out of it, and what was found until then is offered.
 constexpr uint64_t kOpeningReads = 64, kOpeningReadsPerByte = 4;
-constexpr uint64_t kOpeningBytes = 1u << 20, kOpeningBytesPerByte = 12;
 
-// What of it pieces (Pieces.h) may take for nothing; beyond it there are no more of them.
+// What of the bytes pieces (Pieces.h) may take for nothing; beyond it there are no more of them.
 constexpr uint64_t kUnusedBytes = 8u << 10, kUnusedBytesPerByte = 4;
+constexpr uint64_t kOpeningBytes = (1u << 20) - kUnusedBytes, kOpeningBytesPerByte = 16 - kUnusedBytesPerByte;
 
 }  // namespace limit
 

@@ -163,7 +163,8 @@ class CMatroskaFile {
     // ---- document ----
     // The EBML header and the head of every Segment below `root`.
     Result Parse(CMatroskaNode* root);
-    // The EBML header alone, with the same verdict: Segments are stepped over.
+    // The EBML header alone, with the same verdict, among the first limit::kSniffedElements top-level
+    // elements: Segments are stepped over.
     Result ParseHeader(CMatroskaNode* root);
     // Opens the document: Parse, the Segment node, the facts of every track, the master track.
     Result Init();

@@ -145,19 +145,18 @@ def test_texts_of_the_file_stay_texts(browser, report):
 
 
 @pytest.fixture
-def silent(report, sample):
-    return report((sample.parent / 'silent.mkv').read_bytes(), name='it is silent.mkv')
-
-
-COMMAND = "ffmpeg -i 'it is silent.mkv' -map 0 -c copy -c:a:0 aac mended.mkv"
+def silent(report, mkvx, sample, tmp_path):
+    """The page of a file with losses, and what check says of it in the file's folder."""
+    page = report((sample.parent / 'silent.mkv').read_bytes(), name='it is silent.mkv')
+    return page, mkvx('check', '--json', 'it is silent.mkv', cwd=tmp_path).json()['files'][0]
 
 
 @pytest.mark.parametrize('width', [390, 1280])
-def test_is_readable_without_scripts(browser, silent, mkvx, sample, width):
-    assert browser.open(silent, width, scripts=False) == ([], [])
+def test_is_readable_without_scripts(browser, silent, width):
+    page, checked = silent
+    assert browser.open(page, width, scripts=False) == ([], [])
     seen = browser.driver.find_element('tag name', 'body').text
-    assert re.match('(?s)What a device gets out of\nit is silent.mkv\nplays with losses: no sound.*47,155 bytes.*' + re.escape(COMMAND), seen)
-    checked = mkvx('check', '--json', sample.parent / 'silent.mkv').json()['files'][0]
+    assert re.match('(?s)What a device gets out of\nit is silent.mkv\nplays with losses: no sound.*47,155 bytes.*' + re.escape(checked['remedy']['text']), seen)
     for track in checked['tracks']:
         for finding in track['findings'] + [track.get('dropped')] * ('dropped' in track):
             assert finding['sentence'] in seen and f"at {finding['evidence']['data_offset']}: " in seen
@@ -166,15 +165,18 @@ def test_is_readable_without_scripts(browser, silent, mkvx, sample, width):
 
 
 def test_command_is_copied(browser, silent):
-    browser.open(silent)
+    browser.open(silent[0])
     browser.driver.execute_cdp_cmd('Browser.grantPermissions', {'permissions': ['clipboardReadWrite', 'clipboardSanitizedWrite']})
     browser.driver.find_element('class name', 'copy').click()
-    assert browser.driver.execute_async_script('navigator.clipboard.readText().then(arguments[0])') == COMMAND
+    assert browser.driver.execute_async_script('navigator.clipboard.readText().then(arguments[0])') == silent[1]['remedy']['text']
 
 
 def test_is_dark_on_white_paper(browser, report, sample):
     """Whatever the screen's colours; what only a screen can use is left out."""
-    browser.open(report(sample), scheme='dark', media='print')
+    browser.open(report(sample), width=700, scheme='dark', media='print')
+    browser.run("dispatchEvent(new Event('beforeprint'))")
+    assert browser.run("return [...document.querySelectorAll('html, .table')].filter(e => e.scrollWidth > e.clientWidth).length") == 0
+    assert browser.run("return document.querySelector('#seek-details td').offsetWidth") > 0
     assert browser.run("return [...document.querySelectorAll('nav, .toolbar, .copy, footer details')].every(e => !e.offsetWidth)")
     assert browser.run("return getComputedStyle(document.body).backgroundColor") == 'rgb(255, 255, 255)'
     assert browser.run(CONTRAST, 'h1, h2, p, dt, dd, th, td, figcaption span, .state', 'color') >= 4.5

@@ -7,6 +7,7 @@
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "base/Log.h"
+#include "base/Terminal.h"
 #include "cli/Command.h"
 
 namespace {
@@ -17,7 +18,7 @@ constexpr char kExamples[] =
     "  mkvx report film.mkv -o film.html   # all of it as a page for the browser\n";
 
 int complain(const std::string& sentence, int exitCode) {
-    fmt::print(stderr, "mkvx: {}\n", sentence);
+    mkvx::printFitted(stderr, 0, "mkvx: " + sentence);
     return exitCode;
 }
 

@@ -1,9 +1,12 @@
 #include "base/Terminal.h"
 
+#include <fmt/format.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <cstdlib>
 #include <cstring>
+
+#include "base/Text.h"
 
 namespace mkvx {
 
@@ -19,6 +22,11 @@ size_t terminalWidth(std::FILE* out) {
     winsize size{};
     if (::isatty(::fileno(out)) == 0 || ::ioctl(::fileno(out), TIOCGWINSZ, &size) != 0) return 0;
     return size.ws_col;
+}
+
+void printFitted(std::FILE* out, size_t indent, const std::string& text) {
+    constexpr size_t kFurther = 4;
+    fmt::print(out, "{}\n", wrapped(std::string(indent, ' ') + text, terminalWidth(out), indent + kFurther));
 }
 
 std::string Paint::wrap(const char* code, const std::string& text) const {

@@ -12,6 +12,10 @@ bool wantsColour(std::FILE* out);
 // Columns of the terminal that `out` is; 0 where it is none, or does not tell.
 size_t terminalWidth(std::FILE* out);
 
+// The text behind so many spaces, and a line feed. On a terminal, what does not fit its width goes on below,
+// indented further.
+void printFitted(std::FILE* out, size_t indent, const std::string& text);
+
 // Puts colours around texts, or leaves them alone where they are not wanted.
 class Paint {
   public:

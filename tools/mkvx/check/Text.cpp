@@ -39,7 +39,7 @@ std::string bytesText(const Evidence& evidence) {
 
 class CheckPrinter {
   public:
-    explicit CheckPrinter(std::FILE* out) : mOut(out), mPaint(out), mWidth(terminalWidth(out)) {}
+    explicit CheckPrinter(std::FILE* out) : mOut(out), mPaint(out) {}
 
     void verdictLine(const CheckedFile& checked) {
         line(0, fmt::format("{}: {}{}{}", mPaint.strong(printable(checked.path)),
@@ -60,10 +60,7 @@ class CheckPrinter {
     }
 
   private:
-    // What does not fit a terminal's width goes on below, indented further.
-    void line(size_t indent, const std::string& text) {
-        fmt::print(mOut, "{}\n", wrapped(std::string(indent, ' ') + text, mWidth, indent + 4));
-    }
+    void line(size_t indent, const std::string& text) { printFitted(mOut, indent, text); }
 
     void trackLines(const TrackVerdict& track) {
         const std::string about =
@@ -147,7 +144,6 @@ class CheckPrinter {
 
     std::FILE* mOut;
     Paint mPaint;
-    size_t mWidth;        // 0: lines are as long as they are
     Remedy mRemedyOfAll;  // of the file whose details are printed
 };
 

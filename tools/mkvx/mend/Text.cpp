@@ -11,24 +11,26 @@ namespace {
 
 void printVerdict(const Paint& paint, const std::string& path, Verdict verdict, const std::string& reason,
                   std::FILE* out) {
-    fmt::print(out, "{}: {}{}{}\n", paint.strong(printable(path)), describe(verdict),
-               reason.empty() ? "" : ": ", printable(reason));
+    printFitted(out, 0,
+                fmt::format("{}: {}{}{}", paint.strong(printable(path)), describe(verdict),
+                            reason.empty() ? "" : ": ", printable(reason)));
 }
 
 void printFindings(const std::string& word, const std::vector<FindingOfTrack>& findings, std::FILE* out) {
     for (const FindingOfTrack& found : findings) {
-        fmt::print(out, "  {}: {}{}{}\n", word, found.finding.weight == Weight::kNote ? "note: " : "",
-                   found.track ? fmt::format("track number {}: ", *found.track) : "",
-                   printable(found.finding.sentence));
+        printFitted(out, 2,
+                    fmt::format("{}: {}{}{}", word, found.finding.weight == Weight::kNote ? "note: " : "",
+                                found.track ? fmt::format("track number {}: ", *found.track) : "",
+                                printable(found.finding.sentence)));
         if (found.finding.remedy.action == Remedy::Action::kAdvice)
-            fmt::print(out, "      {}\n", printable(found.finding.remedy.text));
+            printFitted(out, 6, printable(found.finding.remedy.text));
     }
 }
 
 void printAttempts(const MendReport& report, std::FILE* out) {
     for (const MendAttempt& attempt : report.attempts) {
         fmt::print(out, "  {}\n", shellLine(attempt.commands));
-        if (!attempt.problem.empty()) fmt::print(out, "    not taken: {}\n", printable(attempt.problem));
+        if (!attempt.problem.empty()) printFitted(out, 4, "not taken: " + printable(attempt.problem));
     }
 }
 

@@ -6,10 +6,8 @@ if (byId('timeline')) {  // otherwise the file was not read
   showLayout();
 }
 // On paper nothing unfolds.
-const figures = byId('figures');
-if (figures) {
-  addEventListener('beforeprint', () => { figures.open = true; });
-  addEventListener('afterprint', () => { figures.open = false; });
-}
+const folded = [...document.querySelectorAll('main details')];
+addEventListener('beforeprint', () => folded.forEach(part => { part.open = true; }));
+addEventListener('afterprint', () => folded.forEach(part => { part.open = false; }));
 addEventListener('wheel', () => tip.hide(), {passive: true});
 document.documentElement.dataset.ready = 'true';  // for whoever drives the page

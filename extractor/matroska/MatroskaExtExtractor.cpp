@@ -49,8 +49,12 @@ void MatroskaExtExtractor::AddTrack(const TrackEntry& entry) {
         (void)mDroppedTracks.Append(DroppedTrack{entry.TrackNumber.Get(), entry.Position, track.mDrop});
         return;
     }
-    mTracks.push();
-    TrackInfo* info = &mTracks.editItemAt(mTracks.size() - 1);
+    const ssize_t place = mTracks.add();
+    if (place < 0) {
+        mFile->Losses.Add(LossKind::kRefusedAllocation, entry.Position, 0);
+        return;
+    }
+    TrackInfo* info = &mTracks.editItemAt(static_cast<size_t>(place));
     info->mTrackNum = static_cast<uint32_t>(entry.TrackNumber.Get());
     info->mExtraPos = track.mExtraPos;
     info->mExtraSize = track.mExtraSize;

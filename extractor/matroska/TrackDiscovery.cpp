@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <new>
-#include <string>
 
 #include "matroska/AacProbe.h"
 #include "matroska/CodecPrivate.h"
@@ -23,34 +22,42 @@ using namespace MatroskaExtReader;
 
 namespace {
 
-std::string TextOf(const ByteBuffer& bytes) {
-    return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.TextLength());
+// The first `length` bytes with a zero behind them; null where memory is refused.
+std::unique_ptr<char[]> CopyOf(const void* text, size_t length) {
+    std::unique_ptr<char[]> copy(new (std::nothrow) char[length + 1]());
+    if (copy != nullptr && length != 0) memcpy(copy.get(), text, length);
+    return copy;
 }
 
-// Deliberate: every name and language is handed out without its last byte.
-std::string WithoutLastByte(const char* text) {
+// Deliberate: every name and language is handed out without its last byte. Without memory there is none,
+// which is a loss.
+void SetLanguage(const char* text, const TrackEntry& entry, CMatroskaFile* file, MetaData* meta) {
     const size_t length = strlen(text);
-    return std::string(text, length == 0 ? 0 : length - 1);
+    const std::unique_ptr<char[]> shortened = CopyOf(text, length == 0 ? 0 : length - 1);
+    if (shortened == nullptr) {
+        file->Losses.Add(LossKind::kRefusedAllocation, entry.Position, length);
+        return;
+    }
+    meta->setCString(kKeyMediaLanguage, shortened.get());
 }
 
-bool BeginsWith(const std::string& text, const char* prefix) {
-    return text.compare(0, strlen(prefix), prefix) == 0;
+bool BeginsWith(const char* text, const char* prefix) {
+    return strncmp(text, prefix, strlen(prefix)) == 0;
 }
 
-// Deliberate: the name of a track wins over its language. False when the track says neither.
-bool LanguageOf(const TrackEntry& entry, std::string* language) {
+// Deliberate: the name of a track wins over its language. Sets nothing when the track says neither.
+void SetNameOrLanguage(const TrackEntry& entry, CMatroskaFile* file, MetaData* meta) {
+    const char* const language = entry.Language.c_str();
+    const bool hasTwoLetters = strlen(language) > 2;  // once the last byte is gone
     if (entry.Name.c_str()[0] != '\0') {
-        *language = WithoutLastByte(entry.Name.c_str());
-        return true;
+        SetLanguage(entry.Name.c_str(), entry, file, meta);
+    } else if (hasTwoLetters && BeginsWith(language, "ch")) {  // "Simplified Chinese" in Chinese
+        meta->setCString(kKeyMediaLanguage, "\xE7\xAE\x80\xE4\xBD\x93\xE4\xB8\xAD\xE6\x96\x87");
+    } else if (hasTwoLetters && BeginsWith(language, "en")) {  // "English" in Chinese
+        meta->setCString(kKeyMediaLanguage, "\xE8\x8B\xB1\xE6\x96\x87");
+    } else if (language[0] != '\0') {
+        SetLanguage(language, entry, file, meta);
     }
-    if (entry.Language.c_str()[0] == '\0') return false;
-    *language = WithoutLastByte(entry.Language.c_str());
-    if (BeginsWith(*language, "ch")) {
-        *language = "\xE7\xAE\x80\xE4\xBD\x93\xE4\xB8\xAD\xE6\x96\x87";  // "Simplified Chinese" in Chinese
-    } else if (BeginsWith(*language, "en")) {
-        *language = "\xE8\x8B\xB1\xE6\x96\x87";  // "English" in Chinese
-    }
-    return true;
 }
 
 // The low 32 bits; a rate that they make negative is none.
@@ -96,8 +103,9 @@ DropReason ConfigureAac(const TrackEntry& entry, const sp<MetaData>& meta) {
 
     uint8_t made[2];
     const uint32_t channels = static_cast<uint32_t>(entry.Audio.Channels.Get());
-    switch (MakeAacSpecificConfig(TextOf(entry.CodecID).c_str(), entry.Audio.SamplingFrequency.Get(),
-                                  channels, made)) {
+    const std::unique_ptr<char[]> codecId = CopyOf(entry.CodecID.data(), entry.CodecID.TextLength());
+    if (codecId == nullptr) return DropReason::kAacNoProfile;
+    switch (MakeAacSpecificConfig(codecId.get(), entry.Audio.SamplingFrequency.Get(), channels, made)) {
         case AacConfigVerdict::kNoProfile:
             return DropReason::kAacNoProfile;
         case AacConfigVerdict::kBadFrequency:
@@ -147,8 +155,8 @@ void AddBitmapHeader(const TrackEntry& entry, const sp<MetaData>& meta) {
 // Cuts MPEG-4 headers out of the first frame. The codec table leads no track with these codec IDs here, since
 // both become "video/mp4v-es"; it stands for a table that does.
 void AddMpeg4Headers(CMatroskaFile* file, const TrackEntry& entry, const sp<MetaData>& meta) {
-    const std::string codecId = TextOf(entry.CodecID);
-    if (codecId != "V_MPEG4/ISO/ASP" && codecId != "V_MPEG4/ISO/SP") return;
+    const ByteBuffer& codecId = entry.CodecID;
+    if (!codecId.Equals("V_MPEG4/ISO/ASP") && !codecId.Equals("V_MPEG4/ISO/SP")) return;
     const uint32_t number = static_cast<uint32_t>(entry.TrackNumber.Get());
     MatroskaExtIterator iterator(file, 0, 0, number, nullptr);
     const std::vector<uint8_t> headers = iterator.getMpeg4Headers();
@@ -177,7 +185,7 @@ void ConfigureWithoutPrivate(CMatroskaFile* file, const TrackEntry& entry, const
 }
 
 DropReason ConfigureAvc(CMatroskaFile* file, const TrackEntry& entry, sp<MetaData>* meta) {
-    if (TextOf(entry.CodecID) != "V_MS/VFW/FOURCC") {
+    if (!entry.CodecID.Equals("V_MS/VFW/FOURCC")) {
         (*meta)->setData(kKeyAVCC, 0, entry.CodecPrivate.data(), entry.CodecPrivate.size());
         return DropReason::kNone;
     }
@@ -211,7 +219,7 @@ DropReason DescribeVideo(CMatroskaFile* file, const TrackEntry& entry, const cha
 // ---- subtitles
 // ---------------------------------------------------------------------------------------------------
 
-DiscoveredTrack DiscoverSubtitle(const CMatroskaFile& file, const TrackEntry& entry) {
+DiscoveredTrack DiscoverSubtitle(CMatroskaFile* file, const TrackEntry& entry) {
     DiscoveredTrack track;
     const char* mime = entry.SubtitleType == kSubtitleUtf8   ? MEDIA_MIMETYPE_SUBTITLE_UTF8
                        : entry.SubtitleType == kSubtitleAss  ? MEDIA_MIMETYPE_SUBTITLE_ASS
@@ -223,8 +231,8 @@ DiscoveredTrack DiscoverSubtitle(const CMatroskaFile& file, const TrackEntry& en
     }
     track.mMeta = new MetaData;
     track.mMeta->setCString(kKeyMIMEType, mime);
-    track.mMeta->setInt64(kKeyDuration, DurationUs(file));
-    track.mMeta->setCString(kKeyMediaLanguage, WithoutLastByte(entry.Name.c_str()).c_str());
+    track.mMeta->setInt64(kKeyDuration, DurationUs(*file));
+    SetLanguage(entry.Name.c_str(), entry, file, track.mMeta.get());
     return track;
 }
 
@@ -250,7 +258,7 @@ int64_t DurationUs(const CMatroskaFile& file) {
 }
 
 DiscoveredTrack DiscoverTrack(CMatroskaFile* file, const TrackEntry& entry) {
-    if (entry.TrackType.Get() == kTrackTypeSubtitle) return DiscoverSubtitle(*file, entry);
+    if (entry.TrackType.Get() == kTrackTypeSubtitle) return DiscoverSubtitle(file, entry);
     DiscoveredTrack track;
     const char* mime = GetMimeType(entry.FourCC);
     if (mime == nullptr) {
@@ -270,8 +278,7 @@ DiscoveredTrack DiscoverTrack(CMatroskaFile* file, const TrackEntry& entry) {
     }
     track.mMeta->setInt64(kKeyDuration, DurationUs(*file));
     EstimateBitRate(*file, track.mMeta.get());
-    std::string language;
-    if (LanguageOf(entry, &language)) track.mMeta->setCString(kKeyMediaLanguage, language.c_str());
+    SetNameOrLanguage(entry, file, track.mMeta.get());
     return track;
 }
 

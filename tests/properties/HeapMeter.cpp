@@ -79,6 +79,7 @@ COUNTED void* calloc(size_t count, size_t size) noexcept {
     return Took(__libc_calloc(count, size));
 }
 COUNTED void* realloc(void* old, size_t size) noexcept {
+    if (IsRefused(size)) return nullptr;
     const long long before = old == nullptr ? 0 : static_cast<long long>(malloc_usable_size(old));
     void* p = __libc_realloc(old, size);
     if (p == nullptr && size != 0) return nullptr;  // the old block is still there

@@ -211,7 +211,8 @@ class TrackEntry : public android::RefBase {
     CFloat TrackTimecodeScale;
 
     static constexpr uint32_t kHasVideo = 1, kHasAudio = 2;
-    uint32_t ParsedParts = 0;  // kHasVideo, kHasAudio
+    static constexpr uint32_t kLacksPrivate = 4;  // there was no memory for it
+    uint32_t ParsedParts = 0;                     // kHasVideo, kHasAudio, kLacksPrivate
     MatroskaExtReader::Video Video;
     MatroskaExtReader::Audio Audio;
     MatroskaExtReader::ContentEncodings Encodings;

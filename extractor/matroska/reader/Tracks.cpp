@@ -27,7 +27,12 @@ Result TrackEntry::Parse(CMatroskaNode* node) {
         {id::kName, &TrackEntry::Name},
         {id::kLanguage, &TrackEntry::Language},
         {id::kCodecId, &TrackEntry::CodecID},
-        {id::kCodecPrivate, &TrackEntry::CodecPrivate},
+        {id::kCodecPrivate,
+         [](TrackEntry& entry, CMatroskaNode* child) {
+             const Result result = entry.CodecPrivate.Parse(child);
+             if (result == kOutOfMemory) entry.ParsedParts |= kLacksPrivate;
+             return result;
+         }},
         {id::kCodecName, &TrackEntry::CodecName},
         {id::kCodecSettings, &TrackEntry::CodecSettings},
         {id::kCodecInfoUrl, &TrackEntry::CodecInfoURL},
@@ -54,7 +59,10 @@ Result TrackEntry::Parse(CMatroskaNode* node) {
          }},
     };
     if (node != nullptr) Position = node->HeaderStart();
-    return ParseChildren(*this, node, kRows);
+    const Result result = ParseChildren(*this, node, kRows);
+    // What is asserted of Vorbis headers is meant for those in the file.
+    const bool isUseless = (ParsedParts & kLacksPrivate) != 0 && CodecID.StartsWith("A_VORBIS");
+    return isUseless ? kOutOfMemory : result;
 }
 
 Result Video::Parse(CMatroskaNode* node) {

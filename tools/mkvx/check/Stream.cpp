@@ -93,8 +93,9 @@ void StreamProbe::tellFaults() {
     if (mAac && !isEach) return;  // a decoder's error may be that of the unit before
     const std::string of = (mTried < mUnits ? "its first " : "its ") + counted(mTried, "unit");
     const std::string sentence =
-        isEach ? fmt::format("none of {} can be decoded: the first {}", of, mFirstFault)
-               : fmt::format("{} of {} cannot be decoded: the first of them {}", mFaulty, of, mFirstFault);
+        mUnits == 1 ? fmt::format("its only unit cannot be decoded: it {}", mFirstFault)
+        : isEach    ? fmt::format("none of {} can be decoded: the first {}", of, mFirstFault)
+                 : fmt::format("{} of {} cannot be decoded: the first of them {}", mFaulty, of, mFirstFault);
     mVerdict.findings.push_back(
         {"units_undecodable", isEach ? Weight::kMute : Weight::kLoss, sentence, std::nullopt, ""});
 }

@@ -76,7 +76,7 @@ bool MatroskaExtIterator::advance() {
 
 // With a block pending already each step counts, whoever has walked here before.
 bool MatroskaExtIterator::AdvanceByOne() {
-    if (!StepToNextBlock(true)) {
+    if (!StepToNextBlock()) {
         mEOS = true;
         return false;
     }
@@ -91,7 +91,9 @@ bool MatroskaExtIterator::AdvanceByOne() {
 // False at the end of the Segment, which it notes.
 bool MatroskaExtIterator::StepToOwnBlock() {
     const bool wantsOthers = CollectsSubtitles();
-    while (StepToNextBlock(wantsOthers)) {  // bounded: every step moves forward in the file
+    for (;;) {  // bounded: every step moves forward in the file
+        if (!wantsOthers && mBlock.IsValid() && mBlock.MoveToKnown(mTrackNumber)) return true;
+        if (!StepToNextBlock()) break;
         if (IsOwn(mBlock.Head())) return true;
         PassForeignBlock();
     }
@@ -99,8 +101,7 @@ bool MatroskaExtIterator::StepToOwnBlock() {
     return false;
 }
 
-bool MatroskaExtIterator::StepToNextBlock(bool wantsOthers) {
-    if (!wantsOthers && mBlock.IsValid() && mBlock.MoveToKnown(mTrackNumber)) return true;
+bool MatroskaExtIterator::StepToNextBlock() {
     if (mCluster == nullptr || !mCluster->IsValid()) return false;
     const CMatroskaFile::Heads heads(mFile);
     if (mBlock.IsValid() ? mBlock.MoveToNext(mFile, mCluster.get()) : EnterCluster()) return true;
@@ -281,7 +282,7 @@ void MatroskaExtIterator::JumpTo(const IndexItem& entry) {
 bool MatroskaExtIterator::OwnBlockFollows() {
     const Place here = CurrentPlace();
     bool isFound = false;
-    while (!isFound && StepToNextBlock(false)) isFound = IsOwn(mBlock.Head());
+    while (!isFound && StepToNextBlock()) isFound = IsOwn(mBlock.Head());
     StandAt(here);
     return isFound;
 }

@@ -87,9 +87,7 @@ class MatroskaExtIterator {
     void ForgetPlace();
 
     // block walk
-    // To the next block, whose it may be; unless others are wanted, past those that are known not to be this
-    // track's.
-    bool StepToNextBlock(bool wantsOthers);
+    bool StepToNextBlock();  // whose it may be
     bool StepToOwnBlock();
     bool AdvanceByOne();
     bool EnterCluster();
@@ -132,7 +130,7 @@ class MatroskaExtIterator {
                      long long timeUs, int64_t* lastTried);
 
     // subtitles
-    bool CollectsSubtitles() const;
+    bool CollectsSubtitles() const { return mExtractor != nullptr && mTrackNumber == mFile->MasterTrack(); }
     int collectSubtitles(unsigned int trackNumber);
     bool MergeWithLast(MediaBuffer* buffer, const BlockGroup& group, unsigned int trackNumber);
     bool DecideMerging(ssize_t comma);

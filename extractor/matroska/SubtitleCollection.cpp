@@ -25,10 +25,6 @@ const uint8_t* BytesOf(const MediaBuffer* buffer) {
 
 }  // namespace
 
-bool MatroskaExtIterator::CollectsSubtitles() const {
-    return mExtractor != nullptr && mTrackNumber == mFile->MasterTrack();
-}
-
 // Queues the event in the block that the walk stands on, which is one of track `trackNumber`, if that has
 // subtitles. ERROR_END_OF_STREAM when it cannot be read.
 int MatroskaExtIterator::collectSubtitles(unsigned int trackNumber) {

@@ -3,7 +3,6 @@
 #include <pthread.h>
 #include <stdlib.h>
 
-#include <atomic>
 #include <new>
 #include <utility>
 
@@ -25,8 +24,8 @@ constexpr bool kStocking = true;
 
 constexpr size_t kMostKept = 64;
 
-// Units of up to so many bytes take a place of that size.
-constexpr size_t kSmallBytes = 256;
+// A small unit takes a place of the lesser of these sizes that holds it.
+constexpr size_t kSmall = 256, kMiddle = 2048;
 
 // The large unit that is kept serves one of at least half its size.
 constexpr size_t kLeastLarge = 128u << 10, kMostLarge = 4u << 20;
@@ -54,7 +53,8 @@ struct Stock {
     bool isOpen;               // its end has been arranged for
     Shelf<MetaData> metaData;  // each with one strong reference, which is the stock's
     Shelf<void> shells;
-    Shelf<void> small;  // kSmallBytes each
+    Shelf<void> small;   // kSmall bytes each
+    Shelf<void> middle;  // kMiddle bytes each
     void* large;
     size_t largeSize;
 };
@@ -69,6 +69,7 @@ void emptyStock(void*) {
     while (MetaData* metaData = tStock.metaData.take()) metaData->decStrong(nullptr);
     while (void* shell = tStock.shells.take()) ::operator delete(shell);
     while (void* bytes = tStock.small.take()) free(bytes);
+    while (void* bytes = tStock.middle.take()) free(bytes);
     free(std::exchange(tStock.large, nullptr));
     tStock.isOpen = false;  // what comes back later in the thread's end opens it again
 }
@@ -83,14 +84,9 @@ bool isStockOpen() {
     return kStocking && (tStock.isOpen || openStock());
 }
 
-// Whether the caller's reference is the only one, and everything that former holders did to the object has
-// happened. Every strong reference holds a weak one too, so counting those is enough.
-bool isSoleReference(const MetaData* metaData) {
-    if (metaData->getWeakRefs()->getWeakCount() != 1) return false;
-#if !defined(__SANITIZE_THREAD__) && !STOCK_HAS_FEATURE(thread_sanitizer)  // which cannot follow fences
-    std::atomic_thread_fence(std::memory_order_acquire);
-#endif
-    return true;
+void* takeFrom(Shelf<void>& shelf, size_t size) {
+    void* taken = shelf.take();
+    return taken != nullptr ? taken : malloc(size);
 }
 
 bool servesLarge(size_t size) {
@@ -116,7 +112,7 @@ MetaData* TakeMetaData() {
 }
 
 void ReturnMetaData(MetaData* metaData) {
-    if (isStockOpen() && isSoleReference(metaData)) {
+    if (isStockOpen() && metaData->isHeldOnce()) {
         metaData->clear();
         if (tStock.metaData.put(metaData)) return;
     }
@@ -133,17 +129,18 @@ void ReturnShell(void* shell) {
 }
 
 void* TakeBytes(size_t size) {
-    if (kStocking && size <= kSmallBytes) {
-        void* taken = tStock.small.take();
-        return taken != nullptr ? taken : malloc(kSmallBytes);
-    }
+    if (kStocking && size <= kSmall) return takeFrom(tStock.small, kSmall);
+    if (kStocking && size <= kMiddle) return takeFrom(tStock.middle, kMiddle);
     return servesLarge(size) ? std::exchange(tStock.large, nullptr) : malloc(size);
 }
 
 void ReturnBytes(void* bytes, size_t size) {
-    if (size <= kSmallBytes && isStockOpen() && tStock.small.put(bytes)) return;
-    if (isLarge(size) && isStockOpen()) return keepLarge(bytes, size);
-    free(bytes);
+    if (!isStockOpen()) return free(bytes);
+    if (size <= kMiddle) {
+        if (!(size <= kSmall ? tStock.small : tStock.middle).put(bytes)) free(bytes);
+        return;
+    }
+    isLarge(size) ? keepLarge(bytes, size) : free(bytes);
 }
 
 }  // namespace android

@@ -200,6 +200,40 @@ TEST(Late, AnEntryThatLeadsNowhereLeavesThePlace) {
     EXPECT_EQ("1200000/1:a0", ReadOne(Started(Open(longer), 0), &options));
 }
 
+Elements ClustersOf(size_t count, const Elements& blocks) {
+    Elements clusters;
+    for (size_t i = 0; i < count; ++i) clusters.push_back(Cluster(i * 100, blocks));
+    return clusters;
+}
+
+// What reading asks of a source that caches nothing, a unit: a payload each, and its share of the headers.
+TEST(Walk, AsksTheSourceLittleMoreThanOnceAUnit) {
+    const Bytes frame(50, 1), large(2000, 1);
+    const struct {
+        const char* name;
+        size_t clusters, blocks;
+        Element block;
+        double most;
+    } rows[] = {
+        {"small blocks", 20, 30, SimpleBlock(1, 0, kKeyFrame, frame), 1.1},
+        {"small groups", 20, 30, BlockGroup(1, 0, frame, {Uint(id::kBlockDuration, 20)}), 1.12},
+        {"one block a Cluster", 60, 1, SimpleBlock(1, 0, kKeyFrame, frame), 2.2},
+        {"large blocks", 10, 8, SimpleBlock(1, 0, kKeyFrame, large), 2.2},
+        {"laced", 10, 8, SimpleBlock(1, 0, kKeyFrame, Lacing::kEbml, {large, frame, frame, frame}), 2.2},
+    };
+    for (const auto& row : rows) {
+        const Document file =
+            Movie({Mpeg2Track()}, ClustersOf(row.clusters, Elements(row.blocks, row.block)));
+        const sp<FaultySource> counting(new FaultySource(file.bytes));
+        const sp<MediaExtractor> extractor = Open(sp<android::DataSource>(counting));
+        const uint64_t opening = counting->Reads();
+        const size_t units = ReadAll(Started(extractor, 0)).size();
+        EXPECT_EQ(row.clusters * row.blocks, units) << row.name;
+        EXPECT_LE(static_cast<double>(counting->Reads() - opening) / static_cast<double>(units), row.most)
+            << row.name;
+    }
+}
+
 // A source that fails once may deliver the next time: what was not seen then is not taken for the Cluster's
 // end.
 TEST(Walk, AFailedReadIsForgottenBySeekingBack) {

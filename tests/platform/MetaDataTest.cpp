@@ -21,6 +21,22 @@ std::string BytesAt(const MetaData& meta, uint32_t key, uint32_t* type) {
     return std::string(static_cast<const char*>(data), size);
 }
 
+// What a weak pointer is promoted to is counted apart; whichever goes first, the last one ends the object.
+TEST(MetaData, LivesAsLongAsAnyPointer) {
+    for (const bool promotedGoesFirst : {true, false}) {
+        sp<MetaData> made = new MetaData;
+        const wp<MetaData> watched = made;
+        sp<MetaData> promoted = watched.promote(), copy = promoted;
+        EXPECT_EQ(made->getStrongCount(), 3);
+        (promotedGoesFirst ? promoted : made).clear();
+        (promotedGoesFirst ? made : promoted).clear();
+        EXPECT_EQ(copy->getStrongCount(), 1);
+        EXPECT_NE(watched.promote(), nullptr);
+        copy.clear();
+        EXPECT_EQ(watched.promote(), nullptr);
+    }
+}
+
 TEST(MetaData, AgreesWithAMapOverManyChanges) {
     std::mt19937 random(1);
     sp<MetaData> meta = new MetaData;

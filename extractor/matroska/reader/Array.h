@@ -34,10 +34,14 @@ class Array {
     T* end() { return Items() + mSize; }
 
     // False where memory is refused.
-    bool Append(T item) {
-        if (mSize == mRoom && !Reserve(mRoom == 0 ? kFirstRoom : 2 * mRoom)) return false;
-        new (Items() + mSize) T(std::move(item));
-        ++mSize;
+    bool Append(T&& item) {
+        if (!MakeRoom()) return false;
+        new (Items() + mSize++) T(std::move(item));
+        return true;
+    }
+    bool Append(const T& item) {
+        if (!MakeRoom()) return false;
+        new (Items() + mSize++) T(item);
         return true;
     }
     // Room for `count` items in all.
@@ -72,6 +76,8 @@ class Array {
 
   private:
     static constexpr size_t kFirstRoom = 4;
+
+    bool MakeRoom() { return mSize < mRoom || Reserve(mRoom == 0 ? kFirstRoom : 2 * mRoom); }
 
     // Memory for one item, which is not made before it is appended.
     struct Slot {

@@ -22,19 +22,17 @@ struct LacingBytes {
     }
 };
 
-// An element of known size, whose header is at hand.
-bool TakeElement(const HeldBytes& bytes, PlainBlock* block) {
+// An element of known size whose header is at hand: how many bytes that has, else 0.
+inline uint32_t TakeElement(const HeldBytes& bytes, ElementHeader* element) {
     const unsigned idLength = bytes.size == 0 ? 0 : IdLength(bytes.data[0]);
-    if (idLength == 0 || bytes.size <= idLength) return false;
+    if (idLength == 0 || bytes.size <= idLength) return 0;
     const uint8_t* const size = bytes.data + idLength;
     const unsigned sizeLength = SizeLength(*size);
-    if (sizeLength == 0 || bytes.size < idLength + sizeLength) return false;
-    block->element.id = static_cast<uint32_t>(AppendBigEndian(0, bytes.data, idLength));
-    block->element.size = SizeValue(size, sizeLength);
-    block->element.hasUnknownSize = false;
-    block->headerStart = bytes.position;
-    block->dataStart = bytes.position + idLength + sizeLength;
-    return block->element.size != UnknownSizeMarker(sizeLength);
+    if (sizeLength == 0 || bytes.size < idLength + sizeLength) return 0;
+    element->id = static_cast<uint32_t>(AppendBigEndian(0, bytes.data, idLength));
+    element->size = SizeValue(size, sizeLength);
+    element->hasUnknownSize = false;
+    return element->size != UnknownSizeMarker(sizeLength) ? idLength + sizeLength : 0;
 }
 
 bool TakeHeader(const HeldBytes& bytes, uint64_t size, BlockHeader* header) {
@@ -83,15 +81,23 @@ bool TakeGroupChild(const ElementHeader& element, const HeldBytes& payload, Bloc
 bool TakeGroup(HeldBytes left, BlockHead* head) {
     *head = BlockHead();
     bool hasBlock = false;
-    PlainBlock child;
+    ElementHeader child;
     while (left.size != 0) {  // bounded: every child has a header
-        if (!TakeElement(left, &child)) return false;
-        const HeldBytes payload = left.Behind(child.HeaderSize());
-        if (child.element.size > payload.size) return false;
-        if (!TakeGroupChild(child.element, payload, head, &hasBlock)) return false;
-        left = payload.Behind(static_cast<uint32_t>(child.element.size));
+        const uint32_t headerSize = TakeElement(left, &child);
+        const HeldBytes payload = left.Behind(headerSize);
+        if (headerSize == 0 || child.size > payload.size) return false;
+        if (!TakeGroupChild(child, payload, head, &hasBlock)) return false;
+        left = payload.Behind(static_cast<uint32_t>(child.size));
     }
     return hasBlock;
+}
+
+bool TakeSimpleBlock(const HeldBytes& payload, uint64_t size, BlockHead* head) {
+    BlockHeader header;
+    if (!TakeHeader(payload, size, &header)) return false;
+    *head = BlockHead::OfSimpleBlock(header);
+    if (!head->knowsFrames) head->LookAtLacing(payload.Behind(kShortBlockHeader));
+    return true;
 }
 
 }  // namespace
@@ -124,18 +130,14 @@ void BlockHead::LookAtLacing(const HeldBytes& bytes) {
     bytesBehind = static_cast<uint8_t>(behind);
 }
 
-bool TakePlainBlock(const HeldBytes& bytes, PlainBlock* block) {
-    if (!TakeElement(bytes, block)) return false;
-    const HeldBytes payload = bytes.Behind(block->HeaderSize());
-    if (block->element.id == id::kSimpleBlock) {
-        BlockHeader header;
-        if (!TakeHeader(payload, block->element.size, &header)) return false;
-        block->head = BlockHead::OfSimpleBlock(header);
-        block->head.LookAtLacing(payload.Behind(kShortBlockHeader));
-        return true;
-    }
-    if (block->element.id != id::kBlockGroup || block->element.size > payload.size) return false;
-    return TakeGroup(payload.Front(static_cast<uint32_t>(block->element.size)), &block->head);
+uint32_t TakePlainBlock(const HeldBytes& bytes, ElementHeader* element, BlockHead* head) {
+    const uint32_t headerSize = TakeElement(bytes, element);
+    if (headerSize == 0) return 0;
+    const HeldBytes payload = bytes.Behind(headerSize);
+    if (element->id == id::kSimpleBlock)
+        return TakeSimpleBlock(payload, element->size, head) ? headerSize : 0;
+    if (element->id != id::kBlockGroup || element->size > payload.size) return 0;
+    return TakeGroup(payload.Front(static_cast<uint32_t>(element->size)), head) ? headerSize : 0;
 }
 
 }  // namespace MatroskaExtReader

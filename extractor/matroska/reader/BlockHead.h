@@ -36,19 +36,10 @@ struct BlockHead {
     uint64_t FramesSize() const { return header.dataSize - lacingBytes - bytesBehind; }
 };
 
-// A block element of the usual form.
-struct PlainBlock {
-    BlockHead head;
-    ElementHeader element;
-    uint64_t headerStart;
-    uint64_t dataStart;
-
-    uint32_t HeaderSize() const { return static_cast<uint32_t>(dataStart - headerStart); }
-};
-
-// Reads the element that begins `bytes`, all of which lie within its Cluster. False for anything but a
-// SimpleBlock, or a BlockGroup of the few elements that are usual there, whose numbers have their usual
-// lengths and whose headers are all at hand: what is odd or missing is for a walk by nodes to judge.
-bool TakePlainBlock(const HeldBytes& bytes, PlainBlock* block);
+// Reads the element that begins `bytes`, all of which lie within its Cluster; answers how many of them stand
+// in front of its payload. 0 for anything but a SimpleBlock, or a BlockGroup of the few elements that are
+// usual there, whose numbers have their usual lengths and whose headers are all at hand: what is odd or
+// missing is for a walk by nodes to judge.
+uint32_t TakePlainBlock(const HeldBytes& bytes, ElementHeader* element, BlockHead* head);
 
 }  // namespace MatroskaExtReader

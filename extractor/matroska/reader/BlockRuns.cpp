@@ -8,9 +8,6 @@ using android::sp;
 
 namespace {
 
-// Where blocks are no larger, their headers are read together.
-constexpr uint64_t kSmallBlock = 400;
-
 // Positions of neighbouring Clusters spread over the sets (Fibonacci hashing).
 size_t SetOf(uint64_t key) {
     static_assert(BlockRunCache::kRuns / BlockRunCache::kWays == 16, "the shift keeps four bits");
@@ -106,13 +103,17 @@ bool BlockRun::TakeStretch() {
     if (mIsOnNewBlock || mSmallBlocks < file->Blocks.SmallBlocksBeforeStretch()) return false;
     HeldBytes bytes = file->HoldStretch(mTail->End(), mTail->EnclosingEnd());
     const uint32_t size = bytes.size;
-    PlainBlock block;
+    ElementHeader element;
+    BlockHead head;
     size_t taken = 0;
-    while (mHeads.size() < kBlocks && TakePlainBlock(bytes, &block) && Append(block.head)) {
+    while (mHeads.size() < kBlocks) {
+        const uint32_t headerSize = TakePlainBlock(bytes, &element, &head);
+        if (headerSize == 0 || !Append(head)) break;
         ++taken;
-        mTail->StandOn(block.element, block.headerStart, block.dataStart);
-        if (block.element.size > bytes.size - block.HeaderSize()) break;
-        bytes = bytes.Behind(static_cast<uint32_t>(block.HeaderSize() + block.element.size));
+        mTail->StandOn(element, bytes.position, bytes.position + headerSize);
+        const uint32_t behind = bytes.size - headerSize;
+        if (element.size > behind) break;
+        bytes = bytes.Behind(headerSize + static_cast<uint32_t>(element.size));
     }
     if (size != 0) file->Blocks.NoteStretch(size, bytes.size);
     return taken != 0;
@@ -149,11 +150,6 @@ bool BlockRun::Keep(const BlockHead& head) {
     mTail->File()->Losses.Add(LossKind::kRefusedAllocation, mTail->HeaderStart(), 0);
     mIsCut = mIsOnNewBlock = mIsDoubtful = true;
     return false;
-}
-
-bool BlockRun::Append(const BlockHead& head) {
-    mSmallBlocks = head.header.dataSize <= kSmallBlock ? mSmallBlocks + 1 : 0;
-    return mHeads.Append(head);
 }
 
 void BlockRun::Finish() {

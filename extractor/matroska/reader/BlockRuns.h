@@ -56,6 +56,9 @@ class BlockRun : public android::RefBase {
   private:
     friend class BlockRunCache;
 
+    // Where blocks are no larger, their headers are read together.
+    static constexpr uint64_t kSmallBlock = 400;
+
     void Restart(uint64_t key, bool isFirst);
     void BeginCluster(CMatroskaNode* cluster);
     void FindFirstBlock(CMatroskaNode* cluster);
@@ -67,7 +70,10 @@ class BlockRun : public android::RefBase {
     bool TakeNextBlock();
     bool TakeBlock();
     bool Keep(const BlockHead& head);
-    bool Append(const BlockHead& head);
+    bool Append(const BlockHead& head) {
+        mSmallBlocks = head.header.dataSize <= kSmallBlock ? mSmallBlocks + 1 : 0;
+        return mHeads.Append(head);
+    }
     void Finish();
 
     uint64_t mLastUse = 0;  // the cache's clock

@@ -13,6 +13,8 @@
 #include <stdint.h>
 #include <sys/types.h>
 
+#include <atomic>
+
 #include <utils/KeyedVector.h>
 #include <utils/RefBase.h>
 #include <utils/String8.h>
@@ -113,6 +115,25 @@ class MetaData : public RefBase {
     MetaData();
     MetaData(const MetaData& from);
 
+    // These hide RefBase's from sp<MetaData>: the metadata of every unit is handed out twice at least, and a
+    // count of its own costs one atomic operation where RefBase takes two. All that are counted here hold one
+    // reference of RefBase's together. What a wp<MetaData> is promoted to holds one too, uncounted; it does
+    // not matter which of them goes first.
+    void incStrong(const void* id) const {
+        if (mHolders.fetch_add(1, std::memory_order_relaxed) == 0) RefBase::incStrong(id);
+    }
+    void decStrong(const void* id) const {
+        int32_t holders = mHolders.load(std::memory_order_acquire);
+        while (holders > 0 && !mHolders.compare_exchange_weak(holders, holders - 1, std::memory_order_acq_rel,
+                                                              std::memory_order_relaxed)) {
+        }
+        if (holders <= 1) RefBase::decStrong(id);
+    }
+    int32_t getStrongCount() const {
+        const int32_t holders = mHolders.load(std::memory_order_acquire);
+        return RefBase::getStrongCount() + (holders > 0 ? holders - 1 : 0);
+    }
+
     void clear();
     // Whether there was one.
     bool remove(uint32_t key);
@@ -143,6 +164,13 @@ class MetaData : public RefBase {
     ~MetaData() override;
 
   private:
+    friend void ReturnMetaData(MetaData* metaData);
+
+    // Nobody but the caller refers to it, and what others did to it has happened.
+    bool isHeldOnce() const {
+        return mHolders.load(std::memory_order_acquire) == 1 && getWeakRefs()->getWeakCount() == 1;
+    }
+
     // An access unit carries a time, a sync flag and little else: so many values need no memory of their own.
     enum { kInlineItems = 4, kInlineBytes = 16 };
 
@@ -167,6 +195,7 @@ class MetaData : public RefBase {
     bool setBytes(uint32_t key, uint32_t type, const void* data, size_t size);
     static String8 describe(const Item& item);
 
+    mutable std::atomic<int32_t> mHolders{0};
     Item mInline[kInlineItems];
     Item* mItems;  // sorted by key; mInline, or an owned block (malloc)
     uint32_t mCount;

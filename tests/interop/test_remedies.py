@@ -3,6 +3,7 @@ import bz2
 import json
 import struct
 import subprocess
+import zlib
 from collections import Counter
 from pathlib import Path
 
@@ -68,6 +69,29 @@ def damage(data, doc):
     data[second.start - 12:second.start] = bytes(12)
 
 
+def move_cues(data, doc):
+    at = data.rindex(b'\x1c\x53\xbb\x6b')
+    data[at:at] = bytes(700)
+
+
+def empty_cues(data, doc):
+    cues = doc.level_1[doc.first(ebml.CUES)]
+    at = cues.start
+    for point in list(ebml.children(data, cues.start, cues.end)):
+        data[at], at = 0xEC, point.end
+
+
+def without(entry, *ids):
+    """The TrackEntry's payload without these children."""
+    return b''.join(craft.element(e.id, entry[e.start:e.end]) for e in ebml.children(entry, 0, len(entry)) if e.id not in ids)
+
+
+def private(change):
+    """One way to change a TrackEntry: its CodecPrivate becomes change(bytes)."""
+    return lambda entry: without(entry, 0x63A2) + craft.private(change(next(
+        entry[e.start:e.end] for e in ebml.children(entry, 0, len(entry)) if e.id == 0x63A2)))
+
+
 def live_with_junk(mux):
     path = mux.ffmpeg('x.mkv', AV, '-cluster_time_limit', '200', piped=True)
     data = bytearray(Path(path).read_bytes())
@@ -89,6 +113,7 @@ def lead_by_the_sound(data, doc):
         at = data.find(b'\xf7\x81\1', at)
 
 
+ZLIB_OF_PRIVATE = craft.element(0x6D80, craft.element(0x6240, craft.uint(0x5032, 2) + craft.element(0x5034, craft.uint(0x4254, 0))))
 BZIP = craft.element(0x6D80, craft.element(0x6240, craft.uint(0x5032, 1) + craft.element(0x5034, craft.uint(0x4254, 1))))
 # What it is that check finds fault with: (code, how the file is made).
 CASES = [
@@ -108,6 +133,14 @@ CASES = [
     ('duration_cut', lambda mux: patched(mux, shorten)),
     ('track_time_scale', lambda mux: one_track(mux, 'mp3', lambda entry: entry + craft.real(0x23314F, 2.0))),
     ('encoding_unsupported', lambda mux: one_track(mux, 'mp3', lambda entry: entry + BZIP, bz2.compress)),
+    ('size_damaged', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x18\x53\x80\x67\x01\0', b'\x18\x53\x80\x67\x01\x30'))),
+    ('cues_unreached', lambda mux: patched(mux, move_cues)),
+    ('cues_empty', lambda mux: patched(mux, empty_cues)),
+    ('bad_header', lambda mux: patched(mux, lambda data, doc: set_at(data, b'\x42\x86\x81', b'\0'))),
+    ('no_audio_format', lambda mux: one_track(mux, 'mp3', lambda entry: without(entry, 0xE1))),
+    ('no_picture_size', lambda mux: one_track(mux, 'h264', lambda entry: without(entry, 0xE0))),
+    ('private_encoded', lambda mux: one_track(mux, 'h264', lambda entry: private(zlib.compress)(entry) + ZLIB_OF_PRIVATE)),
+    ('aac_no_profile', lambda mux: one_track(mux, 'aac', lambda entry: without(entry, 0x63A2))),
     ('unknown_codec_id', lambda mux: mux.ffmpeg('x.mkv', ['av1', 'opus'])),
     ('unmapped_tag', lambda mux: mux.ffmpeg('x.webm', ['vp8', 'vorbis'])),
     ('pcm_sample_size', lambda mux: one_track(mux, 'pcm_s24le')),

@@ -16,12 +16,18 @@ bool isEncrypted(const JudgedTrack& track) {
                        [](const FrameEncoding& encoding) { return encoding.isEncryption; });
 }
 
-// mkvmerge undoes what the plug-in undoes, and takes Opus by its header.
+// mkvmerge undoes what the plug-in undoes, takes Opus by its header, and video with a size.
 bool isLeftOutByRemux(const JudgedTrack& track) {
     const auto& encodings = track.entry.encodings;
     const bool isOpaque = std::any_of(encodings.begin(), encodings.end(),
                                       [](const FrameEncoding& encoding) { return !encoding.isUndone; });
-    return isOpaque || (track.entry.codecId == "A_OPUS" && track.entry.codecPrivate.empty());
+    const bool isSizeless = track.verdict->kind == "video" && track.entry.pixelWidth == 0;
+    return isOpaque || isSizeless || (track.entry.codecId == "A_OPUS" && track.entry.codecPrivate.empty());
+}
+
+// Which mkvmerge refuses, and ffmpeg copies with a profile of its own.
+bool isBareAac(const JudgedTrack& track) {
+    return track.entry.codecId == "A_AAC" && track.entry.codecPrivate.empty();
 }
 
 void forEachFinding(CheckedFile& checked, const std::function<void(Finding&)>& change) {
@@ -50,10 +56,16 @@ void adviseFetching(Finding& finding) {
 void settleForTools(const std::vector<JudgedTrack>& tracks, CheckedFile& checked) {
     if (std::any_of(tracks.begin(), tracks.end(), isEncrypted))
         return forEachFinding(checked, [](Finding& finding) { finding.remedy = {}; });
-    if (std::none_of(tracks.begin(), tracks.end(), isLeftOutByRemux)) return;
-    forEachFinding(checked, [&](Finding& finding) {
-        if (finding.remedy.action == Remedy::Action::kRewrite) finding.remedy = copyCommand(checked.path);
-    });
+    const auto instead = [&](const Remedy& remedy) {
+        forEachFinding(checked, [&](Finding& finding) {
+            if (finding.remedy.action == Remedy::Action::kRewrite) finding.remedy = remedy;
+        });
+    };
+    const auto bare = std::find_if(tracks.begin(), tracks.end(), isBareAac);
+    if (bare != tracks.end())
+        instead(recodeCommand(checked.path, 'a', bare->ordinal, "aac"));
+    else if (std::any_of(tracks.begin(), tracks.end(), isLeftOutByRemux))
+        instead(copyCommand(checked.path));
 }
 
 bool mostBlocksAre(uint64_t most, const CheckedFile& checked) {

@@ -147,7 +147,7 @@ class Judge {
                 fmt::format("the decoder gets no configuration: its CodecPrivate of {} byte(s) is too short "
                             "to be used, and keeps one from being made",
                             mEntry.codecPrivate.size()),
-                {id::kCodecPrivate}, recodeCommand(mPath, 'a', mTrack.ordinal, "aac"));
+                {id::kCodecPrivate});
         else if (const auto otherwise = judgedOtherwiseOnDevice(mEntry.codecPrivate))
             add("aac_judged_otherwise", Weight::kNote, *otherwise, {id::kCodecPrivate});
         const std::string& codec = mVerdict.codecId;
@@ -178,13 +178,12 @@ class Judge {
 
     void judgeFormat() {
         if (mVerdict.kind == "video" && (mEntry.pixelWidth == 0 || mEntry.pixelHeight == 0))
-            add("no_picture_size", Weight::kLoss, "it has no picture size", {id::kVideo},
-                remuxCommand(mPath));
+            add("no_picture_size", Weight::kLoss, "it has no picture size", {id::kVideo}, copyCommand(mPath));
         if (mVerdict.kind == "audio" && !mEntry.hasAudioFormat)
             add("no_audio_format", Weight::kLoss,
                 "8000 Hz and one channel are told, true or not: it has no sampling frequency and no channel "
                 "count",
-                {}, remuxCommand(mPath));
+                {}, copyCommand(mPath));
         const uint64_t bits = mEntry.bitsPerSample;
         const bool isRaw = isMime(android::MEDIA_MIMETYPE_AUDIO_RAW) && mEntry.codecPrivate.empty();
         if (isRaw && bits != 16 && bits != 0)

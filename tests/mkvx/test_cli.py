@@ -91,7 +91,7 @@ def test_manual_and_completion_tell_what_the_help_tells(mkvx):
     assert subprocess.run(['bash', '-n'], input=forms[1], text=True).returncode == 0
 
 
-@pytest.mark.parametrize('args', [['check', 'FILE'], ['check', '--help'], ['mend', '--dry-run', '-o', 'film.mkv', 'FILE']], ids=' '.join)
+@pytest.mark.parametrize('args', [['check', 'FILE'], ['check', '--help'], ['mend', '--dry-run', '-o', 'film.mkv', 'FILE'], ['explain', 'CodecPrivate', 'FILE']], ids=' '.join)
 def test_lines_are_no_wider_than_the_terminal(mkvx, binary, sample, args):
     args = [sample.parent / 'silent.mkv' if arg == 'FILE' else arg for arg in args]
     master, terminal = pty.openpty()

@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 #include <algorithm>
 
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "device/ElementTable.h"
 #include "elements/ElementText.h"
@@ -83,8 +84,8 @@ void printPlaceInElement(const Explanation& explanation, const Element& element,
     fmt::print(out, "Stands at {}, header {} bytes, data {}, ends at {}\n", element.offset,
                element.dataOffset - element.offset, sizeText(element), element.end);
     const std::string value = valueText(element);
-    if (!value.empty()) fmt::print(out, "Value: {}\n", value);
-    for (const std::string& note : element.notes) fmt::print(out, "Damaged: {}\n", note);
+    if (!value.empty()) printFitted(out, 0, "Value: " + value);
+    for (const std::string& note : element.notes) printFitted(out, 0, "Damaged: " + note);
 }
 
 void printPlace(const Explanation& explanation, std::FILE* out) {
@@ -98,7 +99,7 @@ void printPlace(const Explanation& explanation, std::FILE* out) {
                    gap->isResynchronised ? "goes on behind that" : "looks no further there");
     }
     const bool isAll = place.bytes.size() < 64;
-    fmt::print(out, "Bytes: {}{}\n", hexBytes(place.bytes), isAll ? "" : " ...");
+    printFitted(out, 0, fmt::format("Bytes: {}{}", hexBytes(place.bytes), isAll ? "" : " ..."));
 }
 
 void printMeaning(const Explanation& explanation, std::FILE* out) {
@@ -113,9 +114,10 @@ void printMeaning(const Explanation& explanation, std::FILE* out) {
     fmt::print(out, "{} ({}), {}, {}\n", info.name, idText(info.id), typeName(&info), info.section);
     const std::vector<std::string> path = pathOf(info);
     if (path.size() > 1) fmt::print(out, "Place: {}\n", fmt::join(path, " > "));
-    fmt::print(out, "{}\n", guide.meaning);
-    fmt::print(out, "In the plug-in: {}.{}{}\n", toString(guide.use), *guide.plugin == '\0' ? "" : " ",
-               guide.plugin);
+    printFitted(out, 0, guide.meaning);
+    printFitted(out, 0,
+                fmt::format("In the plug-in: {}.{}{}", toString(guide.use), *guide.plugin == '\0' ? "" : " ",
+                            guide.plugin));
 }
 
 void printOccurrences(const Explanation& explanation, std::FILE* out) {
@@ -124,9 +126,10 @@ void printOccurrences(const Explanation& explanation, std::FILE* out) {
                found.count == 0 ? "none" : fmt::format("{}", found.count));
     for (const Element& element : found.first) {
         const std::string value = valueText(element);
-        fmt::print(out, "  at {}, {}{}{}\n", element.offset, sizeText(element), value.empty() ? "" : ": ",
-                   value);
-        for (const std::string& note : element.notes) fmt::print(out, "    ! {}\n", note);
+        printFitted(out, 2,
+                    fmt::format("at {}, {}{}{}", element.offset, sizeText(element), value.empty() ? "" : ": ",
+                                value));
+        for (const std::string& note : element.notes) printFitted(out, 4, "! " + note);
     }
     if (found.count > found.first.size())
         fmt::print(out, "  ... {} more\n", found.count - found.first.size());

@@ -60,6 +60,7 @@ def test_misspelt_command(mkvx, word, meant):
 
 def test_every_help_ends_with_an_example_that_is_understood(mkvx, binary, sample, tmp_path):
     shutil.copy(sample, tmp_path / 'film.mkv')
+    shutil.copy(binary.parent.parent / 'lib/libmatroska_ext.so', tmp_path / 'other.so')
     for results in 'before.jsonl', 'after.jsonl', 'part-1.jsonl':
         (tmp_path / results).write_text(mkvx('check', '--format', 'jsonl', sample).out)
     commands = re.findall(r'^  (\w+) ', mkvx('--help').out.split('Subcommands:')[1].split('Exit codes:')[0], re.M)

@@ -39,6 +39,9 @@ def desk(binary, tmp_path_factory):
     (folder / 'build').mkdir()
     shutil.copytree(ROOT / 'samples', folder / 'samples', ignore=shutil.ignore_patterns('make-sample'))
     shutil.copytree(ROOT / 'samples', folder / 'films/old')
+    plugin = (binary.parent.parent / 'lib/libmatroska_ext.so').read_bytes()
+    (folder / 'build/same.so').write_bytes(plugin)
+    (folder / 'build/other.so').write_bytes(plugin.replace(b'video/avc', b'video/abc'))
     return folder, {**os.environ, 'PATH': '%s:%s' % (binary.parent, os.environ['PATH'])}
 
 
@@ -101,7 +104,7 @@ def test_options_are_those_of_the_help(mkvx):
     page = PAGES['mkvx.md']
     everywhere = set(re.findall(r'--[a-z]+(?:-[a-z]+)*', page.split('| Exit code')[0])) | {'--progress', '--output'}
     commands = re.findall(r'^\| \[(\w+)\]\(#', page, re.M)
-    assert len(commands) == 19
+    assert len(commands) == 20
     for command in commands:
         section = re.search(r'^## %s\n(.*?)(?=^## |\Z)' % command, page, re.M | re.S)[1]
         told = set(re.findall(r'--[a-z]+(?:-[a-z]+)*', ' '.join(re.findall(r'`[^`]*`', section))))

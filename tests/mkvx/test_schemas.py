@@ -7,6 +7,7 @@ import jsonschema
 import pytest
 
 import craft
+from conftest import BINARY
 
 FOLDER = Path(__file__).parents[2] / 'docs/schemas'
 SCHEMAS = {path.name.split('.')[0]: json.loads(path.read_text()) for path in FOLDER.iterdir()}
@@ -18,6 +19,7 @@ RUNS = [
     ('seek', ['json', 'jsonl'], '--to 0 --to 500000 --to -1us F'), ('late', ['json', 'jsonl'], '--track 0 --at 1 --by 500000 F'),
     ('index', ['json'], '--coarse 100000 F'), ('decode', ['json'], 'F'), ('extract', ['json'], '--track 0 -o O F'),
     ('summary', ['json'], 'RESULTS'), ('diff', ['json'], 'RESULTS OTHERS'),
+    ('compare', ['json'], '--plugin PLUGIN F'),
     ('mend', ['json'], '--dry-run F -o O'),
     ('cost', ['json'], '--seeks 2 --demux F'), ('cost', ['json'], '--no-size F'),
     ('bench', ['json'], 'demux --once --reads F'), ('bench', ['json'], 'open --once F'),
@@ -85,7 +87,7 @@ def test_output(mkvx, files, tmp_path, command, formats, arguments):
     validator = jsonschema.Draft202012Validator(SCHEMAS[command])
     validator.check_schema(validator.schema)
     for file, gap in files.values():
-        replaced = {'F': file, 'GAP': gap, 'RESULTS': tmp_path / 'results', 'OTHERS': tmp_path / 'others'}
+        replaced = {'F': file, 'GAP': gap, 'PLUGIN': BINARY.parent.parent / 'lib/libmatroska_ext.so', 'RESULTS': tmp_path / 'results', 'OTHERS': tmp_path / 'others'}
         if 'RESULTS' in arguments:
             judged = mkvx('check', '--format', 'jsonl', file).out
             replaced['RESULTS'].write_text(judged)

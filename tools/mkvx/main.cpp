@@ -79,6 +79,7 @@ void addCommands(mkvx::CommandLine& line, const mkvx::Globals& globals) {
     mkvx::addMendCommand(line, globals);
     mkvx::addSummaryCommand(line);
     mkvx::addDiffCommand(line);
+    mkvx::addCompareCommand(line, globals);
     mkvx::addSniffCommand(line, globals);
     mkvx::addInfoCommand(line, globals);
     mkvx::addPacketsCommand(line, globals);

@@ -29,6 +29,7 @@ void addCheckCommand(CommandLine& line, const Globals& globals);
 void addMendCommand(CommandLine& line, const Globals& globals);
 void addSummaryCommand(CommandLine& line);
 void addDiffCommand(CommandLine& line);
+void addCompareCommand(CommandLine& line, const Globals& globals);
 void addCostCommand(CommandLine& line, const Globals& globals);
 void addReportCommand(CommandLine& line, const Globals& globals);
 void addBenchCommand(CommandLine& line, const Globals& globals);

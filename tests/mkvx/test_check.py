@@ -290,8 +290,8 @@ LOST_CUES = {
              'the Cues at {cues} are not found, for the SeekHead\'s entry at {entry} leads to {lead}'),
     'unnamed': (b'', CUES, None, 'cues_unreached',
                 'the Cues at {cues} are not found, for no SeekHead names them and opening does not come so far'),
-    'empty': (b'', craft.element(0x1C53BB6B, b''), 0, 'cues_empty', 'the Cues at {cues} hold no cue point that can be read'),
-    'malformed': (b'', craft.element(0x1C53BB6B, b'\0' * 30), 0, 'cues_empty', 'the Cues at {cues} hold no cue point that can be read'),
+    'empty': (b'', craft.element(0x1C53BB6B, b''), 0, 'cues_empty', 'the Cues at {cues} hold no cue point that names a place'),
+    'malformed': (b'', craft.element(0x1C53BB6B, b'\0' * 30), 0, 'cues_empty', 'the Cues at {cues} hold no cue point that names a place'),
     'cut': (b'', b'', 900, 'no_cues', 'there are no Cues where the SeekHead\'s entry at {entry} leads to {lead}, behind the file\'s end'),
     'none': (b'', b'', None, 'no_cues', 'there are no Cues'),
 }

@@ -141,7 +141,7 @@ class Seeking {
                        : std::string();
         if (!cues.found) return cues.entry ? "there are no Cues where " + lead : "there are no Cues";
         const std::string found = fmt::format("the Cues at {}", *cues.found);
-        if (!cues.hasPoints) return found + " hold no cue point that can be read";
+        if (!cues.hasPoints) return found + " hold no cue point that names a place";
         if (!cues.entry)
             return found + " are not found, for no SeekHead names them and opening does not come so far";
         return found +

@@ -96,7 +96,7 @@ class Delivery {
     void judgeSilence() {
         if (isAllOnes(mVerdict.number)) return judgeUnknownNumber();
         const bool isAlone = mHead.trackCount() == 1;
-        add("no_blocks", Weight::kMute, "the file has no block of it", std::nullopt,
+        add("no_blocks", Weight::kMute, "nothing arrives: the file has no block of it", std::nullopt,
             isAlone ? Remedy() : dropCommand(mPath, mVerdict.kind[0], mTrack.ordinal));
     }
 

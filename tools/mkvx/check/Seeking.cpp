@@ -61,10 +61,10 @@ class Seeking {
         const std::string last =
             mLastUs && *mLastUs >= shownUs ? "; its last unit begins at " + clockTime(*mLastUs) : "";
         add("duration_cut", Weight::kLoss,
-            fmt::format(
-                "without Cues the start of the last Cluster, {}, is shown as the duration, and every seek "
-                "to it or behind it ends the stream{}{}",
-                clockTime(shownUs), stated, last),
+            fmt::format("{} is shown as the duration, and every seek to it or behind it ends the stream: "
+                        "without Cues "
+                        "that is the start of the last Cluster{}{}",
+                        clockTime(shownUs), stated, last),
             lastCluster());
     }
 
@@ -86,7 +86,7 @@ class Seeking {
         if (!mLastUs || *mLastUs < mReport.durationUs) return;
         add("duration_cut", *mLastUs - mReport.durationUs < kSlightUs ? Weight::kNote : Weight::kLoss,
             fmt::format(
-                "the file's Duration is {}, and every seek to it or behind it ends the stream; its last unit "
+                "every seek to {} or behind it ends the stream: that is the file's Duration; its last unit "
                 "begins at {}",
                 clockTime(mReport.durationUs), clockTime(*mLastUs)),
             durationElement());
@@ -129,7 +129,7 @@ class Seeking {
         std::optional<Evidence> evidence;
         if (cues.found || cues.entry)
             evidence = mHead.evidenceAt(cues.found ? *cues.found : cues.entry->offset);
-        add(code.c_str(), isScan ? Weight::kNote : Weight::kLoss, whyWithout(cues) + ": " + effect,
+        add(code.c_str(), isScan ? Weight::kNote : Weight::kLoss, effect + ": " + whyWithout(cues),
             std::move(evidence));
     }
 

@@ -70,7 +70,7 @@ void judgeSegments(const ByteAccount& account, CheckedFile& checked) {
             {},
             "mkvmerge and the like read only the first one too: cut the file in front of each EBML header");
     if (account.clusters == 0 && account.segments > 0)
-        add(checked, "no_clusters", Weight::kMute, "it holds no Cluster, so that no unit can arrive");
+        add(checked, "no_clusters", Weight::kMute, "nothing arrives: the file holds no Cluster");
 }
 
 void judgeStrays(const FileHead& head, const ByteAccount& account, CheckedFile& checked) {

@@ -11,7 +11,6 @@ import craft
 import ebml
 import pytest
 import rewriting
-from muxing import AUDIO, VIDEO, X264
 
 AV = ['h264', 'mp3']
 VTT = 'WEBVTT\n\n00:00.100 --> 00:00.500\nfirst\n\n00:00.600 --> 00:01.000\nsecond\n'
@@ -145,8 +144,6 @@ CASES = [
     ('unmapped_tag', lambda mux: mux.ffmpeg('x.webm', ['vp8', 'vorbis'])),
     ('pcm_sample_size', lambda mux: one_track(mux, 'pcm_s24le')),
     ('laced_units', lambda mux: mux.mkvmerge('x.mka', ['aac'])),
-    ('decoder_profile', lambda mux: mux.ffmpeg('x.mkv', [(VIDEO, X264.replace('yuv420p', 'yuv422p10le'), 'mkv'), 'mp3'])),
-    ('decoder_refuses', lambda mux: mux.ffmpeg('x.mkv', ['h264', (AUDIO, '-c:a aac -profile:a aac_ltp', 'mkv')])),
     ('subtitle_kind', lambda mux: mux.mkvmerge('x.mkv', ['h264', mux.text('x.vtt', VTT)])),
 ]
 

@@ -92,6 +92,18 @@ def test_what_decoders_of_the_era_take(mkvx, mux, stream, said):
     assert len(told) == (said is not None) and all(said in sentence for sentence in told)
 
 
+def test_what_a_device_does_not_take_is_mended_for_it(mkvx, mux):
+    """Of this list's decoders; and without one what may play as it is has no remedy."""
+    streams = [(VIDEO, X264 + '-pix_fmt yuv422p10le', 'mkv'), (AUDIO, '-c:a aac -profile:a aac_ltp', 'mkv'), 'dts']
+    path, out = mux.ffmpeg('foreign.mkv', streams), mux.path('native.mkv')
+    device = ['--device', Path(__file__).parents[2] / 'samples/device/media_codecs.xml', '--format', 'json']
+    assert not any('remedy' in f for t in mkvx('check', '--format', 'jsonl', path).json()['tracks'] for f in t['findings'])
+    report = mkvx('mend', path, '-o', out, *device).json()
+    assert {f['code'] for f in report['gone']} == {'decoder_profile', 'decoder_refuses', 'no_decoder'}
+    assert [(t['stream']['profile'], 'decoder' in t) for t in mkvx('check', out, *device).json()['files'][0]['tracks']] == \
+        [('High', True), ('LC', True), ('LC', True)]
+
+
 @pytest.mark.parametrize('profile', [5, 8])
 def test_dolby_vision(mkvx, mux, profile):
     track, packets = mux.packets('hevc')

@@ -9,6 +9,7 @@
 #include "base/Text.h"
 #include "check/Gate.h"
 #include "check/Journal.h"
+#include "check/DecoderOptions.h"
 #include "check/Json.h"
 #include "check/Run.h"
 #include "check/Selection.h"
@@ -30,7 +31,7 @@ struct Options {
     bool isQuick = false;
     bool isBrief = false;
     bool follows = false;
-    std::string device, profiles;  // files; empty: none
+    DecoderFiles decoders;
     Format format = Format::kTable;
 };
 
@@ -93,13 +94,6 @@ class Reporter {
     Verdict mWorst = Verdict::kPlays;
 };
 
-std::shared_ptr<const DecoderMeasure> measureOf(const Options& options) {
-    auto measure = std::make_shared<DecoderMeasure>();
-    if (!options.device.empty()) measure->device = readCodecList(options.device);
-    if (!options.profiles.empty()) measure->profiles = readProfiles(options.profiles);
-    return measure;
-}
-
 int run(const Globals& globals, const Options& options) {
     const std::vector<std::string> paths = namedPaths(options.selection);
     auto [files, passedOver] = findFiles(paths, options.follows);
@@ -111,7 +105,7 @@ int run(const Globals& globals, const Options& options) {
     files = shareOf(options.selection.shard, std::move(files));
     CheckRunOptions runOptions = options.run;
     runOptions.depth.units = !options.isQuick;
-    runOptions.depth.decoders = measureOf(options);
+    runOptions.depth.decoders = readMeasure(options.decoders);
     runOptions.source = globals.source;
     if (std::any_of(paths.begin(), paths.end(), isStandardInput))
         (void)spooledInput();  // once, before there are children to share it
@@ -147,11 +141,7 @@ void addCheckCommand(CommandLine& line, const Globals& globals) {
     command.flag("--follow", options->follows, "Follow links to folders, each folder once");
     command.flag("--quick", options->isQuick, "Only what opening tells: read no units, count no bytes");
     command.flag("--brief", options->isBrief, "Only the verdict lines and the table");
-    command.value(
-        "--device", options->device,
-        "Measure by the decoders of this device: its media_codecs.xml, with what that includes beside it");
-    command.value("--profiles", options->profiles,
-                  "Which profiles its decoders take, in JSON (docs/schemas/profiles.schema.json)");
+    addDecoderOptions(command, options->decoders);
     addGateOptions(command, options->gate);
     addProgressOption(command, options->run.progress);
     addFormatOption(command, options->format,

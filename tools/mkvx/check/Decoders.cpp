@@ -38,9 +38,9 @@ class DecoderJudge {
             {code, weight, std::move(sentence), std::move(evidence), std::move(remedy)});
     }
 
-    // FFmpeg refuses FLAC whose samples are too wide for devices as well.
+    // What may play as it is stays so. FFmpeg refuses FLAC whose samples are too wide for devices as well.
     Remedy recoded() const {
-        if (mVerdict.mime == android::MEDIA_MIMETYPE_AUDIO_FLAC) return {};
+        if (mWeight < Weight::kMute || mVerdict.mime == android::MEDIA_MIMETYPE_AUDIO_FLAC) return {};
         const bool isVideo = mVerdict.kind == "video";
         return recodeCommand(mPath, isVideo ? 'v' : 'a', mTrack.ordinal, isVideo ? "libx264" : "aac");
     }

@@ -1,6 +1,7 @@
 // mkvx mend FILE: everything that a command can mend, in one new file that is checked again.
 #include "base/Failure.h"
 #include "base/OutputFile.h"
+#include "check/DecoderOptions.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
 #include "device/Plugin.h"
@@ -12,6 +13,7 @@ namespace {
 
 struct Options {
     MendOptions mend;
+    DecoderFiles decoders;
     Format format = Format::kTable;
 };
 
@@ -27,6 +29,7 @@ int run(const Globals& globals, Options& options) {
         throw UsageFailure("mend takes a file by its path: other programs have to read it");
     requireOtherFile(mend.file, mend.output);
     mend.check.source = globals.source;
+    mend.check.depth.decoders = readMeasure(options.decoders);
     const MendReport report = mendFile(loadPlugin(globals.plugin), mend);
     print(report, options.format, stdout);
     return exitCodeOf(report);
@@ -48,6 +51,7 @@ void addMendCommand(CommandLine& line, const Globals& globals) {
                "Seconds after which an examination is given up; the writing has no limit")
         .within(0.01, 1e6)
         .showDefault();
+    addDecoderOptions(command, options->decoders);
     addProgressOption(command, mend.check.progress);
     addFormatOption(command, options->format, {{"text", Format::kTable}, {"json", Format::kJson}});
     command.footer("Example: mkvx mend film.mkv -o mended.mkv");

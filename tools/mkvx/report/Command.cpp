@@ -6,6 +6,7 @@
 #include "base/Interrupt.h"
 #include "base/OutputFile.h"
 #include "check/Run.h"
+#include "check/DecoderOptions.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
 #include "report/Collect.h"
@@ -20,6 +21,7 @@ struct Options {
     std::string file;
     std::string out;
     CheckRunOptions check;
+    DecoderFiles decoders;
 };
 
 // In a child process: the file may end whoever reads it.
@@ -44,6 +46,7 @@ int run(const Globals& globals, const Options& options) {
     requireOtherFile(options.file, options.out);
     CheckRunOptions check = options.check;
     check.source = globals.source;
+    check.depth.decoders = readMeasure(options.decoders);
     if (isStandardInput(options.file)) (void)spooledInput();  // before there is a child to share it
     const ExtractorPlugin plugin = loadPlugin(globals.plugin);
     const ReportPage page =
@@ -71,6 +74,7 @@ void addReportCommand(CommandLine& line, const Globals& globals) {
                "Seconds after which the examination is given up and the page shows no more than the verdict")
         .within(0.01, 1e6)
         .showDefault();
+    addDecoderOptions(command, options->decoders);
     addProgressOption(command, options->check.progress);
     command.footer("Example: mkvx report film.mkv -o film.html");
     command.action([&globals, options] { return run(globals, *options); });

@@ -65,7 +65,10 @@ void MatroskaExtIterator::seekToTime(long long timeUs) {
             if (TryCuePoint(*cue, cue->Points[i], timeUs, &lastTried)) return;
         }
     }
-    if (SeekWork() >= mMostSeekWork) mFile->Losses.Add(LossKind::kLimit, mFile->Position(), 0);
+    if (SeekWork() >= mMostSeekWork) {
+        const uint64_t cluster = AddWrapping(mFile->Segment.DataStart, static_cast<uint64_t>(lastTried));
+        mFile->Losses.Add(LossKind::kLimit, cluster, 0);
+    }
     // A Cluster that was looked through is left for the next one; in one that was given up reading goes on
     // behind the block that said so.
     if (!mBlock.IsValid()) reset();

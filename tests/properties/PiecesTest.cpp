@@ -54,6 +54,9 @@ std::vector<File> CuesOfManyKinds() {
         Master(id::kCuePoint, {time, position}).DeclaredSize(7),
         Master(id::kCuePoint, {time, position}).UnknownSize(1),
         Master(id::kCuePoint, {time, Raw(Hex("B7"))}),
+        // A header that goes on past the end of its master, with a size past everything.
+        Master(id::kCuePoint, {time, Master(id::kCueTrackPositions, {track, Raw(Hex("EC01"))}),
+                               Raw(Hex("00007FFFFFFFFFFF"))}),
         Master(id::kCuePoint, {}),
         Bin(id::kVoid, Bytes(40)),
         Raw(Hex("0F")),
@@ -162,6 +165,90 @@ TEST(Pieces, AFailedPieceCostsNothing) {
         }
     }
     EXPECT_GT(pieces, 500u);
+}
+
+// What is left of the Cues each time they are parsed while opening's reads run out.
+std::string CuesOverAndOver(const Bytes& bytes, bool takesPieces) {
+    MatroskaExtReader::CMatroskaFile file(new FaultySource(bytes), takesPieces);
+    const MatroskaExtReader::CMatroskaFile::Opening opening(&file);
+    const android::sp<MatroskaExtReader::CMatroskaNode> root = new MatroskaExtReader::CMatroskaNode(&file);
+    const auto cues = root->Child(id::kSegment, true)->Child(id::kCues, true);
+    std::string text;
+    for (bool more = true; more;) {  // bounded by opening's reads
+        const MatroskaExtReader::AutoPtr<MatroskaExtReader::Cue> cue = new MatroskaExtReader::Cue;
+        (void)cue->Parse(cues.get());
+        text += std::to_string(cue->Points.size()) + " points, " + std::to_string(cue->Positions.size()) +
+                " positions, at " + std::to_string(file.Position()) + ", " + std::to_string(file.Reads()) +
+                " reads\n";
+        more = !cue->Points.empty();
+    }
+    return text;
+}
+
+TEST(Pieces, CuesCountAsTheReadsThatTheySpare) {
+    for (const File& file : CuesOfManyKinds()) {
+        SCOPED_TRACE(file.name);
+        EXPECT_EQ(CuesOverAndOver(file.bytes, false), CuesOverAndOver(file.bytes, true));
+    }
+}
+
+// Two Clusters of blocks in all forms that a stretch takes, none of which may be decoded by itself; one goes
+// on behind the target. Cues name them by turns, the first point one that a seek may end in.
+Bytes FileOfVainCues(int points) {
+    const Bytes small(20), large(200);
+    const Element reference = Int(id::kReferenceBlock, -300, 2), duration = Uint(id::kBlockDuration, 40);
+    Elements cues = {CuePoint(0, 1, "sought")}, blocks[2];
+    for (int i = 0; i < points; ++i) cues.push_back(CuePoint(1, 1, i % 2 == 0 ? "even" : "odd"));
+    for (int i = 0; i < 10000; ++i) {
+        const auto time = static_cast<int16_t>(i);
+        for (Elements* list : {&blocks[0], &blocks[1]}) {
+            list->push_back(i % 4 == 0   ? SimpleBlock(1, time, 0, small)
+                            : i % 4 == 1 ? SimpleBlock(1, time, 0, large)
+                            : i % 4 == 2 ? BlockGroup(1, time, large, {duration, reference})
+                                         : BlockGroup(1, time, small, {Bin(id::kVoid, small), reference}));
+        }
+    }
+    return Write({EbmlHeader(),
+                  Segment({Info(100000), Master(id::kTracks, {Mpeg2Track()}), Master(id::kCues, cues),
+                           Cluster(0, blocks[0]).Label("even"), Cluster(10000, blocks[1]).Label("odd"),
+                           Cluster(0, {SimpleBlock(1, 0, kKeyFrame, small)}).Label("sought")})})
+        .bytes;
+}
+
+// A seek ends where its work does, and what it has come to is known to the last read.
+TEST(Pieces, ASeekGivesUpWhereExactReadsDo) {
+    for (int points : {10, 100, 200}) {
+        const Bytes bytes = FileOfVainCues(points);
+        Readers exact(bytes, {1}, {}, false), pieces(bytes, {1});
+        for (int64_t target : {15000, 15005, 90000}) {
+            android::MediaSource::ReadOptions options;
+            options.setSeekTo(target * 1000);
+            for (Readers* readers : {&exact, &pieces}) {
+                readers->Restart(0);
+                for (bool more = readers->Read(0, &options); more && readers->Of(0).size() < 200;)
+                    more = readers->Read(0);
+            }
+            EXPECT_EQ(exact.Of(0), pieces.Of(0)) << points << " points, to " << target;
+            EXPECT_EQ(exact.Work(), pieces.Work()) << points << " points, to " << target;
+        }
+        EXPECT_EQ(points > 50, exact.LastLoss() != "none");
+        EXPECT_EQ(exact.LastLoss(), pieces.LastLoss());
+    }
+}
+
+// Small Clusters up to the end of the Segment, and something behind it.
+TEST(Pieces, NoHeadGoesPastWhatEnclosesIt) {
+    Elements children = {Info(1), Master(id::kTracks, {Mpeg2Track()})};
+    children.insert(children.end(), 5, Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Bytes(4))}));
+    const Document file =
+        Write({EbmlHeader(), Segment(children).Label("segment"), Bin(id::kVoid, Bytes(90))});
+    Faults recorded;
+    recorded.recordCalls = true;
+    const android::sp<FaultySource> source = new FaultySource(file.bytes, recorded);
+    (void)StateOf(source, true);
+    const auto end = static_cast<off64_t>(file.EndOf("segment"));
+    for (const FaultySource::Call& call : source->Calls())
+        EXPECT_FALSE(call.offset < end && call.offset + static_cast<off64_t>(call.size) > end);
 }
 
 uint64_t ReadsOf(const Bytes& bytes) {

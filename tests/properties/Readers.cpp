@@ -51,6 +51,13 @@ bool Readers::Read(size_t track, const android::MediaSource::ReadOptions* option
     return true;
 }
 
+std::string Readers::LastLoss() const {
+    const auto& losses = mFile.Losses.List();
+    if (losses.empty()) return "none";
+    return MatroskaExtReader::TextOf(losses.back().kind).identifier +
+           (" at " + std::to_string(losses.back().position));
+}
+
 std::vector<uint32_t> TracksOf(const Bytes& bytes) {
     MatroskaExtReader::CMatroskaFile file(new FaultySource(bytes));
     OpenWithIndex(&file);

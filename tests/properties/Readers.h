@@ -35,6 +35,10 @@ class Readers {
 
     size_t Count() const { return mIterators.size(); }
     const Deliveries& Of(size_t track) const { return mListings[track]; }
+    // What reading came to, as seeks count it.
+    uint64_t Work() const { return mFile.Reads(); }
+    // The kind and place of the last loss.
+    std::string LastLoss() const;
     const FaultySource& Source() const { return *mSource; }
 
   private:

@@ -22,8 +22,9 @@ struct LacingBytes {
     }
 };
 
-// An element of known size whose header is at hand: how many bytes that has, else 0.
-inline uint32_t TakeElement(const HeldBytes& bytes, ElementHeader* element) {
+// An element of known size whose header is at hand: how many bytes that has, else 0. Adds the reads of
+// TakeHeader (ElementHeader.h) for it.
+inline uint32_t TakeElement(const HeldBytes& bytes, ElementHeader* element, unsigned* reads) {
     const unsigned idLength = bytes.size == 0 ? 0 : IdLength(bytes.data[0]);
     if (idLength == 0 || bytes.size <= idLength) return 0;
     const uint8_t* const size = bytes.data + idLength;
@@ -32,6 +33,7 @@ inline uint32_t TakeElement(const HeldBytes& bytes, ElementHeader* element) {
     element->id = static_cast<uint32_t>(AppendBigEndian(0, bytes.data, idLength));
     element->size = SizeValue(size, sizeLength);
     element->hasUnknownSize = false;
+    *reads += 1 + (idLength > 1) + (sizeLength > 1);
     return element->size != UnknownSizeMarker(sizeLength) ? idLength + sizeLength : 0;
 }
 
@@ -78,15 +80,16 @@ bool TakeGroupChild(const ElementHeader& element, const HeldBytes& payload, Bloc
     }
 }
 
-bool TakeGroup(HeldBytes left, BlockHead* head) {
+bool TakeGroup(HeldBytes left, BlockHead* head, unsigned* reads) {
     *head = BlockHead();
     bool hasBlock = false;
     ElementHeader child;
     while (left.size != 0) {  // bounded: every child has a header
-        const uint32_t headerSize = TakeElement(left, &child);
+        const uint32_t headerSize = TakeElement(left, &child, reads);
         const HeldBytes payload = left.Behind(headerSize);
         if (headerSize == 0 || child.size > payload.size) return false;
         if (!TakeGroupChild(child, payload, head, &hasBlock)) return false;
+        *reads += !IsIdle(child.id);
         left = payload.Behind(static_cast<uint32_t>(child.size));
     }
     return hasBlock;
@@ -114,7 +117,7 @@ BlockHead BlockHead::Of(const BlockGroup& group) {
 // The key-frame bit of a SimpleBlock speaks from here on as the absence of a reference does in a group.
 BlockHead BlockHead::OfSimpleBlock(const BlockHeader& header) {
     const bool hasReference = (header.flags & kKeyFrameFlag) == 0;
-    return BlockHead{header, 0, 0, hasReference, false, header.Lacing() == kLacingNone, 0, 0};
+    return BlockHead{header, 0, 0, hasReference, false, header.Lacing() == kLacingNone, 0, 0, 0};
 }
 
 void BlockHead::LookAtLacing(const HeldBytes& bytes) {
@@ -131,13 +134,20 @@ void BlockHead::LookAtLacing(const HeldBytes& bytes) {
 }
 
 uint32_t TakePlainBlock(const HeldBytes& bytes, ElementHeader* element, BlockHead* head) {
-    const uint32_t headerSize = TakeElement(bytes, element);
+    unsigned reads = 0;
+    const uint32_t headerSize = TakeElement(bytes, element, &reads);
     if (headerSize == 0) return 0;
     const HeldBytes payload = bytes.Behind(headerSize);
-    if (element->id == id::kSimpleBlock)
-        return TakeSimpleBlock(payload, element->size, head) ? headerSize : 0;
-    if (element->id != id::kBlockGroup || element->size > payload.size) return 0;
-    return TakeGroup(payload.Front(static_cast<uint32_t>(element->size)), head) ? headerSize : 0;
+    bool isTaken = false;
+    if (element->id == id::kSimpleBlock) {
+        isTaken = TakeSimpleBlock(payload, element->size, head);
+        ++reads;
+    } else if (element->id == id::kBlockGroup && element->size <= payload.size) {
+        isTaken = TakeGroup(payload.Front(static_cast<uint32_t>(element->size)), head, &reads);
+    }
+    if (!isTaken) return 0;
+    head->readsSpared = static_cast<uint16_t>(reads);  // a stretch has no more bytes
+    return headerSize;
 }
 
 }  // namespace MatroskaExtReader

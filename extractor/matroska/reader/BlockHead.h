@@ -20,6 +20,8 @@ struct BlockHead {
     bool knowsFrames;
     uint8_t bytesBehind;   // the last frame, which fixed-size lacing gives to none
     uint16_t lacingBytes;  // in front of the first frame
+    // What a walk by nodes would have asked of the file for it, where a stretch of the Cluster answered.
+    uint16_t readsSpared;
 
     static BlockHead Of(const BlockGroup& group);
     static BlockHead OfSimpleBlock(const BlockHeader& header);
@@ -39,7 +41,7 @@ struct BlockHead {
 // Reads the element that begins `bytes`, all of which lie within its Cluster; answers how many of them stand
 // in front of its payload. 0 for anything but a SimpleBlock, or a BlockGroup of the few elements that are
 // usual there, whose numbers have their usual lengths and whose headers are all at hand: what is odd or
-// missing is for a walk by nodes to judge.
+// missing is for a walk by nodes to judge, whose reads are noted in the head.
 uint32_t TakePlainBlock(const HeldBytes& bytes, ElementHeader* element, BlockHead* head);
 
 }  // namespace MatroskaExtReader

@@ -1,5 +1,7 @@
 #include "matroska/reader/BlockRuns.h"
 
+#include <algorithm>
+
 #include "matroska/reader/MatroskaReader.h"
 
 namespace MatroskaExtReader {
@@ -28,6 +30,7 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
     mClusterTimecode = 0;
     mWalkEnd = 0;
     mHeads.clear();
+    mReached = 0;
 }
 
 void BlockRun::BeginCluster(CMatroskaNode* cluster) {
@@ -93,6 +96,7 @@ bool BlockRun::Walk(size_t index) {
         hasMore = TakeStretch() || TakeNextBlock();
         if (file->FailedReads() != failures) mIsDoubtful = true;
     }
+    NoteReached(std::min(index + 1, mHeads.size()));
     return index < mHeads.size();
 }
 

@@ -29,22 +29,23 @@ class BlockRun : public android::RefBase {
     static constexpr size_t kBlocks = 128;
 
     // Makes block `index` known. False when the Cluster has no such block behind the ones before it.
-    bool Reach(size_t index) { return index < mHeads.size() || Walk(index); }
+    bool Reach(size_t index) { return index < mReached || Walk(index); }
     const BlockHead& At(size_t index) const { return mHeads[index]; }
     // Moves `index` to the next block of `track`, as far as the blocks are known already; without one to the
     // last that is known.
-    bool FindKnown(uint64_t track, size_t* index) const {
+    bool FindKnown(uint64_t track, size_t* index) {
         const size_t sound = mIsDoubtful ? 0 : mHeads.size();
         size_t i = *index + 1;
         while (i < sound && mHeads[i].header.trackNumber != track) ++i;
         const bool isFound = i < sound;
         *index = isFound ? i : i - 1;
+        NoteReached(*index + 1);
         return isFound;
     }
     bool IsFull() const { return mHeads.size() == kBlocks || mIsCut; }
     bool IsDoubtful() const { return mIsDoubtful; }
-    // Block `index` is known, and no read has failed in the run.
-    bool HasSound(size_t index) const { return index < mHeads.size() && !mIsDoubtful; }
+    // Block `index` was reached, and no read has failed in the run.
+    bool HasSound(size_t index) const { return index < mReached && !mIsDoubtful; }
 
     // The Cluster has a Timecode child, and its value in timecode units. Known once block 0 was reached.
     bool HasTimecode() const { return mHasTimecode; }
@@ -74,6 +75,8 @@ class BlockRun : public android::RefBase {
         mSmallBlocks = head.header.dataSize <= kSmallBlock ? mSmallBlocks + 1 : 0;
         return mHeads.Append(head);
     }
+    // What a stretch spared counts as work where somebody reaches it, as if it was read only then.
+    void NoteReached(size_t count);
     void Finish();
 
     uint64_t mLastUse = 0;  // the cache's clock
@@ -82,6 +85,7 @@ class BlockRun : public android::RefBase {
     bool mHasEnded = false;
     bool mIsCut = false;  // for want of memory it ends in front of the block that mTail stands on
     bool mIsDoubtful = false;
+    size_t mReached = 0;         // of the known blocks, those that somebody asked for
     uint32_t mSmallBlocks = 0;   // how many small ones came last
     bool mIsOnNewBlock = false;  // mTail stands on a block that was not taken yet
     bool mHasTimecode = false;

@@ -67,6 +67,8 @@ class CMatroskaFile {
     Result Read(T& value);
     // How many reads there have been, as a measure of work: those that a piece answered count as any other.
     uint64_t Reads() const { return mReads; }
+    // Counts what held bytes have answered otherwise.
+    void CountReads(uint64_t count) { mReads += count; }
     uint64_t FailedReads() const { return mFailedReads; }
     void SeekTo(uint64_t position) { mPosition = position; }
     uint64_t Position() const { return mPosition; }
@@ -311,6 +313,10 @@ class CMatroskaFile {
     Array<Search> mSearches;                        // ascending by start
     Inflater mInflater;
 };
+
+inline void BlockRun::NoteReached(size_t count) {
+    for (; mReached < count; ++mReached) mTail->File()->CountReads(mHeads[mReached].readsSpared);
+}
 
 inline bool BlockHeader::IsDeliverable(const CMatroskaFile& file) const {
     return dataSize <= UINT32_MAX && file.CanDeliver(dataPosition, dataSize);

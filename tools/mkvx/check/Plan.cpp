@@ -28,6 +28,10 @@ std::vector<const Finding*> mendable(const TrackVerdict& track) {
     return found;
 }
 
+std::string specifier(char kind, size_t ordinal) {
+    return fmt::format("{}:{}", kind, ordinal);
+}
+
 class Planner {
   public:
     explicit Planner(const CheckedFile& checked) : mChecked(checked) {}
@@ -35,7 +39,7 @@ class Planner {
     std::optional<MendPlan> plan() {
         for (size_t entry = 0; entry < mChecked.tracks.size(); ++entry) take(entry);
         for (const Finding& finding : mChecked.findings)
-            if (finding.remedy.hasCommand()) note(finding);
+            if (finding.remedy.hasCommand()) takeOfFile(finding);
         const bool keepsNone = mPlan.streams.empty() && !mChecked.tracks.empty();
         if (mPlan.findings == 0 || keepsNone) return std::nullopt;
         arrange();
@@ -47,6 +51,17 @@ class Planner {
     void note(const Finding& finding) {
         ++mPlan.findings;
         mWantsCopy = mWantsCopy || finding.remedy.action == Action::kCopy;
+    }
+
+    // One that is coded again because the file cannot be written anew otherwise is told by the command alone.
+    void takeOfFile(const Finding& finding) {
+        note(finding);
+        if (finding.remedy.action != Action::kRecode) return;
+        const ToolCommand& words = finding.remedy.command;
+        for (Stream& stream : mPlan.streams)
+            if (stream.encoder.empty() &&
+                std::count(words.begin(), words.end(), "-c:" + specifier(stream.kind, stream.ordinal)) > 0)
+                stream.encoder = finding.remedy.encoder;
     }
 
     void take(size_t entry) {
@@ -92,10 +107,6 @@ class Planner {
     std::map<char, size_t> mOrdinals;
     bool mWantsCopy = false;
 };
-
-std::string specifier(char kind, size_t ordinal) {
-    return fmt::format("{}:{}", kind, ordinal);
-}
 
 void append(ToolCommand& command, const ToolCommand& more) {
     command.insert(command.end(), more.begin(), more.end());
@@ -205,8 +216,11 @@ Remedy remedyOfAll(const CheckedFile& checked) {
     if (!plan || plan->findings < 2) return remedy;
     const std::vector<ToolCommand> commands = commandsOf(*plan, pathWord(checked.path), kResult);
     remedy.action = Action::kCopy;
-    remedy.text = shellLine(commands);
-    remedy.command = commands.size() == 1 ? commands[0] : ToolCommand{"sh", "-c", remedy.text};
+    const std::string line = shellLine(commands);
+    remedy.command = commands.size() == 1 ? commands[0] : ToolCommand{"sh", "-c", line};
+    const bool isCut = std::any_of(checked.findings.begin(), checked.findings.end(),
+                                   [](const Finding& finding) { return finding.code == "truncated"; });
+    remedy.text = (isCut ? "fetch the file again; or, for what there is of it: " : "") + line;
     return remedy;
 }
 

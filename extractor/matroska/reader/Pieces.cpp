@@ -8,6 +8,8 @@
 
 namespace MatroskaExtReader {
 
+constexpr uint32_t Pieces::kHead, Pieces::kLeast, Pieces::kMost, Pieces::kMostFailures;
+
 bool Pieces::Hold(android::DataSource& source, uint64_t position, uint32_t size) {
     const uint32_t kept = std::min(HeldFrom(position), size);
     uint8_t* const room = mFailures < kMostFailures ? Room(size, position, kept) : nullptr;

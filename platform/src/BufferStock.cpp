@@ -4,7 +4,6 @@
 #include <stdlib.h>
 
 #include <new>
-#include <utility>
 
 #if defined(__has_feature)
 #define STOCK_HAS_FEATURE(name) __has_feature(name)
@@ -27,13 +26,6 @@ constexpr size_t kMostKept = 64;
 // A small unit takes a place of the lesser of these sizes that holds it.
 constexpr size_t kSmall = 256, kMiddle = 2048;
 
-// The large unit that is kept serves one of at least half its size.
-constexpr size_t kLeastLarge = 128u << 10, kMostLarge = 4u << 20;
-
-constexpr bool isLarge(size_t size) {
-    return size >= kLeastLarge && size <= kMostLarge;
-}
-
 template <typename T>
 struct Shelf {
     size_t count;
@@ -55,8 +47,6 @@ struct Stock {
     Shelf<void> shells;
     Shelf<void> small;   // kSmall bytes each
     Shelf<void> middle;  // kMiddle bytes each
-    void* large;
-    size_t largeSize;
 };
 
 // The library is loaded with the program, so the cheap kind of thread-local access is open to it.
@@ -70,7 +60,6 @@ void emptyStock(void*) {
     while (void* shell = tStock.shells.take()) ::operator delete(shell);
     while (void* bytes = tStock.small.take()) free(bytes);
     while (void* bytes = tStock.middle.take()) free(bytes);
-    free(std::exchange(tStock.large, nullptr));
     tStock.isOpen = false;  // what comes back later in the thread's end opens it again
 }
 
@@ -87,19 +76,6 @@ bool isStockOpen() {
 void* takeFrom(Shelf<void>& shelf, size_t size) {
     void* taken = shelf.take();
     return taken != nullptr ? taken : malloc(size);
-}
-
-bool servesLarge(size_t size) {
-    return tStock.large != nullptr && size <= tStock.largeSize && size >= tStock.largeSize / 2;
-}
-
-// Keeps the larger of two.
-void keepLarge(void* bytes, size_t size) {
-    if (tStock.large == nullptr || size > tStock.largeSize) {
-        std::swap(bytes, tStock.large);
-        tStock.largeSize = size;
-    }
-    free(bytes);
 }
 
 }  // namespace
@@ -131,16 +107,13 @@ void ReturnShell(void* shell) {
 void* TakeBytes(size_t size) {
     if (kStocking && size <= kSmall) return takeFrom(tStock.small, kSmall);
     if (kStocking && size <= kMiddle) return takeFrom(tStock.middle, kMiddle);
-    return servesLarge(size) ? std::exchange(tStock.large, nullptr) : malloc(size);
+    return malloc(size);
 }
 
 void ReturnBytes(void* bytes, size_t size) {
-    if (!isStockOpen()) return free(bytes);
-    if (size <= kMiddle) {
-        if (!(size <= kSmall ? tStock.small : tStock.middle).put(bytes)) free(bytes);
-        return;
-    }
-    isLarge(size) ? keepLarge(bytes, size) : free(bytes);
+    const bool isKept =
+        size <= kMiddle && isStockOpen() && (size <= kSmall ? tStock.small : tStock.middle).put(bytes);
+    if (!isKept) free(bytes);
 }
 
 }  // namespace android

@@ -24,8 +24,8 @@ void ReturnMetaData(MetaData* metaData);
 void* TakeShell(size_t size);
 void ReturnShell(void* shell);
 
-// Uninitialised memory for `size` bytes; null where malloc refuses it. What is kept: bytes of a few small
-// units, and those of one large one, whose pages malloc would give back to the system and take anew.
+// Uninitialised memory for `size` bytes; null where malloc refuses it. The bytes of a few small units are
+// kept.
 void* TakeBytes(size_t size);
 void ReturnBytes(void* bytes, size_t size);
 

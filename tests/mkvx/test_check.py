@@ -78,7 +78,8 @@ HEAD = len(craft.element(0x1A45DFA3, craft.text(0x4282, 'matroska') + craft.uint
 CASES = {
     'good': (GOOD, 'plays', {}),
     'opus': (film(avc(), craft.audio(2, 'A_OPUS')), 'plays_with_losses', {'unknown_codec_id': ('loss', 'Opus')}),
-    'vp8': (film(craft.video(1, 'V_VP8')), 'nothing_plays', {'unmapped_tag': ('loss', '"VPXV"')}),
+    'vp8': (film(craft.video(1, 'V_VP8')), 'nothing_plays', {'unmapped_tag': ('loss', '"VPXV"'),
+            'units_undecodable': ('note', "ends within a VP8 key frame's head")}),
     'vfw-short': (film(craft.video(1, 'V_MS/VFW/FOURCC', craft.private(bytes(39))), mp3()), 'plays_with_losses',
                   {'private_too_short': ('loss', '39 of the 40')}),
     'acm-tag': (film(avc(), craft.audio(2, 'A_MS/ACM', craft.private(b'\x4f\x67' + bytes(16)))), 'plays_with_losses',
@@ -314,8 +315,8 @@ def test_cues_that_are_not_found(mkvx, write, name):
         assert said[0]['evidence']['offset'] == places['cues']
 
 
-def test_nothing_is_proposed_for_what_is_encrypted(report):
-    for name in 'encrypted', 'encrypted-vp8':
+def test_nothing_is_proposed_for_what_no_decoder_can_take(report):
+    for name in 'encrypted', 'encrypted-vp8', 'vp8':
         checked = next(f for f in report['files'] if f['file'].endswith('/%s.mkv' % name))
         assert not [f for f in findings(checked) if 'remedy' in f]
 

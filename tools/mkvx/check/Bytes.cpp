@@ -122,7 +122,7 @@ class ByteCount {
     }
 
     static void add(const Element& element, const BlockReading& reading, BlockTally& tally) {
-        ++tally.blocks;
+        if (tally.blocks++ == 0) tally.first = element.offset;
         if (reading.isTimeWrapped && tally.wrapped++ == 0) tally.firstWrapped = element.offset;
         if (reading.laces && *reading.laces != 1) addLaces(element, *reading.laces, tally);
         if (!reading.isRefused || tally.refused++ > 0) return;

@@ -15,6 +15,7 @@ namespace mkvx {
 // The blocks with one track number. Payload bytes are those behind the block's header.
 struct BlockTally {
     uint64_t blocks = 0;
+    uint64_t first = 0;                    // position of the first one's element
     uint64_t payload = 0;                  // of the blocks that can be read
     uint64_t refused = 0;                  // blocks that cannot
     std::optional<uint64_t> firstRefused;  // position of its element

@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "check/Findings.h"
 #include "check/Remedy.h"
+#include "codecs/UnitFault.h"
 #include "device/ElementIds.h"
 #include "device/Losses.h"
 #include "utils/MimeTypes.h"
@@ -41,7 +42,7 @@ class Delivery {
 
     void judge() {
         mCounts.blocks = mTally.blocks;
-        if (!mVerdict.isOffered()) return;
+        if (!mVerdict.isOffered()) return judgeRecoding();
         if (mTally.blocks == 0) return judgeSilence();
         judgeReading();
         judgeTimes();
@@ -91,6 +92,23 @@ class Delivery {
     bool isStyled() const { return mVerdict.codecId != "S_TEXT/UTF8"; }
     Remedy recode(const char* encoder) const {
         return recodeCommand(mPath, mVerdict.kind[0], mTrack.ordinal, encoder);
+    }
+
+    // Nothing codes a dropped track anew when its frames are none of its codec. The first one tells, where it
+    // is stored as it is, behind four bytes of header.
+    void judgeRecoding() {
+        constexpr size_t kHeader = 4, kFlags = 3;
+        constexpr uint8_t kShortNumber = 0x80, kLacing = 0x06;
+        const bool isVp8 = mVerdict.codecId.compare(0, 5, "V_VP8") == 0 && mEntry.encodings.empty();
+        if (!isVp8 || mTally.blocks == 0 || !mVerdict.dropped) return;
+        const Bytes block = mHead.evidenceAt(mTally.first).bytes;
+        if (block.size() < kHeader || block[0] < kShortNumber || (block[kFlags] & kLacing) != 0) return;
+        const char* fault =
+            unitFault(android::MEDIA_MIMETYPE_VIDEO_VP8, block.data() + kHeader, block.size() - kHeader);
+        if (fault == nullptr) return;
+        mVerdict.dropped->remedy = {};
+        add("units_undecodable", Weight::kNote,
+            fmt::format("nothing can code it anew: its first frame {}", fault), mTally.first);
     }
 
     void judgeSilence() {

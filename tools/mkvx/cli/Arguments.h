@@ -68,8 +68,8 @@ class Arguments {
     Argument flag(const std::string& names, Value& value, const std::string& help);
     Argument flag(const std::string& names, const std::function<void()>& act, const std::string& help);
 
-    // Stands below the options in the help texts, behind where their words are told. "Example: " begins the command lines of examples, which go
-    // on over the lines that are indented.
+    // Stands below the options in the help texts, behind where their words are told. "Example: " begins the
+    // command lines of examples, which go on over the lines that are indented.
     void footer(const std::string& text);
     // Keeps the command out of every list.
     void hide();

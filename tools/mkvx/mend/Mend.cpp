@@ -190,9 +190,8 @@ class Mending {
     }
 
     static std::string judge(const MendChanges& changes) {
-        const bool isMended = std::any_of(changes.gone.begin(), changes.gone.end(), [](const auto& gone) {
-            return gone.finding.remedy.hasCommand();
-        });
+        const bool isMended = std::any_of(changes.gone.begin(), changes.gone.end(),
+                                          [](const auto& gone) { return gone.finding.remedy.hasCommand(); });
         if (!isMended) return "what it should mend stays";
         for (const FindingOfTrack& came : changes.came)
             if (came.finding.weight > Weight::kNote)

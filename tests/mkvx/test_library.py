@@ -110,8 +110,138 @@ GATES = [
 
 
 def test_gates(at, films):
+    """Also over results of a run before, of which nothing is examined again."""
+    at('check', '--resume', 'out.jsonl', 'films')
+    known = (films / 'out.jsonl').read_bytes()
     for options, code in GATES:
         assert at('check', *options.split(), 'films').returncode == code, options
+        assert at('check', *options.split(), '--resume', 'out.jsonl', 'films').returncode == code, options
+    assert (films / 'out.jsonl').read_bytes() == known
+
+
+# Of single paths: (what is asked for, exit code).
+ASKED = [
+    ('--exit-zero none.mkv', 0), ('--fail-on undecided none.mkv', 0), ('--fail-on unreadable none.mkv', 1),
+    ('--fail-on plays films/good0.mkv', 2), ('--fail-on unreadable --fail-on undecided films', 2), ('--resume films films/good0.mkv', 1),
+    ('--resume no/such films/good0.mkv', 1), ('--files-from empty', 1), ('--files-from empty films/good0.mkv', 0),
+    ('--shard 1/0 films', 2), ('--shard -1/3 films', 2), ('--shard 1/18446744073709551616 films', 2), ('--shard 0x1/2 films', 2),
+    ('--late 2s --time-limit 0.1 --fail-on undecided films/good0.mkv', 6), ('--late 2s --time-limit 0.1 --accept time_limit films/good0.mkv', 0),
+    ('--late 2s --time-limit 0.1 --fail-on nothing_plays films/good0.mkv', 0),
+]
+
+
+@pytest.mark.parametrize('asked, code', ASKED)
+def test_exit_codes(at, films, asked, code):
+    (films / 'empty').write_bytes(b'\n\n')
+    assert at('check', *asked.split()).returncode == code
+
+
+def test_a_share_of_a_list_goes_on(at, films):
+    """Whatever the order of the list, and however it is separated; results of other shares neither count nor are made again."""
+    names = sorted('films/' + path.name for path in (films / 'films').iterdir())
+    (films / 'lines').write_text('\n'.join(names))
+    (films / 'zeros').write_text('\0'.join(reversed(names)))
+    shares = [(films / ('part%d' % part)) for part in (1, 2)]
+    for part, options in enumerate((['lines'], ['zeros', '-0']), 1):
+        at('check', '--shard', '%d/2' % part, '--files-from', *options, '--resume', 'part%d' % part)
+    first, second = ([r['file'] for r in results(share)] for share in shares)
+    assert sorted(first + second) == names and first and second
+    (films / 'both').write_bytes(shares[0].read_bytes() + shares[1].read_bytes())
+    for part, share in enumerate((first, second), 1):
+        done = at('check', '--shard', '%d/2' % part, '--files-from', 'zeros', '--null', '--resume', 'both')
+        assert done.stdout.startswith(b'both: %d files: ' % len(share)) and done.stdout.endswith(b', 0 of them new\n')
+        assert (done.returncode == 5) == any('vorbis-none' in name for name in share)
+    assert len(results(films / 'both')) == 24
+
+
+def finding(code, weight='loss'):
+    return {'code': code, 'weight': weight, 'sentence': 'it is so'}
+
+
+def judged(file, verdict='plays_with_losses', *found, size=10, track=1, dropped=None, reason='so'):
+    """A line as check writes it; what was found is of a track, or of the file if there is no track."""
+    result = {'mkvx': 1, 'file': file, 'verdict': verdict, 'reason': reason, 'size': size, 'tracks': [], 'findings': list(found)}
+    if track:
+        of_track = {'number': track, 'type': 1, 'kind': 'video', 'codec_id': 'V', 'position': 0, 'findings': list(found)}
+        result.update(tracks=[{**of_track, **({'dropped': dropped} if dropped else {})}], findings=[])
+    return json.dumps(result) + '\n'
+
+
+A, B, NOTE = finding('a'), finding('b'), finding('c', 'note')
+# Of one file: (what a run said, what a later one did, change).
+CHANGES = {
+    'the same in other words': (judged('f', 'plays_with_losses', A), judged('f', 'plays_with_losses', {**A, 'sentence': 'thus'}, reason='x', size=9), None),
+    'the same in another order': (judged('f', 'plays_with_losses', A, B), judged('f', 'plays_with_losses', B, A), None),
+    'a verdict, whatever came': (judged('f', 'nothing_plays', NOTE), judged('f', 'undecided', NOTE, A), 'better'),
+    'a worse verdict, whatever went': (judged('f', 'plays_with_losses', A), judged('f', 'unreadable'), 'worse'),
+    'no Matroska is better than unreadable': (judged('f', 'unreadable'), judged('f', 'no_matroska'), 'better'),
+    'one went': (judged('f', 'plays_with_losses', A, B), judged('f', 'plays_with_losses', B), 'better'),
+    'one went for a note': (judged('f', 'plays_with_losses', A, B), judged('f', 'plays_with_losses', B, NOTE), 'better'),
+    'one came': (judged('f', 'plays_with_losses', A), judged('f', 'plays_with_losses', A, B), 'worse'),
+    'a drop came': (judged('f', 'plays_with_losses', A), judged('f', 'plays_with_losses', A, dropped=B), 'worse'),
+    'a weight rose': (judged('f', 'plays_with_losses', finding('a', 'note')), judged('f', 'plays_with_losses', A), 'worse'),
+    'a note came': (judged('f', 'plays'), judged('f', 'plays', NOTE), 'changed'),
+    'one for another': (judged('f', 'plays_with_losses', A), judged('f', 'plays_with_losses', B), 'changed'),
+    'of another track': (judged('f', 'plays_with_losses', A), judged('f', 'plays_with_losses', A, track=2), 'changed'),
+    'of no track': (judged('f', 'plays_with_losses', A), judged('f', 'plays_with_losses', A, track=None), 'changed'),
+    'a file more': ('', judged('f'), 'new'),
+    'a file less': (judged('f'), '', 'gone'),
+    'the last result counts': (judged('f', 'plays') + judged('f', 'unreadable'), judged('f', 'undecided') + judged('f', 'plays'), 'better'),
+    'a line without its end': (judged('f'), judged('f') + judged('f', 'unreadable')[:-1], None),
+}
+
+
+@pytest.mark.parametrize('before, after, change', CHANGES.values(), ids=CHANGES)
+def test_changes(mkvx, write, before, after, change):
+    run = mkvx('diff', '--json', write('before', before.encode()), write('after', after.encode()))
+    assert run.code == (1 if change else 0) and [f['change'] for f in run.json()['files']] == [change] * bool(change)
+    assert run.json()['same'] == (not change) and ('has no end' in run.err) == (not after.endswith('\n') and after != '')
+
+
+def test_all_changes_are_in_order(mkvx, write):
+    """By change, then by path; what a file was and is."""
+    before = ''.join(judged(*f) for f in (('z', 'plays', NOTE), ('y', 'plays'), ('b', 'unreadable'), ('a', 'undecided'), ('old',), ('s',)))
+    after = ''.join(judged(*f) for f in (('s',), ('a', 'plays'), ('b', 'plays_with_losses', A), ('y', 'undecided'), ('z', 'plays'), ('fresh',)))
+    run = mkvx('diff', '--json', write('before', before.encode()), write('after', after.encode()))
+    assert [(f['change'], f['file'], f.get('before'), f.get('after')) for f in run.json()['files']] == [
+        ('better', 'a', 'undecided', 'plays'), ('better', 'b', 'unreadable', 'plays_with_losses'), ('worse', 'y', 'plays', 'undecided'),
+        ('changed', 'z', 'plays', 'plays'), ('new', 'fresh', None, 'plays_with_losses'), ('gone', 'old', 'plays_with_losses', None)]
+    assert run.json()['files'][1]['new'] == [{'track': 1, 'code': 'a', 'weight': 'loss'}] and run.json()['same'] == 1
+
+
+def test_summary_counts(mkvx, write):
+    """Each code once a file, with the gravest of its weights; of a file that was judged again the last result, wherever it stands."""
+    grave = finding('a', 'mute')
+    one = judged('d', 'unreadable', size=1) + judged('c', 'plays_with_losses', A, grave, dropped=B, size=20) + judged('b', 'plays', NOTE, size=300)
+    two = {'mkvx': 1, 'verdict': 'undecided', 'complete': True, 'files': [json.loads(line) for line in (
+        judged('d', 'plays_with_losses', A, NOTE, size=4000), judged('e', 'undecided', B, track=None, size=50000),
+        judged('a', 'plays_with_losses', NOTE, size=600000))]}
+    files = write('one', one.encode()), write('two', (json.dumps(two) + '\n').encode())
+    summary = mkvx('summary', '--json', '--list', '3', *files).json()
+    assert [summary[key] for key in ('files', 'bytes', 'superseded', 'unlisted')] == [5, 654320, 1, 1]
+    assert {v: n for v, n in summary['verdicts'].items() if n} == {'plays': 1, 'plays_with_losses': 3, 'undecided': 1}
+    assert [tuple(f.values()) for f in summary['findings']] == [('a', 'mute', 2, 'c'), ('b', 'loss', 2, 'c'), ('c', 'note', 3, 'a')]
+    assert [(f['file'], f['size']) for f in summary['worst']] == [('e', 50000), ('a', 600000), ('c', 20)]
+    text = mkvx('summary', '--list', '0', *files).out
+    assert '... and 4 more' in text and text.endswith('5 files: 1 undecided, 3 plays with losses, 1 plays; 0.7 MB\n')
+    other = mkvx('summary', '--json', *reversed(files)).json()
+    assert other['verdicts']['unreadable'] == 1 and other['bytes'] == 654320 - 4000 + 1
+
+
+def test_page_of_a_summary(mkvx, write, tmp_path):
+    """Names and reasons stay texts; no file with results is written over, by whatever name."""
+    evil = '</td><img src="x" onerror=\'a\'>&amp;\x1b]'
+    listed = write('list', (judged(evil, reason=evil) + judged('g', 'plays_with_losses', finding(evil))).encode())
+    (tmp_path / 'link').symlink_to(listed)
+    (tmp_path / 'same').hardlink_to(listed)
+    kept = listed.read_bytes()
+    for name, code in ('list', 2), ('link', 2), ('same', 2), ('no/such', 1):
+        refused = mkvx('summary', listed, '-o', tmp_path / name)
+        assert refused.code == code and refused.out == '' and refused.err.count('\n') == 1 and listed.read_bytes() == kept
+    assert mkvx('summary', listed, '-o', tmp_path / 'page').code == 0
+    page = (tmp_path / 'page').read_text()
+    assert '<img' not in page and '\x1b' not in page and 'http' not in page
+    assert page.count('&lt;/td&gt;&lt;img src=&quot;x&quot; onerror=') == 3 and page.count('&amp;amp;') == 3
 
 
 @pytest.mark.parametrize('command', [['summary', 'bad'], ['diff', 'bad', 'bad'], ['diff', 'none', 'none'], ['check', '--resume', 'bad', 'films']])

@@ -88,6 +88,47 @@ def test_what_is_no_better_is_not_put_in_place(binary, desk, monkeypatch, script
     assert sorted(path.name for path in folder.iterdir()) == ['bin', "it's.mkv"]
 
 
+# What comes to be at OUT while the programs work: (made how, what stays there).
+MEANWHILE = {
+    'a file': ('echo kept > "$OUT"', lambda out: out.read_text() == 'kept\n'),
+    'an empty folder': ('mkdir "$OUT"', lambda out: out.is_dir() and not list(out.iterdir())),
+    'a link to nowhere': ('ln -s elsewhere.mkv "$OUT"', lambda out: out.is_symlink() and not out.exists()),
+    'a link to the film': ('ln -s "it\'s.mkv" "$OUT"', lambda out: out.is_symlink()),
+}
+
+
+@pytest.mark.parametrize('script, stays', MEANWHILE.values(), ids=MEANWHILE)
+def test_what_came_meanwhile_stays(binary, desk, silent, monkeypatch, script, stays):
+    folder, program = desk
+    program('ffmpeg', script + '; PATH=/usr/bin:/bin exec ffmpeg "$@"')
+    monkeypatch.setenv('OUT', str(folder / 'out.mkv'))
+    done = run(binary, folder, "it's.mkv", '-o', 'out.mkv', path='%s:/usr/bin:/bin' % (folder / 'bin'))
+    assert done.returncode == 1 and 'out.mkv: is there already' in done.stderr and done.stdout == '' and stays(folder / 'out.mkv')
+    assert sorted(path.name for path in folder.iterdir()) == ['bin', "it's.mkv", 'out.mkv']
+    assert (folder / "it's.mkv").read_bytes() == silent.read_bytes()
+
+
+@pytest.mark.parametrize('name, out', [('-i.mkv', '-y.mkv'), ('pipe:1.mkv', 'http:x.mkv'), ('$(touch x)`touch y`.mkv', 'a b;touch z.mkv'),
+                                       ('%d\n.mkv', '%03d.mkv'), ('@options.mkv', 'out')])
+def test_names_are_names(binary, desk, name, out):
+    """Neither options, addresses, patterns nor commands to the other programs."""
+    folder, _ = desk
+    (folder / "it's.mkv").rename(folder / name)
+    done = run(binary, folder, '--format', 'json', '--output=' + out, '--', name)
+    assert done.returncode == 0 and json.loads(done.stdout)['after']['verdict'] == 'plays', done.stderr
+    assert sorted(path.name for path in folder.iterdir()) == sorted(['bin', name, out])
+
+
+def test_dry_run_needs_no_tool_and_writes_nothing(binary, desk):
+    folder, program = desk
+    program('ffmpeg', 'touch "%s/was-run"' % folder)
+    for tools in folder / 'bin', folder / 'none':
+        result = json.loads(run(binary, folder, "it's.mkv", '-o', 'no/such.mkv', '--dry-run', '--json', path=tools).stdout)
+        jsonschema.Draft202012Validator(SCHEMA).validate(result)
+        assert not result['written'] and len(result['attempts']) == 1 and 'after' not in result and not result['stays']
+    assert sorted(path.name for path in folder.iterdir()) == ['bin', "it's.mkv"]
+
+
 def test_no_tool_no_place(binary, desk):
     folder, _ = desk
     assert 'ffmpeg' in run(binary, folder, "it's.mkv", '-o', 'out.mkv', path=folder / 'bin').stderr
@@ -95,16 +136,22 @@ def test_no_tool_no_place(binary, desk):
     refused = {'link.mkv': 'is there already', 'no/such.mkv': 'cannot be written', "it's.mkv": 'is the file to read'}
     for out, why in refused.items():
         assert why in run(binary, folder, "it's.mkv", '-o', out).stderr
+    (folder / 'link.mkv').unlink()
+    (folder / 'link.mkv').symlink_to("it's.mkv")
+    assert 'is the file to read' in run(binary, folder, "it's.mkv", '-o', 'link.mkv').stderr
     assert run(binary, folder, '-', '-o', 'out.mkv').returncode == 2
     assert sorted(path.name for path in folder.iterdir()) == ['bin', "it's.mkv", 'link.mkv']
 
 
-def test_interruption_leaves_nothing(binary, desk):
+@pytest.mark.parametrize('asked', [signal.SIGINT, signal.SIGTERM])
+def test_interruption_leaves_nothing(binary, desk, asked):
+    """No file, no folder, and no program that goes on."""
     folder, program = desk
-    program('ffmpeg', 'echo begun > "%s/begun"; echo out_time_us=1000; exec sleep 1000' % folder)
+    program('ffmpeg', 'for last; do :; done; echo part > "$last"; echo $$ > "%s/begun"; echo out_time_us=1000; exec sleep 1000' % folder)
     with subprocess.Popen([binary, 'mend', "it's.mkv", '-o', 'out.mkv'], cwd=folder, stderr=subprocess.PIPE, text=True,
                           env={**os.environ, 'PATH': '%s:/usr/bin:/bin' % (folder / 'bin')}) as running:
-        until((folder / 'begun').exists)
-        running.send_signal(signal.SIGINT)
+        until(lambda: (folder / 'begun').exists() and (folder / 'begun').read_text().endswith('\n'))
+        running.send_signal(asked)
         assert 'interrupted' in running.communicate(timeout=60)[1] and running.returncode == 130
     assert sorted(path.name for path in folder.iterdir()) == ['begun', 'bin', "it's.mkv"]
+    until(lambda: not Path('/proc', (folder / 'begun').read_text().strip()).exists())

@@ -1,9 +1,12 @@
 """mkvx check --device: a device's codec list, its limits, and what is no codec list."""
 import json
+import re
 from pathlib import Path
 
 import jsonschema
 import pytest
+
+import craft
 
 SCHEMA = json.loads((Path(__file__).parents[2] / 'docs/schemas/profiles.schema.json').read_text())
 
@@ -50,6 +53,13 @@ LIMITS = [
     ('audio', limit('channel-count', max='2'), None), ('audio', limit('channel-count', max='1'), '2 channels, the most is 1'),
     ('audio', limit('sample-rate', ranges='8000, 44100'), None),
     ('audio', limit('sample-rate', ranges='8000,22050-32000'), '44100 Hz is none of its sample rates (8000, 22050-32000)'),
+    ('video', limit('size', min='320x180', max='320x180'), None), ('video', limit('size', max='320x179'), '320x180 is more than 320x179'),
+    ('video', limit('blocks', range='240-241'), None), ('video', limit('blocks', range='241-999'), '240 blocks of 16x16, the least is 241'),
+    ('video', limit('frame-rate', range='25-25'), None), ('video', limit('frame-rate', range='26-60'), None),
+    ('video', limit('alignment', value='64x4'), None), ('video', limit('alignment', value='64x8'), '320x180 is no multiple of 64x8'),
+    ('audio', limit('channel-count', range='2-2'), None), ('audio', limit('channel-count', range='3-8'), '2 channels, the least is 3'),
+    ('audio', limit('sample-rate', ranges='8000-44100'), None), ('audio', limit('sample-rate', ranges='44101-48000'), '44100 Hz is none of'),
+    ('audio', limit('sample-rate', ranges='8000-44099'), '44100 Hz is none of its sample rates (8000-44099)'),
 ]
 
 
@@ -87,6 +97,50 @@ def test_without_a_list_it_is_the_software_of_the_era(mkvx, sample, tmp_path):
     checked = mkvx('check', '--profiles', tmp_path / 'p', '--format', 'jsonl', sample).json()
     assert checked['verdict'] == 'plays' and 'decoder' not in checked['tracks'][0]
     assert [(f['code'], f['weight']) for f in checked['tracks'][0]['findings']] == [('decoder_profile', 'note')]
+
+
+def test_bit_rate_at_the_limit(judged):
+    """What the refusal tells is the most that is needed."""
+    said = judged(listed(AVC % limit('bitrate', range='1-2') + AAC % ''))['video'][1]
+    rate = int(re.search(r'(\d+) bits a second', said)[1])
+    for most, decoder in (rate, 'avc'), (rate - 1, 'small'):
+        small = AVC.replace('"avc"', '"small"') % ''
+        assert judged(listed(AVC % limit('bitrate', range='1-%d' % most) + small + AAC % ''))['video'] == decoder
+
+
+def test_decoders_beyond_the_fourth_are_counted(judged):
+    for count, end in (4, 'd4: 320x180 is more than 9x9'), (6, 'd4: 320x180 is more than 9x9; and 2 more'):
+        small = [AVC.replace('"avc"', '"d%d"' % i) % limit('size', max='9x9') for i in range(1, count + 1)]
+        assert judged(listed(''.join(small)))['video'][1].endswith(end)
+
+
+@pytest.mark.parametrize('codec, mime, code, ending', [('A_DTS', 'audio/dts', 'vendor_mime', ', a MIME type that only some vendors have'),
+                                                       ('A_AC3', 'audio/ac3', 'no_decoder', '')])
+def test_types_of_no_software_decoder(mkvx, write, tmp_path, codec, mime, code, ending):
+    """A note of the era, which a device's list makes grave or settles."""
+    blocks = craft.cluster(0, craft.simple_block(1, 0, b'\x0b\x77' + bytes(9)))
+    path = write('sound.mka', craft.matroska([craft.audio(1, codec)], blocks, cue_for=1))
+
+    def said(*options):
+        checked = mkvx('check', '--format', 'jsonl', *options, path).json()
+        return checked['verdict'], [(f['code'], f['weight']) for f in checked['tracks'][0]['findings']], checked['reason']
+    assert said() == ('plays', [(code, 'note')], '')
+    device = tmp_path / 'media_codecs.xml'
+    device.write_text(listed(ALL))
+    verdict, found, reason = said('--device', device)
+    assert (verdict, found) == ('nothing_plays', [('no_decoder', 'mute')]) and reason.endswith('no decoder for ' + mime + ending)
+    device.write_text(listed('<MediaCodec name="own" type="%s"/>' % mime))
+    assert said('--device', device) == ('plays', [], '')
+
+
+def test_profiles_take_the_place_of_the_table(mkvx, write, tmp_path):
+    """The table has no entry for AC-3; an empty one takes all, and one for another type changes nothing."""
+    block = craft.cluster(0, craft.simple_block(1, 0, b'\x0b\x77' + bytes(9)))
+    path = write('sound.mka', craft.matroska([craft.audio(1, 'A_AC3')], block, cue_for=1))
+    for entries, codes in ({'audio/ac3': {}}, []), ({'video/avc': {}}, ['no_decoder']):
+        (tmp_path / 'p').write_text(json.dumps({'decoders': entries}))
+        checked = mkvx('check', '--profiles', tmp_path / 'p', '--format', 'jsonl', path).json()
+        assert [f['code'] for f in checked['tracks'][0]['findings']] == codes
 
 
 LAUGHS = '<!DOCTYPE x [<!ENTITY a "ha">%s]>' % ''.join('<!ENTITY %s "%s">' % (c, '&%s;' % chr(ord(c) - 1) * 20) for c in 'bcdefgh')

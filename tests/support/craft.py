@@ -90,7 +90,8 @@ def matroska(tracks, *clusters, duration_ms=1000.0, doctype='matroska', cue_for=
     info = element(0x1549A966, uint(0x2AD7B1, 1000000) + real(0x4489, duration_ms) + info)
     front = info + element(0x1654AE6B, b''.join(tracks))
     if cue_for is not None:
-        front += cue(0, cue_for, len(front) + len(cue(0, cue_for, 0)))
+        between = len(seek_head(0, led_to)) if led_to else 0
+        front += cue(0, cue_for, len(front) + len(cue(0, cue_for, 0)) + between)
     media = b''.join(clusters)
     if led_to:
         front += seek_head(len(front) + len(seek_head(0, led_to)) + len(media), led_to)

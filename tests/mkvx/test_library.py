@@ -244,10 +244,11 @@ def test_page_of_a_summary(mkvx, write, tmp_path):
     assert page.count('&lt;/td&gt;&lt;img src=&quot;x&quot; onerror=') == 3 and page.count('&amp;amp;') == 3
 
 
+@pytest.mark.parametrize('content', [b'{"mkvx":1}\nmore\n', b'notes without an end'])
 @pytest.mark.parametrize('command', [['summary', 'bad'], ['diff', 'bad', 'bad'], ['diff', 'none', 'none'], ['check', '--resume', 'bad', 'films']])
-def test_results_that_are_none(at, films, command):
+def test_results_that_are_none(at, films, command, content):
     """Also: nothing of such a file is overwritten."""
-    (films / 'bad').write_bytes(b'{"mkvx":1}\nmore\n')
+    (films / 'bad').write_bytes(content)
     failed = at(*command)
     assert failed.returncode == (2 if command[0] == 'diff' else 1) and failed.stdout == b'' and failed.stderr.count(b'\n') == 1
-    assert (films / 'bad').read_bytes() == b'{"mkvx":1}\nmore\n'
+    assert (films / 'bad').read_bytes() == content

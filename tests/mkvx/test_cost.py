@@ -64,3 +64,14 @@ def test_requests_are_those_that_a_server_sees(mkvx, serve, sample, block):
     assert set(over_network) == {'caching'}  # no device reads a URL without a cache
     assert over_network['caching']['total']['requests'] == len(server.seen)
     assert over_network['caching']['stages'] == ledgers(mkvx, *asked, sample)['caching']['stages']
+
+
+@pytest.mark.parametrize('latency, bandwidth', [(0, 0.5), (80, 2), (0.25, 1000)])
+def test_time_is_of_the_medium_that_was_described(mkvx, sample, latency, bandwidth):
+    """What is read is the same on every medium."""
+    usual = ledgers(mkvx, sample)
+    for source, ledger in ledgers(mkvx, '--latency', str(latency), '--bandwidth', str(bandwidth), sample).items():
+        for name, stage in [*ledger['stages'].items(), ('total', ledger['total'])]:
+            other = usual[source]['total'] if name == 'total' else usual[source]['stages'][name]
+            assert {**stage, 'ms': 0} == {**other, 'ms': 0}
+            assert stage['ms'] == pytest.approx(stage['requests'] * latency + stage['requested_bytes'] / bandwidth / 1000, abs=0.002)

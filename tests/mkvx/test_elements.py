@@ -275,3 +275,49 @@ def test_none_and_unusable(mkvx, write, sample, command):
     for data in (b'RIFF', craft.matroska([], doctype='other')):
         run = mkvx(command, write('b.mkv', data))
         assert run.code == 1 and run.out == '' and run.err.count('\n') == 1
+
+
+def test_every_edge_belongs_to_one_element(mkvx, write):
+    """The first and the last byte of each header and of each data; tree and explain agree on whose they are."""
+    data = small(craft.simple_block(1, 0, b'needle'), craft.block_group(1, 5, b'more', 7))
+    path = write('edges.mkv', data)
+    for item in items(mkvx('tree', '--all', '--json', path)):
+        begin, inside, end = item['offset'], item['offset'] + item['header'], item['end']
+        edges = {begin: 'header', inside - 1: 'header'}
+        if item['type'] != 'master':
+            edges |= {inside: 'data', end - 1: 'data'}
+        for at, part in edges.items():
+            told = mkvx('explain', at, path).out.splitlines()
+            place = f'Byte {at} is byte {at - (begin if part == "header" else inside)} of the {part} of '
+            assert told[0].startswith(place) and told[0].endswith(item['name']), (at, told[0])
+            size = '1 byte' if item['size'] == 1 else f'{item["size"]} bytes'
+            assert told[1] == f'Stands at {begin}, header {item["header"]} bytes, data {size}, ends at {end}'
+            asked = [found for found in items(mkvx('tree', '--at', at, '--json', path)) if found.get('asked')]
+            assert [(found['offset'], found['name']) for found in asked] == [(begin, item['name'])], at
+    for at in len(data), len(data) + 1, 2 ** 63 - 1, 2 ** 63:
+        for args in ['tree', '--at', at], ['explain', at]:
+            run = mkvx(*args, path)
+            assert (run.code, run.out) == (2, '') and f'no byte {at}, it ends at {len(data)}' in run.err, args
+
+
+def test_extraction_into_what_is_no_folder(mkvx, write, tmp_path):
+    """A folder that a link leads to is the user's choice; a file in its place is not written over."""
+    path = write('a.mkv', attachments(attached('a.txt', b'abc'), attached('A.TXT', b'def')))
+    taken = write('taken', b'mine')
+    run = mkvx('attachments', '--extract', taken, path)
+    assert run.code == 1 and str(taken) in run.err and taken.read_bytes() == b'mine'
+    deep = mkvx('attachments', '--extract', taken / 'below', path)
+    assert deep.code == 1 and 'Not a directory' in deep.err
+    (tmp_path / 'real').mkdir()
+    (tmp_path / 'link').symlink_to(tmp_path / 'real')
+    assert mkvx('attachments', '--extract', tmp_path / 'link', path).code == 0
+    assert {file.read_bytes() for file in (tmp_path / 'real').iterdir()} == {b'abc', b'def'}
+
+
+def test_chapters_in_one_another_without_end(mkvx, write):
+    """Deeper than anybody nests them: an answer all the same, and one that can be read."""
+    nested = chapter(1)
+    for _ in range(2000):
+        nested = chapter(1, nested)
+    run = mkvx('chapters', '--json', write('deep.mkv', file_with(craft.element(0x1043A770, craft.element(0x45B9, nested)))))
+    assert run.code == 0 and run.err.count('\n') <= 1 and run.out.count('start_us') > 10

@@ -223,3 +223,16 @@ def test_failures_leave_nothing(mkvx, tmp_path, sample, args, code):
     done = mkvx('report', *(arg.format(file=file, text=text, out=out) for arg in args))
     assert done.code == code and done.err.startswith('mkvx: ') and done.err.count('\n') == 1
     assert not out.exists() and file.read_bytes() == sample.read_bytes()
+
+
+@pytest.mark.parametrize('data, verdict, why', [
+    (craft.matroska([craft.audio(1, 'A_VORBIS', craft.private(b''))], craft.cluster(0, GOOD)), 'stops the media process', 'CHECK(codecPrivateSize &gt;= 3) failed'),
+    (craft.matroska(AUDIO, craft.cluster(0, GOOD), doctype='other'), 'nothing plays', 'the document type is &quot;other&quot;'),
+], ids=['stopped', 'refused'])
+def test_static_body_of_what_was_not_examined(report, data, verdict, why):
+    """Without a browser: it says so, draws nothing, and has no place for what was not looked at."""
+    body = re.sub('(?s)<script.*?</script>|<style.*?</style>|<footer>.*', '', report(data, name='a&<b>.mka').read_text().split('<body>')[1])
+    assert f'>{verdict}</span>' in body and why in body and 'Not examined' in body and '<h1 id="file">a&amp;&lt;b&gt;.mka</h1>' in body
+    assert not re.search('<svg|<canvas|<img| on[a-z]+=|javascript:|<b>|id="(charts|seeking|layout)"', body)
+    anchors, ids = set(re.findall('href="#([^"]+)"', body)), re.findall(' id="([^"]+)"', body)
+    assert anchors <= set(ids) and len(ids) == len(set(ids))

@@ -1,9 +1,9 @@
 """Where the bytes come from must not show in the result; what goes wrong on the way has to be told."""
 import json
+import re
 import subprocess
 
 import pytest
-
 
 
 @pytest.fixture
@@ -111,3 +111,37 @@ def test_faults_reach_every_command(mkvx, sample, tmp_path):
         assert mkvx(*command, sample).code == 0
         run = mkvx(*command, '--fail-at', '3+', sample)
         assert run.code == 1 or command == ['sniff'], command
+
+
+def test_a_read_that_fails_costs_one_unit_at_most(mkvx, sample, expected):
+    """What is told of the rest stays what it was. A fault behind the last read is none."""
+    whole = [json.loads(line) for line in expected.splitlines()]
+    opening = mkvx('bench', 'open', '--once', '--reads', '--json', sample).json()['reads']
+    for number in range(opening + 10, opening + 60, 7):
+        run = packets(mkvx, '--fail-at', number, '--all', sample)
+        assert run.code == 0 and set(run.out.splitlines()) <= set(expected.splitlines())
+        assert len(whole) - 1 <= len(run.lines()) <= len(whole), number
+        assert (len(run.lines()) < len(whole)) == ('1 units could not be read' in run.err), number
+    assert packets(mkvx, '--fail-at', 10 ** 9, sample).out == expected
+
+
+def test_more_short_reads_leave_less(mkvx, sample):
+    """Whatever is left stands in its order, and the number of a read that is none is refused."""
+    whole = [unit['sha1'] for unit in packets(mkvx, '--all', sample).lines()]
+    left = []
+    for every in 400, 100, 50:
+        units = iter(whole)
+        left.append([unit['sha1'] for unit in packets(mkvx, '--all', f'--short-reads={every}', sample).lines()])
+        assert all(unit in units for unit in left[-1])
+    assert len(whole) > len(left[0]) > len(left[1]) > len(left[2]) > 0
+    for bad in '--fail-at=0', '--fail-at=+', '--fail-at=1++', '--fail-at=-1', '--fail-at=99999999999999999999', '--short-reads=x', '--late=11s':
+        run = mkvx('info', bad, sample)
+        assert (run.code, run.out, run.err.count('\n')) == (2, '', 1), bad
+
+
+@pytest.mark.parametrize('args', [['info', '--json'], ['info', '--rates', '--json'], ['seek', '--to', '5s', '--json'], ['index', '--json'], ['chapters'], ['sniff'], ['tree', '--all', '--format', 'jsonl']], ids=' '.join)
+def test_a_size_that_is_not_known_changes_nothing(mkvx, sample, args):
+    """But the whole file's bit rate, which is told by the size, and a read more to see that a byte is there."""
+    known, unknown = mkvx(*args, sample), mkvx(*args, '--no-size', sample)
+    without = [re.sub(r'"(reads|read_bytes)":\d+', '', run.out) for run in (known, unknown)]
+    assert unknown.code == 0 and without[1] == re.sub(r'"bit_rate":\d+', '"bit_rate":0', without[0])

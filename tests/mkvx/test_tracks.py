@@ -212,3 +212,76 @@ def test_bench_open_and_seek(mkvx, sample):
     assert opened['count'] == 1 and opened['ok'] and opened['rss_kb'] >= opened['rss0_kb'] > 0
     seeks = mkvx('bench', 'seek', sample, '--once', '--json').json()
     assert seeks['count'] == 200 == seeks['keys'] and seeks['tracks'][0][0] == 200
+
+
+HOSTILE = 'T\x1b]0;x\x07\r\n\x9b2J\u202egnp.<b>\t'
+
+
+def test_texts_of_info_cannot_steer_a_terminal(mkvx, write):
+    """JSON has them as they are; the table has each on its line."""
+    names = {'Title': (0x7BA9, 'title'), 'Written by': (0x5741, 'writing_app'), 'Muxer': (0x4D80, 'muxing_app')}
+    info = b''.join(craft.text(id_, HOSTILE + key) for id_, key in names.values())
+    path = write('steer.mkv', craft.matroska([craft.video(1, 'V_MPEG2')], craft.cluster(0, craft.simple_block(1, 0, b'x')), info=info))
+    raw = mkvx('info', '--json', path)
+    assert {key: raw.json()[key] for _, key in names.values()} == {key: HOSTILE + key for _, key in names.values()}
+    assert raw.out.count('\n') == 1 and not re.search(r'[\x00-\x09\x0b-\x1f\x7f]', raw.out)
+    shown = mkvx('info', path).out
+    assert not re.search(r'[\x00-\x09\x0b-\x1f\x7f-\x9f\u202a-\u202e]', shown)
+    for label, (_, key) in names.items():
+        assert re.search(f'^{label}: T.*gnp.*{key}$', shown, re.M), label
+
+
+@pytest.mark.parametrize('unit, told, shown', [(0, 'pixels', '30x20'), (1, 'centimetres', '30x20 cm'), (2, 'inches', '30x20 in'),
+                                               (3, 'aspect_ratio', '30:20'), (4, 'unknown', None)])
+def test_display_units(mkvx, write, unit, told, shown):
+    size = craft.uint(0x54B0, 30) + craft.uint(0x54BA, 20) + craft.uint(0x54B2, unit)
+    path = write('shown.mkv', craft.matroska([craft.video(1, 'V_MPEG2', shown=size)], craft.cluster(0, craft.simple_block(1, 0, b'x'))))
+    display = mkvx('info', '--json', path).json()['tracks'][0]['display']
+    assert display['unit'] == told and (shown is None or (display['width'], display['height']) == (30, 20))
+    assert shown is None or re.search(re.escape(shown) + '$', mkvx('info', path).out, re.M)
+
+
+def test_rates_are_of_the_blocks_of_each_track(mkvx, sample):
+    """The stored bytes, which differ from the delivered ones by no more than what stands in for lengths: nothing, in the sample."""
+    units = mkvx('packets', '--format', 'jsonl', sample).lines()
+    plain, rated = (mkvx('info', *more, '--json', sample).json()['tracks'] for more in ([], ['--rates']))
+    for before, track in zip(plain, rated):
+        own = [unit for unit in units if unit['track'] == track['index']]
+        assert (track['frames'], track['payload_bytes']) == (len(own), sum(unit['size'] for unit in own))
+        span = max(unit.get('end_us', unit['time_us']) for unit in own) - own[0]['time_us']
+        assert track['measured_bit_rate'] == pytest.approx(track['payload_bytes'] * 8e6 / span, rel=0.01)
+        assert {name: value for name, value in track.items() if name in before} == before
+        assert not {'frames', 'payload_bytes', 'measured_bit_rate', 'measured_frame_rate'} & set(before)
+
+
+@pytest.mark.parametrize('args, chosen', [
+    (['--track', '#2', '--limit', '3'], [(1, 3)]), (['--limit', '4'], [(0, 4), (1, 4), (2, 3)]), (['--limit', '201'], [(0, 200), (1, 201), (2, 3)]),
+    (['--track', '2', '--all', '--limit', '2'], [(2, 2)]), (['--limit', '18446744073709551615', '--track', '0'], [(0, 200)]),
+], ids=lambda value: ' '.join(map(str, value)))
+def test_packets_are_the_first_of_each_chosen_track(mkvx, sample, args, chosen):
+    whole = mkvx('packets', '--format', 'jsonl', sample).lines()
+    expected = [unit for track, count in chosen for unit in [u for u in whole if u['track'] == track][:count]]
+    assert len(expected) == sum(count for _, count in chosen)
+    for form, units in ('jsonl', lambda run: run.lines()), ('json', lambda run: run.json()['units']):
+        assert units(mkvx('packets', *args, '--format', form, sample)) == expected
+    assert len(mkvx('packets', *args, sample).out.splitlines()) == 1 + len(expected)
+
+
+def test_sniff_lists_what_can_be_read(mkvx, write, sample, tmp_path):
+    """In the order of the command line, the same file as often as it is named."""
+    webm, other = write('a b.webm', craft.matroska([], doctype='webm')), write('c\x1b[1m.wav', b'RIFF')
+    run = mkvx('sniff', sample, other, '/no/such', webm, tmp_path, sample)
+    assert run.code == 1 and '\x1b' not in run.out
+    assert [row.split(maxsplit=2)[:2] for row in run.out.splitlines()[1:]] == [
+        ['video/x-matroska_ext', '0.91'], ['not', 'claimed'], ['video/x-matroska_ext', '0.50'], ['video/x-matroska_ext', '0.91']]
+    assert [re.split(': (?=[A-Zi])', line)[-1].split(' (')[0] for line in run.err.splitlines()] == [
+        'is no Matroska or WebM file', 'No such file or directory', 'Is a directory']
+    assert mkvx('sniff', webm, sample).code == 0
+
+
+def test_aac_library_is_the_one_that_was_asked_for(mkvx, sample):
+    """They decode the same samples, and not to the same last bits."""
+    heard = {name: mkvx('decode', '--track', '#2', *asked, '--json', sample).json()['tracks'][0]
+             for name, asked in (('unless', []), ('device', ['--aac', 'device']), ('ffmpeg', ['--aac', 'ffmpeg']))}
+    assert heard['unless'] == heard['device'] and (heard['device']['decoder'], heard['ffmpeg']['decoder']) == ('libfdk-aac', 'aac')
+    assert heard['device']['samples'] == heard['ffmpeg']['samples'] and heard['device']['sha1'] != heard['ffmpeg']['sha1']

@@ -180,15 +180,18 @@ TEST(Resync, GivesUpBeyondItsBoundAndAtTheEnd) {
 }
 
 TEST(Resync, WhatASourceDidNotGiveOnceIsSearchedAgain) {
-    const Document file = Damaged(Concat({Bytes(1021 * 3), Hex("1F43B67584E7820000")}));
-    OpenFile sound(file.bytes);
-    MeetsBehindDamage(sound, file);
-    for (uint64_t call = 0; call < sound.source->Reads(); ++call) {
-        Faults faults;
-        faults.errorAtCall = call;
-        OpenFile open(file.bytes, faults);
-        MeetsBehindDamage(open, file);
-        EXPECT_EQ("43b6 at 3064", MeetsBehindDamage(open, file)) << call;
+    constexpr size_t kEndsWithTheWindow = 1024 - 9 - 3;  // behind the Cluster and a Void's header
+    for (const size_t trailing : {size_t{3000}, kEndsWithTheWindow}) {
+        const Document file = Damaged(Concat({Bytes(1021 * 3), Hex("1F43B67584E7820000")}), trailing);
+        OpenFile sound(file.bytes);
+        EXPECT_EQ("43b6 at 3064", MeetsBehindDamage(sound, file));
+        for (uint64_t call = 0; call < sound.source->Reads(); ++call) {
+            Faults faults;
+            faults.errorAtCall = call;
+            OpenFile open(file.bytes, faults);
+            MeetsBehindDamage(open, file);
+            EXPECT_EQ("43b6 at 3064", MeetsBehindDamage(open, file)) << trailing << ", read " << call;
+        }
     }
 }
 

@@ -60,19 +60,14 @@ void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
     }
 }
 
-// What follows a doubtful run is doubtful: its Timecode may be what could not be read.
+// What failed in the run before has no part in this one. (The Timecode is asked of a Cluster's first run.)
 void BlockRun::Continue(const BlockRun& before) {
-    mIsDoubtful = before.mIsDoubtful;
-    mHasTimecode = before.mHasTimecode;
-    mClusterTimecode = before.mClusterTimecode;
     mTail = before.mTail->Copy();
     mIsOnNewBlock = before.mIsOnNewBlock;
     mSmallBlocks = before.mSmallBlocks;
 }
 
-void BlockRun::StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster) {
-    mHasTimecode = doubtful.mHasTimecode;
-    mClusterTimecode = doubtful.mClusterTimecode;
+void BlockRun::StandAgain(const CMatroskaNode* cluster) {
     cluster->File()->SeekTo(mKey);
     mTail = new CMatroskaNode(cluster);
     if (mTail->IsValid()) return;
@@ -190,7 +185,7 @@ sp<BlockRun> BlockRunCache::Renewed(const BlockRun& doubtful, CMatroskaNode* clu
     bool isNew;
     const sp<BlockRun>& run = Slot(doubtful.mKey, doubtful.mIsFirst, &isNew);
     if (isNew && doubtful.mIsFirst) run->BeginCluster(cluster);
-    if (isNew && !doubtful.mIsFirst) run->StandAgain(doubtful, cluster);
+    if (isNew && !doubtful.mIsFirst) run->StandAgain(cluster);
     return run;
 }
 

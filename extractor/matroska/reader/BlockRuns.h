@@ -47,7 +47,8 @@ class BlockRun : public android::RefBase {
     // Block `index` was reached, and no read has failed in the run.
     bool HasSound(size_t index) const { return index < mReached && !mIsDoubtful; }
 
-    // The Cluster has a Timecode child, and its value in timecode units. Known once block 0 was reached.
+    // Of a Cluster's first run: the Cluster has a Timecode child, and its value in timecode units. Known once
+    // block 0 was reached.
     bool HasTimecode() const { return mHasTimecode; }
     uint64_t ClusterTimecode() const { return mClusterTimecode; }
     // Where the walk found the Cluster to end. Meaningful once Reach has answered false on a run that is not
@@ -64,7 +65,7 @@ class BlockRun : public android::RefBase {
     void BeginCluster(CMatroskaNode* cluster);
     void FindFirstBlock(CMatroskaNode* cluster);
     void Continue(const BlockRun& before);
-    void StandAgain(const BlockRun& doubtful, const CMatroskaNode* cluster);
+    void StandAgain(const CMatroskaNode* cluster);
     void TakeTimecode(CMatroskaNode* node);
     bool Walk(size_t index);
     bool TakeStretch();

@@ -18,7 +18,7 @@ constexpr char kExamples[] =
     "  mkvx report film.mkv -o film.html   # all of it as a page for the browser\n";
 
 int complain(const std::string& sentence, int exitCode) {
-    mkvx::printFitted(stderr, 0, "mkvx: " + sentence);
+    mkvx::tell(sentence);
     return exitCode;
 }
 

@@ -29,6 +29,10 @@ void printFitted(std::FILE* out, size_t indent, const std::string& text) {
     fmt::print(out, "{}\n", wrapped(std::string(indent, ' ') + text, terminalWidth(out), indent + kFurther));
 }
 
+void tell(const std::string& sentence) {
+    printFitted(stderr, 0, "mkvx: " + printable(sentence));
+}
+
 std::string Paint::wrap(const char* code, const std::string& text) const {
     if (!mIsOn || text.empty()) return text;
     return std::string("\033[") + code + "m" + text + "\033[0m";

@@ -16,6 +16,10 @@ size_t terminalWidth(std::FILE* out);
 // indented further.
 void printFitted(std::FILE* out, size_t indent, const std::string& text);
 
+// One sentence on standard error, behind the program's name. Names of files in it may be anything: what would
+// steer a terminal is replaced.
+void tell(const std::string& sentence);
+
 // Puts colours around texts, or leaves them alone where they are not wanted.
 class Paint {
   public:

@@ -6,6 +6,7 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "check/Gate.h"
 #include "check/Journal.h"
@@ -97,7 +98,7 @@ class Reporter {
 int run(const Globals& globals, const Options& options) {
     const std::vector<std::string> paths = namedPaths(options.selection);
     auto [files, passedOver] = findFiles(paths, options.follows);
-    for (const std::string& sentence : passedOver) fmt::print(stderr, "mkvx: {}\n", printable(sentence));
+    for (const std::string& sentence : passedOver) tell(sentence);
     if (files.empty())
         throw FileFailure(
             paths.front(),

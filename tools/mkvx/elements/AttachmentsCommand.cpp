@@ -5,6 +5,7 @@
 #include "base/Failure.h"
 #include "base/Interrupt.h"
 #include "base/SafeFolder.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
@@ -53,7 +54,7 @@ int tellProblems(const AttachmentsReport& report) {
     int exitCode = kExitDone;
     for (const SavedAttachment& file : report.saved) {
         if (file.problem.empty()) continue;
-        fmt::print(stderr, "mkvx: {}: attachment {}\n", report.file, printable(file.problem));
+        tell(fmt::format("{}: attachment {}", report.file, file.problem));
         exitCode = kExitFileUnusable;
     }
     return exitCode;
@@ -69,12 +70,10 @@ int run(const Globals& globals, const Options& options) {
     print(report, options.format, stdout);
     std::fflush(stdout);
     if (files.empty())
-        fmt::print(stderr, "mkvx: {}: has no attachments\n", options.file);
+        tell(fmt::format("{}: has no attachments", options.file));
     else if (!report.attachments.isReached)
-        fmt::print(
-            stderr,
-            "mkvx: {}: nothing leads the plug-in to its attachments (mkvx tree shows where they are)\n",
-            options.file);
+        tell(fmt::format("{}: nothing leads the plug-in to its attachments (mkvx tree shows where they are)",
+                         options.file));
     const int exitCode = tellProblems(report);
     const auto saved = std::count_if(report.saved.begin(), report.saved.end(),
                                      [](const SavedAttachment& file) { return !file.savedAs.empty(); });

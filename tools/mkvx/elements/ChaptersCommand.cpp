@@ -3,6 +3,7 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
 #include "elements/Model.h"
@@ -21,11 +22,10 @@ int run(const Globals& globals, const Options& options) {
     throwIfInterrupted(options.file);
     print(report, options.format, stdout);
     if (report.chapters.editions.empty())
-        fmt::print(stderr, "mkvx: {}: has no chapters\n", options.file);
+        tell(fmt::format("{}: has no chapters", options.file));
     else if (!report.chapters.isReached)
-        fmt::print(stderr,
-                   "mkvx: {}: nothing leads the plug-in to its chapters (mkvx tree shows where they are)\n",
-                   options.file);
+        tell(fmt::format("{}: nothing leads the plug-in to its chapters (mkvx tree shows where they are)",
+                         options.file));
     return kExitDone;
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "device/LaceSizes.h"
 #include "device/Pass.h"
@@ -53,8 +54,7 @@ void writeUnits(const Session& session, const ExtractTrack& facts, ProgressStyle
 
 void tellUnreadable(const ExtractedTrack& done) {
     if (done.unreadable > 0)
-        fmt::print(stderr, "mkvx: {}: index {}: {} units could not be read\n", done.file, done.track,
-                   done.unreadable);
+        tell(fmt::format("{}: index {}: {} units could not be read", done.file, done.track, done.unreadable));
 }
 
 ExtractedTrack extract(const Session& session, const TrackInfo& track, const std::string& output,

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "check/Results.h"
 
 namespace mkvx {
@@ -39,7 +40,7 @@ JudgedFiles readJudged(const std::vector<std::string>& resultFiles) {
         });
         struct stat info {};
         if (::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && uint64_t(info.st_size) > whole)
-            std::fprintf(stderr, "mkvx: %s: its last line has no end, and is passed over\n", path.c_str());
+            tell(fmt::format("{}: its last line has no end, and is passed over", path));
     }
     return judged;
 }

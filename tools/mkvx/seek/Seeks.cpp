@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "seek/Landing.h"
 
 namespace mkvx {
@@ -37,8 +38,8 @@ uint64_t seekTracks(const Session& session, const TrackInfo* only, const std::ve
             const bool isSubtitle = track.kind == TrackKind::kSubtitle;
             if (wasInterrupted() || (only != nullptr ? only != &track : isSubtitle)) continue;
             if (isSubtitle)
-                fmt::print(stderr, "mkvx: {}: index {}: subtitles follow the seeks of the master track\n",
-                           session.info().path, track.index);
+                tell(fmt::format("{}: index {}: subtitles follow the seeks of the master track",
+                                 session.info().path, track.index));
             written += seekTrack(session, track, timesUs, out);
         }
     });

@@ -4,6 +4,7 @@
 
 #include "base/Failure.h"
 #include "base/Progress.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "source/HttpSource.h"
 #include "source/Spool.h"
@@ -94,9 +95,8 @@ class UrlOpener {
 
     void beginSpool(const HttpAnswer& head) {
         if (head.length.value_or(0) > limit()) failTooLarge();
-        fmt::print(stderr,
-                   "mkvx: {}: the server serves no ranges; all of it is read into a temporary file first\n",
-                   printable(mUrl));
+        tell(fmt::format("{}: the server serves no ranges; all of it is read into a temporary file first",
+                         mUrl));
         mSpool = std::make_unique<Spool>(printable(mUrl));
         mProgress = std::make_unique<Progress>(mUrl, ProgressStyle::kLine);
     }

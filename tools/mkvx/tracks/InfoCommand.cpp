@@ -3,6 +3,7 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
@@ -51,8 +52,8 @@ DescribedFile describe(const ExtractorPlugin& plugin, const std::string& path, c
     if (options.readsRates) file.rates = ratesOf(session, file, options.progress);
     throwIfInterrupted(path);
     if (file.info.tracks.empty())
-        fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered (mkvx check says why)\n", path,
-                   session.reader().head().trackCount());
+        tell(fmt::format("{}: none of its {} tracks is offered (mkvx check says why)", path,
+                         session.reader().head().trackCount()));
     return file;
 }
 
@@ -74,7 +75,7 @@ int run(const Globals& globals, const Options& options) {
         } catch (const FileFailure& failure) {
             if (wasInterrupted()) throw;
             std::fflush(stdout);
-            fmt::print(stderr, "mkvx: {}\n", failure.what());
+            tell(failure.what());
             exitCode = kExitFileUnusable;
         }
     }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "device/TrackReader.h"
 #include "device/UnitProgress.h"
 
@@ -34,7 +35,7 @@ class PacketPass {
 
     void note(const TrackInfo& track, const std::string& text) {
         mProgress.hide();
-        fmt::print(stderr, "mkvx: {}: index {}: {}\n", mSession.info().path, track.index, text);
+        tell(fmt::format("{}: index {}: {}", mSession.info().path, track.index, text));
     }
 
     void noteUnreadable(const TrackInfo& track, TrackReader& reader) {

@@ -3,6 +3,7 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
@@ -29,8 +30,8 @@ int run(const Globals& globals, const Options& options) {
     const Session session(loadPlugin(globals.plugin), options.file, globals.source);
     const TrackInfo* only = chosenTrack(session.info(), options.track);
     if (session.info().tracks.empty())
-        fmt::print(stderr, "mkvx: {}: none of its {} tracks is offered (mkvx check says why)\n", options.file,
-                   session.reader().head().trackCount());
+        tell(fmt::format("{}: none of its {} tracks is offered (mkvx check says why)", options.file,
+                         session.reader().head().trackCount()));
     const auto listing = newUnitListing(options.format, options.file, stdout);
     const uint64_t listed = listPackets(session, only, options.packets, *listing);
     listing->finish();

@@ -3,6 +3,7 @@
 
 #include "base/Failure.h"
 #include "base/Interrupt.h"
+#include "base/Terminal.h"
 #include "base/Text.h"
 #include "cli/Command.h"
 #include "cli/SharedOptions.h"
@@ -23,7 +24,7 @@ int run(const Globals& globals, const Options& options) {
     for (const SniffResult& result : sniffed.results) listing->write(result);
     listing->finish();
     std::fflush(stdout);
-    for (const std::string& complaint : sniffed.complaints) fmt::print(stderr, "mkvx: {}\n", complaint);
+    for (const std::string& complaint : sniffed.complaints) tell(complaint);
     throwIfInterrupted(options.files.front(), fmt::format("{} of {}", sniffed.results.size(),
                                                           counted(options.files.size(), "file")));
     return sniffed.complaints.empty() ? kExitDone : kExitFileUnusable;

@@ -27,7 +27,7 @@ def sentence(run):
 @pytest.mark.parametrize('args', [
     ['frobnicate', 'x.mkv'], ['info'], ['info', '--format', 'yaml', 'x.mkv'], ['info', '--format', 'table', '--json', 'x.mkv'], ['packets', '--limit', '0', 'x.mkv'], ['packets', '--limit', '-1', 'x.mkv'], ['tree', '--at', '-1', 'x.mkv'],
     *[['packets', f'--track={choice}', 'x.mkv'] for choice in ['one', '-1', '#', '#x', '1 ', '99999999999999999999']],
-    ['info', '--log', 'loud', 'x.mkv'], ['info', '--no-such-option', 'x.mkv'],
+    ['info', '--log', 'loud', 'x.mkv'], *[['info', f'--short-reads={n}', 'x.mkv'] for n in ('0', '-1', '99999999999999999999')], ['info', '--no-such-option', 'x.mkv'],
     *[['seek', 'x.mkv', '--to', time] for time in ('', 'soon', '1:60', '00:60:00', '00:00:60', '1:2:3.1234567', '5 s', '0.5us', '90', '99999', '1.5', '99999999999999999999')],
     ['bench', 'mux', 'x.mkv'], ['bench', 'open', '--source', 'tape', 'x.mkv'],
 ], ids=' '.join)

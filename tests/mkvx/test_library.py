@@ -244,7 +244,8 @@ def test_page_of_a_summary(mkvx, write, tmp_path):
     assert page.count('&lt;/td&gt;&lt;img src=&quot;x&quot; onerror=') == 3 and page.count('&amp;amp;') == 3
 
 
-@pytest.mark.parametrize('content', [b'{"mkvx":1}\nmore\n', b'notes without an end'])
+@pytest.mark.parametrize('content', [b'{"mkvx":1}\nmore\n', b'notes without an end',
+                                     judged('g', 'plays').replace('"plays"', '"fine"').encode()])
 @pytest.mark.parametrize('command', [['summary', 'bad'], ['diff', 'bad', 'bad'], ['diff', 'none', 'none'], ['check', '--resume', 'bad', 'films']])
 def test_results_that_are_none(at, films, command, content):
     """Also: nothing of such a file is overwritten."""

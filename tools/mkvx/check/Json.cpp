@@ -10,6 +10,15 @@
 namespace mkvx {
 namespace {
 
+constexpr Weight kWeights[] = {Weight::kNote, Weight::kLoss, Weight::kMute, Weight::kFatal};
+
+template <typename Value, size_t N>
+Value named(const Value (&values)[N], const std::string& name) {
+    for (const Value value : values)
+        if (name == toString(value)) return value;
+    throw std::runtime_error("unknown name: " + name);
+}
+
 std::vector<uint8_t> fromHex(const std::string& hex) {
     std::vector<uint8_t> bytes;
     for (size_t i = 0; i + 1 < hex.size(); i += 2)
@@ -63,8 +72,7 @@ Json findingJson(const Finding& finding) {
 Finding readFinding(const Json& json) {
     Finding finding;
     finding.code = json.at("code");
-    for (const Weight weight : {Weight::kNote, Weight::kLoss, Weight::kMute, Weight::kFatal})
-        if (json.at("weight") == toString(weight)) finding.weight = weight;
+    finding.weight = named(kWeights, json.at("weight"));
     finding.sentence = json.at("sentence");
     if (json.contains("evidence")) finding.evidence = readEvidence(json["evidence"]);
     if (json.contains("remedy")) finding.remedy = readRemedy(json["remedy"]);
@@ -179,8 +187,7 @@ Json fileJson(const CheckedFile& checked) {
 CheckedFile readFile(const Json& json) {
     CheckedFile checked;
     checked.path = pathIn(json, "file");
-    for (const Verdict verdict : kVerdicts)
-        if (json.at("verdict") == toString(verdict)) checked.verdict = verdict;
+    checked.verdict = named(kVerdicts, json.at("verdict"));
     checked.reason = json.at("reason");
     checked.size = json.at("size");
     if (json.contains("mtime_us")) checked.mtimeUs = json["mtime_us"].get<int64_t>();

@@ -24,6 +24,7 @@ std::string parseFailAt(const std::string& text, FaultOptions& faults) {
 void addFaults(Arguments& all, FaultOptions& faults) {
     all.flag("--short-reads{100}", faults.shortEvery,
              "Each N-th read of more than one byte gives half; 100 unless said as --short-reads=N")
+        .within<uint64_t>(1, INT64_MAX)
         .under(kHeading);
     all.text(
            "--fail-at", [&faults](const std::string& text) { return parseFailAt(text, faults); },

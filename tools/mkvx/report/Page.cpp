@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Base64.h"
 #include "report/Assets.h"
 #include "report/Html.h"
 
@@ -18,9 +19,7 @@ std::string policyHash(std::string_view text) {
     unsigned size = 0;
     if (EVP_Digest(text.data(), text.size(), digest, &size, EVP_sha256(), nullptr) != 1)
         throw std::runtime_error("the crypto library offers no SHA-256");
-    unsigned char base64[2 * EVP_MAX_MD_SIZE];
-    const int length = EVP_EncodeBlock(base64, digest, int(size));
-    return fmt::format("'sha256-{}'", std::string_view(reinterpret_cast<char*>(base64), size_t(length)));
+    return fmt::format("'sha256-{}'", toBase64(std::string(digest, digest + size)));
 }
 
 std::string policy() {

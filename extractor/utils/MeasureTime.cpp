@@ -43,12 +43,8 @@ void MeasureTime::resetStartTime() {
 }
 
 unsigned int MeasureTime::measure(timeval* now) {
-    long long seconds = static_cast<long long>(now->tv_sec) - mStart.tv_sec;
-    long long micros = static_cast<long long>(now->tv_usec) - mStart.tv_usec;
-    if (micros < 0) {
-        seconds -= 1;
-        micros += 1000000;
-    }
+    const long long seconds = static_cast<long long>(now->tv_sec) - mStart.tv_sec;
+    const long long micros = static_cast<long long>(now->tv_usec) - mStart.tv_usec;
     const double ms = 1000.0 * static_cast<double>(seconds) + static_cast<double>(micros) / 1000.0;
     if (!(ms > 0.0)) return 0;
     return ms >= 4294967295.0 ? 4294967295u : static_cast<unsigned int>(ms);

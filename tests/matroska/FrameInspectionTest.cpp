@@ -106,6 +106,12 @@ TEST(Thumbnail, TheSearchEndsAfterSixKeyFramesInARow) {
     EXPECT_EQ(0, Find(KeyFrames(12, 6)));
     EXPECT_EQ(20000, Find(KeyFrames(12, 2), 1, 3));  // a step over another track's block is one as well
     EXPECT_EQ(0, Find(KeyFrames(12, 3), 1, 3));
+    for (const int16_t steps : {19, 20}) {  // behind the only key frame so far
+        std::vector<Frame> frames(steps, Frame{0, false, 30});
+        frames[0].key = true;
+        frames.push_back({steps, true, 90});
+        EXPECT_EQ(steps == 19 ? 19000 : 0, Find(frames));
+    }
 }
 
 }  // namespace

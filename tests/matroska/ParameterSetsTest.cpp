@@ -95,9 +95,9 @@ std::vector<SetRow> WholeSets() {
         {"picture order by cycle", Sps(66, "0 0 1 b0 3 4 2 7 8 1 b0 10 8 b11001")},
         {"scaling lists, 4:2:0", Sps(100, "0 1 0 0 b011 b" + flat + " b000001 b" + flat + flat + flat + flat +
                                               " b0" + kCommon + "b001")},
-        // -4 twice makes the next scale 0: the rest of the list is not there.
-        {"scaling list that ends early, 4:4:4",
-         Sps(244, "0 3 b0 0 0 b011 8 8 b00000000000" + kCommon + "b001")},
+        // -4 twice makes the next scale 0, as 248 does at once: the rest of the list is not there.
+        {"scaling lists that end early, 4:4:4",
+         Sps(244, "0 3 b0 0 0 b011 8 8 b1 495 b0000000000" + kCommon + "b001")},
     };
 }
 

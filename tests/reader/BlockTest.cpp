@@ -78,6 +78,7 @@ void ExpectEveryPath(Lacing lacing, const std::vector<Bytes>& frames) {
     for (const Bytes& frame : frames) prefixed += "cafe" + ToHex(frame);
     OneBlock stripped(EncodedTrack({Encoding(0, 0, 3, Hex("CAFE"))}), block);
     EXPECT_EQ(prefixed, stripped.Deliver());
+    EXPECT_EQ("refused", stripped.DeliverInto(static_cast<uint32_t>(prefixed.size() / 2 - 1)));
 
     OneBlock vorbis(Track(1, kAudioType, "A_VORBIS"), block);
     for (const Bytes& frame : frames) {
@@ -194,6 +195,30 @@ TEST(Lacing, SizesThatDoNotFitAreRefusedWhereTheyAreNeeded) {
     }
 }
 
+// A head has 16 bits for the length of the sizes and 8 for that of what no frame has.
+TEST(BlockHead, KnowsWhatItHasRoomFor) {
+    const struct {
+        Lacing lacing;
+        size_t lacingBytes, bytesBehind;
+        bool isKnown;
+    } rows[] = {{Lacing::kXiph, 65535, 0, true},
+                {Lacing::kXiph, 65536, 0, false},
+                {Lacing::kFixed, 1, 255, true},
+                {Lacing::kFixed, 1, 256, false}};
+    for (const auto& row : rows) {
+        Bytes bytes(row.lacingBytes + row.bytesBehind, 0xFF);  // a lace count of 255 is none of fixed size
+        if (row.lacing == Lacing::kXiph) bytes[0] = 1, bytes.back() = 0;
+        reader::BlockHeader header = {};
+        header.flags = static_cast<uint8_t>(row.lacing) << 1;
+        header.dataSize = bytes.size();
+        reader::BlockHead head = reader::BlockHead::OfSimpleBlock(header);
+        head.LookAtLacing({bytes.data(), static_cast<uint32_t>(bytes.size()), 0});
+        EXPECT_EQ(row.isKnown, head.knowsFrames);
+        EXPECT_EQ(row.isKnown ? row.lacingBytes : 0, head.lacingBytes);
+        EXPECT_EQ(row.isKnown ? row.bytesBehind : 0, head.bytesBehind);
+    }
+}
+
 TEST(Block, InAGroupTheLacingEndsWithTheBlockItself) {
     const std::vector<Bytes> frames = Frames({3, 4, 5});
     for (Lacing lacing : {Lacing::kXiph, Lacing::kEbml}) {
@@ -220,6 +245,10 @@ TEST(Block, GroupsKeepTheLastReferenceAndTheirDuration) {
     EXPECT_EQ(3u, one.group->ReferencePriority.Get());
     ASSERT_EQ(1u, one.group->TimeSlices.size());
     EXPECT_EQ(4u, one.group->TimeSlices[0]->LaceNumber.Get());
+    OneBlock sliced(Mpeg2Track(), BlockGroup(1, 0, Hex("01"),
+                                             Elements(reader::limit::kTimeSlices + 1,
+                                                      Master(id::kTimeSlice, {Uint(id::kLaceNumber, 4)}))));
+    EXPECT_EQ(reader::limit::kTimeSlices, sliced.group->TimeSlices.size());
 
     OneBlock key(Mpeg2Track(), BlockGroup(1, 0, Hex("01")));
     EXPECT_TRUE(key.group->IsKeyFrame());
@@ -295,6 +324,8 @@ TEST(RealMedia, AudioFramesGetARecordHeader) {
         EXPECT_EQ(ToHex(frame), ToHex(&out[at + 16], frame.size()));
         at += 16 + frame.size();
     }
+    EXPECT_EQ("refused", one.DeliverInto(36));
+    EXPECT_EQ("refused", one.DeliverInto(34));
 }
 
 // Deliberate: room for a header is asked for, none is written.
@@ -303,6 +334,7 @@ TEST(RealMedia, VideoFramesGetNone) {
                  SimpleBlock(1, 0, 0, Lacing::kXiph, {Hex("AABBCC"), Hex("DD")}));
     EXPECT_EQ(2 * 27u + 4, one.Block().GetSize(one.node.get(), one.entry));
     EXPECT_EQ("aabbccdd", one.Deliver());
+    EXPECT_EQ("refused", one.DeliverInto(3));
 }
 
 // --- Clusters ---

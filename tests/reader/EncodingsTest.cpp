@@ -76,6 +76,17 @@ TEST(Encodings, EveryLacedFrameIsInflatedByItself) {
     EXPECT_EQ(ToHex(Concat({first, Hex("BAD0"), second})), one.Deliver());
 }
 
+TEST(Encodings, ABlockGrowsToItsLimitAndNoFurther) {
+    constexpr uint32_t kMost = reader::limit::kRestoredBlockBytes, kFrames = 256;
+    std::vector<Bytes> frames(kFrames, Bytes(1));
+    for (const uint32_t expected : {kMost, 0u}) {
+        OneBlock one(EncodedTrack({Encoding(0, 0, 3, Bytes(kMost / kFrames - 1))}),
+                     SimpleBlock(1, 0, 0, Lacing::kXiph, frames));
+        EXPECT_EQ(expected, one.Block().GetSize(one.node.get(), one.entry));
+        frames.back().push_back(0);
+    }
+}
+
 TEST(Encodings, CompareAscendingByTheLow32Bits) {
     auto encoding = [](uint64_t order) {
         reader::AutoPtr<reader::ContentEncoding> made = new reader::ContentEncoding;

@@ -236,14 +236,14 @@ void MatroskaExtIterator::StripFront(MediaBuffer* buffer, size_t length) const {
 }
 
 void MatroskaExtIterator::MoveIndexCursor(long long timeUs) {
-    const Array<IndexItem>& index = mFile->Index();
+    const SyncIndex& index = mFile->Index();
     if (mIndexCursor < index.size() && index[mIndexCursor].Time < timeUs) ++mIndexCursor;
 }
 
 // Seeks, and sets the index cursor on the first entry behind the target.
 void MatroskaExtIterator::ServeSeek(long long timeUs) {
     seekToTime(timeUs);
-    const Array<IndexItem>& index = mFile->Index();
+    const SyncIndex& index = mFile->Index();
     mIndexCursor = static_cast<uint32_t>(
         CountUpTo<int64_t>(timeUs, index.size(), [&](size_t i) { return index[i].Time; }));
 }
@@ -251,7 +251,7 @@ void MatroskaExtIterator::ServeSeek(long long timeUs) {
 // Moves the index cursor along, and when the consumer is late jumps to the sync point there. At most one jump
 // a read.
 void MatroskaExtIterator::SkipWhenLate(long long lateByUs) {
-    const Array<IndexItem>& index = mFile->Index();
+    const SyncIndex& index = mFile->Index();
     while (mIndexCursor < index.size()) {  // bounded: a second round has no lateness
         const long long timeUs = BlockTimeUs(*mPendingBlocks.front());
         MoveIndexCursor(timeUs);

@@ -258,9 +258,9 @@ TEST(Document, ACuePositionNamesItsReferences) {
                                 Master(id::kCues, {Master(id::kCuePoint, {Uint(id::kCueTime, 3), referring(5),
                                                                           referring(6)})})})}));
     const reader::Cue& cue = *open.Model().Cues[0];
-    const reader::CueTrackPosition& second = cue.PositionsOf(cue.Points[0])[1];
-    EXPECT_EQ(1u, second.ReferenceCount);
-    EXPECT_EQ(6u, cue.References[second.FirstReference].CueRefTime);
+    ASSERT_EQ(2u, cue.References.size());
+    EXPECT_EQ(1u, cue.References[1].Position);
+    EXPECT_EQ(6u, cue.References[1].CueRefTime);
 }
 
 TEST(Document, CuesKeepEveryNumberAndNoEmptyPoint) {
@@ -281,13 +281,14 @@ TEST(Document, CuesKeepEveryNumberAndNoEmptyPoint) {
     const reader::Cue& cue = *open.Model().Cues[0];
     ASSERT_EQ(1u, cue.Points.size());
     ASSERT_EQ(1u, cue.Positions.size());
+    ASSERT_EQ(1u, cue.Blocks.size());
     ASSERT_EQ(1u, cue.References.size());
     const reader::CueTrackPosition& position = *cue.PositionsOf(cue.Points[0]);
     const reader::CueReference& kept = cue.References[0];
     const std::vector<uint64_t> numbers = {
-        cue.Points[0].CueTime,   position.CueTrack,      position.CueClusterPosition,
-        position.CueBlockNumber, position.CueCodecState, kept.CueRefTime,
-        kept.CueRefCluster,      kept.CueRefNumber,      kept.CueRefCodecState};
+        cue.Points[0].CueTime,        position.CueTrack,           position.CueClusterPosition,
+        cue.Blocks[0].CueBlockNumber, cue.Blocks[0].CueCodecState, kept.CueRefTime,
+        kept.CueRefCluster,           kept.CueRefNumber,           kept.CueRefCodecState};
     EXPECT_EQ((std::vector<uint64_t>{3, 8, 9, 7, 5, 1, 2, 4, 6}), numbers);
 }
 

@@ -28,7 +28,8 @@ Document WithCues(std::vector<Elements> cues, uint64_t timecodeScale = 1000000) 
 Index IndexOf(OpenFile& open) {
     open.file.BuildIndexForSync();
     Index index;
-    for (const reader::IndexItem& item : open.file.Index()) index.push_back({item.Time, item.Position});
+    for (size_t i = 0; i < open.file.Index().size(); ++i)
+        index.push_back({open.file.Index()[i].Time, open.file.Index()[i].Position});
     return index;
 }
 
@@ -60,7 +61,12 @@ TEST(SeekIndex, FromCues) {
          {{0, 21}, {1000, 11}, {1000, 10}, {1000, 20}}},
         {"only the first position of a point counts", {{twoPositions}}, 1000000, {{5000, 51}}},
         {"truncating division", {{Point(1, 1, 10), Point(3, 1, 20)}}, 1999, {{1, 10}, {5, 20}}},
-        {"the product wraps", {{Point((1ull << 62) + 5, 1, 10)}}, 4000, {{20, 10}}},
+        {"the product wraps", {{Point(5, 1, 10), Point((1ull << 62) + 1, 1, 20)}}, 4000, {{4, 20}, {20, 10}}},
+        {"in one microsecond", {{Point(2, 1, 10), Point(3, 1, 20)}}, 500, {{1, 20}, {1, 10}}},
+        {"one names no place",
+         {{Point(1, 1, 10), Master(id::kCuePoint, {Uint(id::kCueTime, 2)}), Point(3, 1, 30)}},
+         1000000,
+         {{1000, 10}, {3000, 30}}},
         {"scale 0", {{Point(7, 1, 10)}}, 0, {{0, 10}}},
     };
     for (const auto& row : rows) {

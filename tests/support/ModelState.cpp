@@ -39,15 +39,15 @@ void Add(std::ostream& out, const reader::Cue& cue) {
         out << "\n" << point.CueTime << ":" << point.FirstPosition << "+" << point.PositionCount;
     }
     for (const reader::CueTrackPosition& position : cue.Positions) {
-        out << "\n"
-            << position.CueTrack << " " << position.CueClusterPosition << " " << position.CueBlockNumber
-            << " " << position.CueCodecState << ":" << position.FirstReference << "+"
-            << position.ReferenceCount;
+        out << "\n" << position.CueTrack << " " << position.CueClusterPosition;
+    }
+    for (const reader::CueBlock& block : cue.Blocks) {
+        out << "\n" << block.Position << ": " << block.CueBlockNumber << " " << block.CueCodecState;
     }
     for (const reader::CueReference& reference : cue.References) {
         out << "\n"
-            << reference.CueRefTime << " " << reference.CueRefCluster << " " << reference.CueRefNumber << " "
-            << reference.CueRefCodecState;
+            << reference.Position << ": " << reference.CueRefTime << " " << reference.CueRefCluster << " "
+            << reference.CueRefNumber << " " << reference.CueRefCodecState;
     }
 }
 
@@ -86,7 +86,8 @@ std::string ModelState(const reader::CMatroskaFile& file) {
     for (const reader::Loss& loss : file.Losses.List())
         out << "\n" << reader::TextOf(loss.kind).identifier << " at " << loss.position << "+" << loss.size;
     Add(out, file.Segment);
-    for (const reader::IndexItem& item : file.Index()) out << "\nindex " << item.Time << " " << item.Position;
+    for (size_t i = 0; i < file.Index().size(); ++i)
+        out << "\nindex " << file.Index()[i].Time << " " << file.Index()[i].Position;
     return out.str();
 }
 

@@ -21,6 +21,8 @@ class Array {
 
     bool empty() const { return mSize == 0; }
     size_t size() const { return mSize; }
+    // How many items there is memory for.
+    size_t room() const { return mRoom; }
     const T* data() const { return Items(); }
     const T& operator[](size_t i) const { return Items()[i]; }
     T& operator[](size_t i) { return Items()[i]; }

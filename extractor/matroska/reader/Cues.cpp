@@ -8,7 +8,9 @@ namespace MatroskaExtReader {
 
 namespace {
 
-constexpr uint64_t kMostGrowth = 16;  // of a list, by what the Cues seem to hold
+// By what the Cues seem to hold a list grows by as many bytes, or to as many times its size.
+constexpr uint64_t kTrustedBytes = 4u << 20;
+constexpr uint64_t kMostGrowth = 16;
 
 // Reads the child into the number that is meant for it. One that cannot be read is 0.
 void ReadNumber(CMatroskaNode* child, uint64_t* number) {
@@ -16,6 +18,12 @@ void ReadNumber(CMatroskaNode* child, uint64_t* number) {
     CUInt value;
     (void)value.Parse(child);
     *number = value.Get();
+}
+
+uint64_t* NumberOf(CueBlock* block, uint32_t id) {
+    return id == id::kCueBlockNumber  ? &block->CueBlockNumber
+           : id == id::kCueCodecState ? &block->CueCodecState
+                                      : nullptr;
 }
 
 uint64_t* NumberOf(CueReference* reference, uint32_t id) {
@@ -26,19 +34,24 @@ uint64_t* NumberOf(CueReference* reference, uint32_t id) {
                                          : nullptr;
 }
 
-// Appends what was read from the element at `node`.
+// Appends what is read from the element at `node`.
 template <typename T>
-void Keep(Array<T>* list, const T& item, CMatroskaNode* node) {
-    if (list->Append(item)) return;
+bool Keep(Array<T>* list, const T& item, CMatroskaNode* node) {
+    if (list->Append(item)) return true;
     node->File()->Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), node->Size());
+    return false;
 }
 
-// Room for what is left of the Cues, if it holds as many items as the bytes that were passed: an array that
-// grows by itself is copied more often. Without memory for it, it does that.
+// Room for what is left of the Cues if its items are as long as those of the bytes that were passed: an array
+// that grows by itself is copied more often. Without memory for it, it does that.
 template <typename T>
 void ReserveAhead(Array<T>* list, size_t items, uint64_t passed, uint64_t left) {
-    const uint64_t most = kMostGrowth * list->size();
-    (void)list->Reserve(static_cast<size_t>(std::min(most, list->size() + (left / passed + 1) * items)));
+    if (items == 0) return;
+    const uint64_t held = list->size(), ahead = left / (passed / items);
+    const uint64_t next = std::min<uint64_t>(ahead, 3 * items);  // pieces may double
+    if (held + next <= list->room()) return;
+    const uint64_t most = std::max<uint64_t>(kMostGrowth * held, held + kTrustedBytes / sizeof(T));
+    (void)list->Reserve(static_cast<size_t>(std::min(most, held + ahead)));
 }
 
 }  // namespace
@@ -52,9 +65,45 @@ Result Cue::Parse(CMatroskaNode* node) {
 }
 
 void Cue::ParsePoint(CMatroskaNode* node) {
+    if (!node->File()->Admit(Kept::kCuePoint, node)) return;
     CuePoint point;
-    if (Failed(point.Parse(node, this)) || AddPoint(point)) return;
-    node->File()->Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), node->Size());
+    point.FirstPosition = static_cast<uint32_t>(Positions.size());
+    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
+        ReadNumber(child, NumberOf(&point, child->Id()));
+        if (child->Id() == id::kCueTrackPositions) ParsePosition(child);
+        return true;
+    });
+    if (Failed(result)) return;
+    point.PositionCount = static_cast<uint32_t>(Positions.size()) - point.FirstPosition;
+    if (!AddPoint(point))
+        node->File()->Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), node->Size());
+}
+
+// The position takes its place first, which what belongs to it names.
+void Cue::ParsePosition(CMatroskaNode* node) {
+    if (!node->File()->Admit(Kept::kCuePosition, node)) return;
+    if (!Keep(&Positions, CueTrackPosition(), node)) return;
+    CueBlock block;
+    block.Position = static_cast<uint32_t>(Positions.size() - 1);
+    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
+        ReadNumber(child, NumberOf(&Positions.back(), child->Id()));
+        ReadNumber(child, NumberOf(&block, child->Id()));
+        if (child->Id() == id::kCueReference) ParseReference(child);
+        return true;
+    });
+    if (Failed(result)) Positions.PopBack();
+    if (block.CueBlockNumber != 0 || block.CueCodecState != 0) (void)Keep(&Blocks, block, node);
+}
+
+void Cue::ParseReference(CMatroskaNode* node) {
+    if (!node->File()->Admit(Kept::kCueReference, node)) return;
+    CueReference reference;
+    reference.Position = static_cast<uint32_t>(Positions.size() - 1);
+    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
+        ReadNumber(child, NumberOf(&reference, child->Id()));
+        return true;
+    });
+    if (!Failed(result)) (void)Keep(&References, reference, node);
 }
 
 // Takes the plain points behind `child` from what is held of the Cues, which end at `end`, and moves it on to
@@ -73,49 +122,9 @@ void Cue::PassPlainPoints(CMatroskaNode* child, uint64_t end) {
     file->Admit(Kept::kCuePosition, Positions.size() - positions);
     child->StandOn(last.header, start + (last.start - bytes), start + (last.data - bytes));
     file->PassHeld(ahead);
-    if (taken >= Points.size() / 2) {
-        const uint64_t passed = ahead.next - bytes, left = end - child->End();
-        ReserveAhead(&Points, taken, passed, left);
-        ReserveAhead(&Positions, Positions.size() - positions, passed, left);
-    }
-}
-
-Result CuePoint::Parse(CMatroskaNode* node, Cue* lists) {
-    if (!node->File()->Admit(Kept::kCuePoint, node)) return kFailure;
-    FirstPosition = static_cast<uint32_t>(lists->Positions.size());
-    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        ReadNumber(child, NumberOf(this, child->Id()));
-        CueTrackPosition position;
-        if (child->Id() == id::kCueTrackPositions && !Failed(position.Parse(child, lists))) {
-            Keep(&lists->Positions, position, child);
-        }
-        return true;
-    });
-    PositionCount = static_cast<uint32_t>(lists->Positions.size()) - FirstPosition;
-    return result;
-}
-
-Result CueTrackPosition::Parse(CMatroskaNode* node, Cue* lists) {
-    if (!node->File()->Admit(Kept::kCuePosition, node)) return kFailure;
-    FirstReference = static_cast<uint32_t>(lists->References.size());
-    const Result result = VisitChildren(node, [&](CMatroskaNode* child) {
-        ReadNumber(child, NumberOf(this, child->Id()));
-        CueReference reference;
-        if (child->Id() == id::kCueReference && !Failed(reference.Parse(child))) {
-            Keep(&lists->References, reference, child);
-        }
-        return true;
-    });
-    ReferenceCount = static_cast<uint32_t>(lists->References.size()) - FirstReference;
-    return result;
-}
-
-Result CueReference::Parse(CMatroskaNode* node) {
-    if (!node->File()->Admit(Kept::kCueReference, node)) return kFailure;
-    return VisitChildren(node, [&](CMatroskaNode* child) {
-        ReadNumber(child, NumberOf(this, child->Id()));
-        return true;
-    });
+    const uint64_t passed = ahead.next - bytes, left = std::min(end, file->Length()) - child->End();
+    ReserveAhead(&Points, taken, passed, left);
+    ReserveAhead(&Positions, Positions.size() - positions, passed, left);
 }
 
 bool Cue::AddPoint(uint64_t time, uint64_t track, uint64_t clusterPosition) {

@@ -243,34 +243,31 @@ class Track : public android::RefBase {
 // ---- Cues
 // --------------------------------------------------------------------------------------------------------
 
-// A Cues element may hold hundreds of thousands of points, so they are kept flat: a point names a range of
-// positions, a position a range of references, all in file order. What their Parse reads below them goes into
-// the lists of `lists`.
-class Cue;
+// A Cues element may hold hundreds of thousands of points, so they are kept flat and small, all in file
+// order: a point names a range of positions. What hardly any file has stands aside, with the place in
+// `Positions` of the one that it belongs to.
 
 struct CueReference {
-    Result Parse(CMatroskaNode* node);
-
     uint64_t CueRefTime = 0;
     uint64_t CueRefCluster = 0;
     uint64_t CueRefNumber = 0;
     uint64_t CueRefCodecState = 0;
+    uint32_t Position = 0;
+};
+
+// Kept where one of the two is not 0.
+struct CueBlock {
+    uint64_t CueBlockNumber = 0;
+    uint64_t CueCodecState = 0;
+    uint32_t Position = 0;
 };
 
 struct CueTrackPosition {
-    Result Parse(CMatroskaNode* node, Cue* lists);
-
     uint64_t CueTrack = 0;
     uint64_t CueClusterPosition = 0;  // bytes from the Segment's data start
-    uint64_t CueBlockNumber = 0;
-    uint64_t CueCodecState = 0;
-    uint32_t FirstReference = 0;
-    uint32_t ReferenceCount = 0;
 };
 
 struct CuePoint {
-    Result Parse(CMatroskaNode* node, Cue* lists);
-
     uint64_t CueTime = 0;  // timecode units
     uint32_t FirstPosition = 0;
     uint32_t PositionCount = 0;
@@ -282,9 +279,11 @@ class Cue : public android::RefBase {
 
     // Appends a point, whose positions are appended already. False where memory is refused.
     bool AddPoint(const CuePoint& point) {
-        const bool isLater = Points.empty() || Points.back().CueTime <= point.CueTime;
+        const bool isFirst = Points.empty();
+        const uint64_t last = isFirst ? 0 : Points.back().CueTime;
         if (!Points.Append(point)) return false;
-        mIsOrdered = mIsOrdered && isLater;
+        mIsOrdered = mIsOrdered && last <= point.CueTime;
+        mIsIndex = mIsIndex && (isFirst || last < point.CueTime) && point.PositionCount != 0;
         return true;
     }
     // The same with one position, as the scan of a file without Cues makes them.
@@ -295,17 +294,23 @@ class Cue : public android::RefBase {
 
     Array<CuePoint> Points;
     Array<CueTrackPosition> Positions;
+    Array<CueBlock> Blocks;
     Array<CueReference> References;
     bool IsSynthesised = false;  // made by a scan of the Clusters
 
     // The points' times, in timecode units, never descend.
     bool IsOrdered() const { return mIsOrdered; }
+    // They ascend, and each point names a place: an index as it stands.
+    bool IsIndex() const { return mIsIndex; }
 
   private:
     void ParsePoint(CMatroskaNode* node);
+    void ParsePosition(CMatroskaNode* node);
+    void ParseReference(CMatroskaNode* node);
     void PassPlainPoints(CMatroskaNode* child, uint64_t end);
 
     bool mIsOrdered = true;
+    bool mIsIndex = true;
 };
 
 // ---- Chapters

@@ -26,15 +26,10 @@
 #include "matroska/reader/MatroskaElements.h"
 #include "matroska/reader/Node.h"
 #include "matroska/reader/Pieces.h"
+#include "matroska/reader/SeekIndex.h"
 #include "matroska/reader/SubtitleQueue.h"
 
 namespace MatroskaExtReader {
-
-// One entry of the sync index.
-struct IndexItem {
-    int64_t Time;       // microseconds
-    uint64_t Position;  // of a Cluster, in bytes from the Segment's data start
-};
 
 // Whether a document with this EBML header is read, and if not, what speaks against it.
 enum class HeaderVerdict { kReadable, kOtherDocType, kTooNew };
@@ -178,9 +173,9 @@ class CMatroskaFile {
     // ---- sync index ----
     // Makes a Cue from a visit of every Cluster, for a file without Cues.
     void RebuildIndex();
-    // Fills and sorts the index from all Cues.
+    // Makes the index of all Cues.
     android::status_t BuildIndexForSync();
-    const Array<IndexItem>& Index() const { return mIndex; }
+    const SyncIndex& Index() const { return mIndex; }
     // How many of the Cue's first points a look-up for `timeUs` has to go through, backwards: in an ordered
     // list without wrapping times those at or before it, else all of them.
     size_t CountCuePointsUpTo(const Cue& cue, uint64_t timeUs) const;
@@ -305,7 +300,7 @@ class CMatroskaFile {
     android::sp<CMatroskaNode> mSegmentNode, mFirstCluster;
     bool mKnowsFirstCluster = false;
     uint32_t mMasterTrack;
-    Array<IndexItem> mIndex;             // ascending by Time
+    SyncIndex mIndex;
     Array<TrackEntry*> mTracksByNumber;  // ascending; owned by the Segment
     uint32_t mKept[sizeof(limit::kMostKept) / sizeof(limit::kMostKept[0])] = {};  // by Kept
     uint64_t mKeptBytes;

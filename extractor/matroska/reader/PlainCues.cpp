@@ -49,11 +49,15 @@ inline bool TakePayload(CountedBytes& ahead, uint64_t size, uint64_t* number) {
     return true;
 }
 
+inline bool StandsAside(uint32_t id) {
+    return id == id::kCueBlockNumber || id == id::kCueCodecState || id == id::kCueReference;
+}
+
 inline bool TakePosition(CountedBytes& ahead, uint64_t size, CueTrackPosition* position) {
     const uint8_t* const end = ahead.next + size;
     ElementHeader child;
     do {  // bounded: every child has a header
-        if (!TakeChild(ahead, end, &child) || child.id == id::kCueReference) return false;
+        if (!TakeChild(ahead, end, &child) || StandsAside(child.id)) return false;
         if (!TakePayload(ahead, child.size, NumberOf(position, child.id))) return false;
     } while (ahead.next != end);
     return true;
@@ -67,7 +71,6 @@ inline bool TakePoint(CountedBytes& ahead, uint64_t size, Cue* cue, CuePoint* po
         if (!TakeChild(ahead, end, &child)) return false;
         if (child.id == id::kCueTrackPositions) {
             CueTrackPosition position;
-            position.FirstReference = static_cast<uint32_t>(cue->References.size());
             if (!TakePosition(ahead, child.size, &position) || !cue->Positions.Append(position)) return false;
         } else if (!TakePayload(ahead, child.size, NumberOf(point, child.id))) {
             return false;

@@ -1,9 +1,9 @@
 // Cue points straight from bytes in memory: what opening a long file spends its time on.
 //
 // Plain is a CuePoint that lies in the bytes with all that it holds, whose elements lie within one another,
-// whose numbers have up to eight bytes, and that has no CueReference. Any other is left to the walk over its
-// nodes (Cue::Parse), which makes the same of a plain one. What the walk would have asked of the source is
-// counted, so that a limit of opening ends both at the same element.
+// whose numbers have up to eight bytes, and that has none of what stands aside (MatroskaElements.h). Any
+// other is left to the walk over its nodes (Cue::Parse), which makes the same of a plain one. What the walk
+// would have asked of the source is counted, so that a limit of opening ends both at the same element.
 #pragma once
 
 #include <stddef.h>
@@ -35,8 +35,6 @@ inline uint64_t* NumberOf(CuePoint* point, uint32_t id) {
 inline uint64_t* NumberOf(CueTrackPosition* position, uint32_t id) {
     return id == id::kCueTrack             ? &position->CueTrack
            : id == id::kCueClusterPosition ? &position->CueClusterPosition
-           : id == id::kCueBlockNumber     ? &position->CueBlockNumber
-           : id == id::kCueCodecState      ? &position->CueCodecState
                                            : nullptr;
 }
 

@@ -64,29 +64,42 @@ void CMatroskaFile::RebuildIndex() {
 }
 
 android::status_t CMatroskaFile::BuildIndexForSync() {
-    mIndex.clear();
-    size_t points = 0;
-    for (const AutoPtr<Cue>& cue : Segment.Cues) points += cue->Points.size();
-    if (!mIndex.Reserve(points)) {
-        Losses.Add(LossKind::kRefusedAllocation, Segment.DataStart, 0);
-        return android::NO_MEMORY;
-    }
-    for (const AutoPtr<Cue>& cue : Segment.Cues) {
+    if (mIndex.Build(Segment.Cues, TimecodeScale())) return android::OK;
+    Losses.Add(LossKind::kRefusedAllocation, Segment.DataStart, 0);
+    return android::NO_MEMORY;
+}
+
+bool SyncIndex::Build(const CNode<Cue>& cues, uint64_t scale) {
+    mScale = scale;
+    mSorted.clear();
+    const bool isOrdered = IsOrdered(cues);
+    mOrdered = isOrdered ? cues[0] : nullptr;
+    return isOrdered || Sort(cues);
+}
+
+// Times that differ by a microsecond for each unit, and of which none wraps, ascend as those of the file do.
+bool SyncIndex::IsOrdered(const CNode<Cue>& cues) const {
+    if (cues.size() != 1 || !cues[0]->IsIndex() || cues[0]->Points.empty()) return false;
+    return mScale >= 1000 && cues[0]->Points.back().CueTime <= UINT64_MAX / mScale;
+}
+
+bool SyncIndex::Sort(const CNode<Cue>& cues) {
+    size_t most = 0;
+    for (const AutoPtr<Cue>& cue : cues) most += std::min(cue->Points.size(), cue->Positions.size());
+    if (!mSorted.Reserve(most)) return false;
+    for (const AutoPtr<Cue>& cue : cues) {
         for (size_t i = cue->Points.size(); i-- > 0;) {
             const CuePoint& point = cue->Points[i];
-            if (point.PositionCount == 0) continue;  // names no place
-            const uint64_t time = ToMicroseconds(point.CueTime);
-            const uint64_t position = cue->PositionsOf(point)[0].CueClusterPosition;
-            (void)mIndex.Append(IndexItem{static_cast<int64_t>(time), position});
+            if (point.PositionCount != 0) (void)mSorted.Append(ItemOf(*cue, point));
         }
     }
     // Cues in their usual order arrive here backwards.
-    if (IsDescending(mIndex)) {
-        std::reverse(mIndex.begin(), mIndex.end());
+    if (IsDescending(mSorted)) {
+        std::reverse(mSorted.begin(), mSorted.end());
     } else {
-        std::stable_sort(mIndex.begin(), mIndex.end(), IsEarlier);
+        std::stable_sort(mSorted.begin(), mSorted.end(), IsEarlier);
     }
-    return android::OK;
+    return true;
 }
 
 // What is searched is the order that parsing noted, of the times as they stand in the file; it is also that

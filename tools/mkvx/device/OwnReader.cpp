@@ -153,7 +153,8 @@ IndexReport OwnReader::index() const {
     report.durationUs = mState->head.durationUs();
     report.masterTrack = file.MasterTrack();
     countPoints(file, report);
-    for (const auto& item : file.Index()) report.entries.push_back({item.Time, item.Position});
+    for (size_t i = 0; i < file.Index().size(); ++i)
+        report.entries.push_back({file.Index()[i].Time, file.Index()[i].Position});
     return report;
 }
 

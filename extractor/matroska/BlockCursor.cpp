@@ -12,7 +12,7 @@ bool BlockCursor::MoveToFirst(CMatroskaFile* file, CMatroskaNode* cluster) {
     const bool hasBlock = mRun->Reach(0);
     mMetFailure = mRun->IsDoubtful();  // a run that was found is sound
     if (hasBlock) return true;
-    if (cluster->HasUnknownSize()) cluster->KnowOpenEnd(mRun->WalkEnd());
+    cluster->KnowOpenEnd(mRun->WalkEnd());
     Clear();
     return false;
 }
@@ -39,7 +39,7 @@ bool BlockCursor::MoveToNext(CMatroskaFile* file, CMatroskaNode* cluster) {
             return true;
         }
     }
-    if (cluster->HasUnknownSize()) cluster->KnowOpenEnd(last->WalkEnd());
+    cluster->KnowOpenEnd(last->WalkEnd());
     return false;
 }
 

@@ -1,5 +1,7 @@
 // What iterators of their own find out about a track: its first frames' configuration, and a frame that
 // stands for the file.
+#include <functional>
+
 #include "matroska/MatroskaExtIterator.h"
 #include "matroska/MatroskaFixture.h"
 #include "matroska/reader/MatroskaReader.h"
@@ -29,11 +31,41 @@ TEST(FrameInspection, NumbersOfTheFirstFrame) {
     Iterated({}).iterator.getAC3Info(none[0], none[1], none[2]);
     Iterated({KeyFrame("7FFE8001")}).iterator.getDTSInfo(dts[0], dts[1], dts[2]);
     EXPECT_EQ((Numbers{974, 44100, 224000}), ac3);
+    int flags, sampleRate, bitRate;
+    EXPECT_EQ(974, Iterated({}).iterator.a52_syncinfo(Hex("0B77 0000 56 40 40").data(), &flags, &sampleRate,
+                                                      &bitRate));
     EXPECT_EQ(Numbers(3), none);
     EXPECT_EQ(Numbers(3), dts);
     Iterated mpeg4({KeyFrame("000001B0 01 000001B5 09 000001B6 10")});
     EXPECT_EQ("000001b001000001b509", ToHex(mpeg4.iterator.getMpeg4Headers()));
     EXPECT_EQ("", ToHex(Iterated({}).iterator.getMpeg4Headers()));
+}
+
+TEST(FrameInspection, EachLeavesTheIteratorAtTheStart) {
+    using Iterator = android::MatroskaExtIterator;
+    int a, b, c;
+    unsigned int size;
+    long long position;
+    const std::function<void(Iterator&)> inspections[] = {
+        [&](Iterator& iterator) { iterator.getAC3Info(a, b, c); },
+        [&](Iterator& iterator) { iterator.getDTSInfo(a, b, c); },
+        [&](Iterator& iterator) { delete[] iterator.getM4vExtraInfo(position, size); },
+        [&](Iterator& iterator) { iterator.getMpeg4Headers(); },
+        [&](Iterator& iterator) { iterator.getH264ExtraInfo(); },
+    };
+    const auto read = [](Iterator& iterator) {
+        android::MediaBuffer* buffer = nullptr;
+        EXPECT_EQ(android::OK, iterator.read(&buffer, nullptr));
+        if (buffer != nullptr) buffer->release();
+        return iterator.LastPosition();
+    };
+    for (const auto& inspect : inspections) {
+        Iterated one({KeyFrame("01"), KeyFrame("02")});
+        one.iterator.reset();
+        const uint64_t first = read(one.iterator);
+        inspect(one.iterator);
+        EXPECT_EQ(first, read(one.iterator));
+    }
 }
 
 TEST(FrameInspection, NoMoreIsStrippedThanThereIs) {

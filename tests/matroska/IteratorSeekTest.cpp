@@ -154,6 +154,15 @@ TEST(Seek, AClusterNamedTwiceInARowIsLookedThroughOnce) {
     EXPECT_LT(once, readsOfASeek({Position(1, "b"), Position(1, "c")}));
 }
 
+// The Cluster at the target is given up, and the other point names none: reading begins with the file.
+TEST(Seek, WhereNothingServesItIsTheStart) {
+    const Document file = WithCues({CuePoint(0, 1, "tracks"), CuePoint(5000, 1, "b")},
+                                   {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, {0x01})}),
+                                    Cluster(5000, {SimpleBlock(1, 999, 0, {0x02})}).Label("b")},
+                                   {Mpeg2Track(1).Label("tracks")});
+    EXPECT_EQ("0/1:01", SeekTo(Started(Open(file), 0), 5500000));
+}
+
 TEST(Seek, LacesThatWereLeftAreGoneAfterASeek) {
     const Bytes vorbis = Concat({Hex("02 1E 07"), Hex("01766F72626973"), Bytes(23, 0), Hex("03766F72626973"),
                                  Hex("05766F72626973"), Bytes(8, 0)});

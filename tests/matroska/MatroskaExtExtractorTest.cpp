@@ -83,6 +83,8 @@ TEST(Extractor, ThumbnailTimeIsAQuarterOfTheDuration) {
     EXPECT_EQ(-1, thumbnail(extractor, 0, 1));  // asked for one track, computed for the first video track
     EXPECT_EQ(2500000, thumbnail(extractor, 1, 0));
     EXPECT_EQ(-1, thumbnail(extractor, 2, 1));  // later video tracks get none
+    extractor->getTrackMetaData(1, 0)->remove(android::kKeyThumbnailTime);
+    EXPECT_EQ(-1, thumbnail(extractor, 1, 1));  // it was computed once
 
     const sp<MediaExtractor> audioOnly = Open(Movie({Mp3Track(1)}, {Cluster(0, {})}));
     EXPECT_EQ(-1, thumbnail(audioOnly, 0, 1));

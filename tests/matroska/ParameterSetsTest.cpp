@@ -125,6 +125,16 @@ TEST(ParameterSetsDeathTest, CutSetsAreRefusedExactlyWhereThePlatformAborts) {
     }
 }
 
+// These have fields of the chroma format, for which a set without them is too short.
+TEST(ParameterSets, ProfilesWithAChromaFormat) {
+    std::vector<int> refused;
+    for (int profile = 0; profile < 256; ++profile) {
+        const Bytes sps = Sps(static_cast<uint8_t>(profile), "0" + kCommon + "b001");
+        if (!Holds(kStartCode + sps + kStartCode + kPps)) refused.push_back(profile);
+    }
+    EXPECT_EQ((std::vector<int>{44, 83, 86, 100, 110, 122, 244}), refused);
+}
+
 TEST(ParameterSets, WhereTheUnitsAre) {
     const Bytes sps = Sps(66, "0" + kCommon + "b001");
     const Bytes slice = {0x65, 0x88, 0x80};

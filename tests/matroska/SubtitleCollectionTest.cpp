@@ -1,6 +1,7 @@
 // Subtitles: collected while the master track is read, merged, handed out by track index.
 #include <host/AllocationLimit.h>
 
+#include "matroska/MatroskaExtExtractor.h"
 #include "matroska/MatroskaFixture.h"
 
 namespace testing_support {
@@ -137,6 +138,8 @@ TEST(Subtitles, NothingIsCollectedWhileAFileIsOpened) {
 TEST(Subtitles, OfTwoTracksThatAlternateAreNotMerged) {
     Opened open({Mpeg2Track(1), TextTrack(2, "S_TEXT/ASS"), TextTrack(3, "S_TEXT/ASS")},
                 {Event(3, 0, kHello), Event(2, 10, kWorld), Event(3, 20, kHello)});
+    // Deliberate: they are not counted.
+    EXPECT_EQ(0u, static_cast<android::MatroskaExtExtractor*>(open.extractor.get())->SubtitleCount());
     EXPECT_EQ("-1011", open.Read(0));
     // Records of the other track in front are dropped, not kept for it.
     EXPECT_EQ("110000-120000 1 " + std::string(kWorld) + "|", Drain(open.sources[1]));

@@ -289,6 +289,24 @@ TEST(Allocation, OneRefusedBlockCostsOneEventAtMost) {
     EXPECT_LT(10, asked);
 }
 
+// No memory for what a block is kept in that needs a second look: it is lost, and reading ends there.
+TEST(Allocation, ARefusedHeaderIsLost) {
+    const Document file =
+        OneTrack({SimpleBlock(1, 0, kKeyFrame, Bytes(9)), SimpleBlock(1, 40, kKeyFrame | 2, Hex("01 FF"))});
+    const sp<MediaExtractor> extractor = Open(file.bytes);
+    const sp<MediaSource> source = Started(extractor, 0);
+    Unit unit;
+    EXPECT_EQ(android::OK, ReadUnit(source, &unit));
+    MediaBuffer* buffer = nullptr;
+    status_t status = android::OK;
+    {
+        const RefusedAbove refused(sizeof(MatroskaExtReader::BlockGroup) - 1);
+        status = source->read(&buffer, nullptr);
+    }
+    EXPECT_EQ(android::ERROR_END_OF_STREAM, status);
+    EXPECT_EQ(nullptr, buffer);
+}
+
 // No memory for large blocks, of which each file chooses one: what was to hold it is lost or left as stored,
 // the small unit behind it comes, and with memory again everything does.
 TEST(Allocation, RefusedMemoryCostsOneUnitAtMost) {
@@ -328,6 +346,14 @@ TEST(Allocation, RefusedMemoryCostsOneUnitAtMost) {
          {8},
          {8},
          2},
+        {"AAC's name",  // behind the reader's text: without it nobody can tell the profile
+         Write({EbmlHeader(),
+                Segment({Master(id::kTracks,
+                                {Mpeg2Track(1), Track(2, kAudioType, "A_AAC" + std::string(kLarge, 'a'))}),
+                         Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Bytes(8))})})}),
+         {8},
+         {8},
+         1},
         {"Vorbis headers",
          Write({EbmlHeader(), Segment({Master(id::kTracks, {Mpeg2Track(1), vorbis}),
                                        Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Bytes(8))})})}),

@@ -67,6 +67,8 @@ TEST(Document, HeadersThatAreMissing) {
     OpenFile nothing({});
     EXPECT_EQ(kFailure, nothing.file.Init());
     EXPECT_EQ(reader::kNullNode, nothing.file.Parse(nullptr));
+    EXPECT_EQ(reader::kNullNode, nothing.Model().Parse(nullptr));
+    EXPECT_EQ(reader::kNullNode, nothing.Model().ParseMinimal(nullptr));
 }
 
 TEST(Document, ASegmentUidShutsOutLaterSegments) {

@@ -49,18 +49,13 @@ bool TakeNumber(const HeldBytes& bytes, uint64_t size, uint64_t* value) {
     return true;
 }
 
-int64_t SignExtended(uint64_t value, uint64_t size) {
-    const unsigned shift = 64 - 8 * static_cast<unsigned>(size);
-    return static_cast<int64_t>(value << shift) >> shift;
-}
-
 constexpr bool IsIdle(uint32_t id) {
     return id == id::kVoid || id == id::kBlockAdditions || id == id::kDiscardPadding;
 }
 
 // One child of a group whose bytes are all at hand.
 bool TakeGroupChild(const ElementHeader& element, const HeldBytes& payload, BlockHead* head, bool* hasBlock) {
-    uint64_t number = 0;
+    uint64_t reference;
     switch (element.id) {
         case id::kBlock:
             if (*hasBlock || !TakeHeader(payload, element.size, &head->header)) return false;
@@ -72,8 +67,7 @@ bool TakeGroupChild(const ElementHeader& element, const HeldBytes& payload, Bloc
             head->hasDuration = true;
             return TakeNumber(payload, element.size, &head->duration);
         case id::kReferenceBlock:
-            head->hasReference = TakeNumber(payload, element.size, &number);
-            head->reference = head->hasReference ? SignExtended(number, element.size) : 0;
+            head->hasReference = TakeNumber(payload, element.size, &reference);
             return head->hasReference;
         default:
             return IsIdle(element.id);
@@ -108,7 +102,6 @@ bool TakeSimpleBlock(const HeldBytes& payload, uint64_t size, BlockHead* head) {
 BlockHead BlockHead::Of(const BlockGroup& group) {
     BlockHead head = OfSimpleBlock(group.Block.Header());
     head.duration = group.BlockDuration.Get();
-    head.reference = group.ReferenceBlock.Get();
     head.hasReference = group.ReferenceBlock.IsSet();
     head.hasDuration = group.BlockDuration.IsSet();
     return head;
@@ -117,7 +110,7 @@ BlockHead BlockHead::Of(const BlockGroup& group) {
 // The key-frame bit of a SimpleBlock speaks from here on as the absence of a reference does in a group.
 BlockHead BlockHead::OfSimpleBlock(const BlockHeader& header) {
     const bool hasReference = (header.flags & kKeyFrameFlag) == 0;
-    return BlockHead{header, 0, 0, hasReference, false, header.Lacing() == kLacingNone, 0, 0, 0};
+    return BlockHead{header, 0, hasReference, false, header.Lacing() == kLacingNone, 0, 0, 0};
 }
 
 void BlockHead::LookAtLacing(const HeldBytes& bytes) {

@@ -13,8 +13,7 @@ namespace MatroskaExtReader {
 struct BlockHead {
     BlockHeader header;
     uint64_t duration;  // timecode units
-    int64_t reference;
-    bool hasReference;
+    bool hasReference;  // which one is of no matter
     bool hasDuration;
     // The two numbers below are known. Without lacing they are 0.
     bool knowsFrames;
@@ -27,7 +26,7 @@ struct BlockHead {
     static BlockHead OfSimpleBlock(const BlockHeader& header);
     void Fill(BlockGroup& group) const {
         group.Restart(header);
-        if (hasReference) group.ReferenceBlock.Set(reference);
+        if (hasReference) group.ReferenceBlock.Set(0);
         if (hasDuration) group.BlockDuration.Set(duration);
     }
 

@@ -83,6 +83,7 @@ class CMatroskaNode : public android::RefBase {
         mIsValid = true;
     }
     // Spares a Cluster of unknown size the search, where a walk over its blocks has found the end already.
+    // Any other knows better.
     void KnowOpenEnd(uint64_t end) { mOpenEnd = end; }
 
   private:

@@ -75,6 +75,11 @@ std::vector<File> CuesOfManyKinds() {
                                                        Master(id::kTracks, {Mpeg2Track()}), blocks, list})})
                              .bytes});
     }
+    const Element shortest = Raw(Hex("BB82B380"));  // one piece holds the list and what is no part of it
+    files.push_back({"points behind the Cues",
+                     Write({EbmlHeader(), Segment({Master(id::kCues, {shortest, shortest}), shortest,
+                                                   shortest, Info(9), Cluster(0, {})})})
+                         .bytes});
     return files;
 }
 

@@ -12,6 +12,10 @@ using reader::CMatroskaNode;
 TEST(Node, ElementsAreKnownByTheirIds) {
     EXPECT_STREQ("SimpleBlock", reader::FindElementInfo(id::kSimpleBlock)->name);
     EXPECT_EQ(nullptr, reader::FindElementInfo(0x4243));
+    size_t count = 0;
+    const reader::ElementInfo* const table = reader::ElementTable(&count);
+    EXPECT_LT(100u, count);
+    for (size_t i = 0; i < count; ++i) EXPECT_EQ(table + i, reader::FindElementInfo(table[i].id));
 }
 
 TEST(Node, WalksChildrenInFileOrderWhateverTheWidthOfTheirSizes) {

@@ -153,8 +153,7 @@ bool BlockRun::Keep(const BlockHead& head) {
 
 void BlockRun::Finish() {
     mHasEnded = true;
-    const bool isChild = mTail->IsValid() && !IsLevelOne(mTail->Id());
-    mWalkEnd = isChild ? mTail->End() : mTail->HeaderStart();
+    mWalkEnd = mTail->WalkEnd();
 }
 
 sp<BlockRun> BlockRunCache::First(CMatroskaNode* cluster) {

@@ -50,6 +50,7 @@ Result CMatroskaFile::WalkTopLevel(CMatroskaNode* root, bool entersSegments) {
 Result CMatroskaFile::Init() {
     SeekTo(0);
     const android::sp<CMatroskaNode> root = new CMatroskaNode(this);
+    const Heads heads(this);
     if (Failed(Parse(root.get()))) return kFailure;
     mSegmentNode = root->Child(id::kSegment, true);
     for (const AutoPtr<Track>& tracks : Segment.Tracks) {
@@ -65,7 +66,7 @@ android::sp<CMatroskaNode> CMatroskaFile::FirstCluster() {
         const Heads heads(this);
         const uint64_t trouble = mFailedReads + Losses.Count();
         mFirstCluster = mSegmentNode->Child(id::kCluster, true);
-        mKnowsFirstCluster = !mOpening.isOn && mFailedReads + Losses.Count() == trouble;
+        mKnowsFirstCluster = !mOpening.isExhausted && mFailedReads + Losses.Count() == trouble;
     }
     return mFirstCluster != nullptr ? mFirstCluster->Copy() : nullptr;
 }

@@ -68,13 +68,15 @@ void CMatroskaFile::Whole::Begin(uint64_t end, uint32_t firstPiece) {
     if (mOuter == Pieces::Walk::kWhole || mOuter == Pieces::Walk::kExact) return;
     mFile->mWalk = Pieces::Walk::kWhole;
     mFile->mWholeEnd = std::min(end, mFile->mLength);
-    mFile->mFirstPiece = mFile->mNextPiece = firstPiece;
+    mFile->mFirstPiece = firstPiece;
+    mFile->mNextPiece = 0;
 }
 
 // What a walk within another one holds is of use to both; and where it was refused a piece, so is the outer.
 void CMatroskaFile::EndWalk(Pieces::Walk outer) {
-    if (mWalk == outer || (mWalk == Pieces::Walk::kExact && outer != Pieces::Walk::kNone)) return;
-    mPieces.Forget();
+    const bool isOutermost = outer == Pieces::Walk::kNone;
+    if (mWalk == outer || (mWalk == Pieces::Walk::kExact && !isOutermost)) return;
+    if (isOutermost) mPieces.Forget();
     mWalk = outer;
 }
 
@@ -82,7 +84,7 @@ void CMatroskaFile::EndWalk(Pieces::Walk outer) {
 const uint8_t* CMatroskaFile::HoldMore(uint32_t n) {
     if (mPosition >= mWholeEnd || n > mWholeEnd - mPosition) return nullptr;
     const bool goesOn = mPosition - mPieces.Begin() <= 2 * mPieces.Size();
-    mNextPiece = goesOn ? std::min(2 * mNextPiece, Pieces::kMost) : mFirstPiece;
+    mNextPiece = goesOn ? std::min(std::max(2 * mNextPiece, mFirstPiece), Pieces::kMost) : mFirstPiece;
     const uint32_t size = static_cast<uint32_t>(std::min<uint64_t>(mNextPiece, mWholeEnd - mPosition));
     return n <= size && HoldPiece(size) ? mPieces.Find(mPosition, n) : nullptr;
 }

@@ -93,9 +93,7 @@ uint64_t CMatroskaNode::FindOpenClusterEnd() const {
         while (child->Next(false)) {  // bounded: every step moves forward
         }
     }
-    // The walk stands on the element that ended it, or on the last child.
-    const bool isChild = child->IsValid() && !IsLevelOne(child->Id());
-    return isChild ? child->End() : child->HeaderStart();
+    return child->WalkEnd();
 }
 
 void CMatroskaNode::BecomeFirstChildOf(const CMatroskaNode* parent) {

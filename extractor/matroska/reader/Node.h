@@ -82,6 +82,9 @@ class CMatroskaNode : public android::RefBase {
         mOpenEnd = 0;
         mIsValid = true;
     }
+    // Where a walk over the children of a Cluster that ended with this node found the Cluster to end: it
+    // stands on the element that ended it, or on the last child.
+    uint64_t WalkEnd() const { return mIsValid && !IsLevelOne(Id()) ? End() : mHeaderStart; }
     // Spares a Cluster of unknown size the search, where a walk over its blocks has found the end already.
     // Any other knows better.
     void KnowOpenEnd(uint64_t end) { mOpenEnd = end; }

@@ -25,14 +25,18 @@ bool IsDescending(const Array<IndexItem>& items) {
     return true;
 }
 
-// The value of the Cluster's first Timecode, 0 where there is none. Looks for it with `child`.
-uint64_t FirstTimecode(const CMatroskaNode* cluster, CMatroskaNode* child) {
+// The value of the Cluster's first Timecode, 0 where there is none. Looks for it with `child`; a Cluster of
+// unknown size that has none learns where it ends.
+uint64_t FirstTimecode(CMatroskaNode* cluster, CMatroskaNode* child) {
     CUInt value;
+    const uint64_t failures = cluster->File()->FailedReads();
     bool isInside = child->MoveToFirstChildOf(cluster);
     while (isInside && child->Id() != id::kClusterTimecode) {  // bounded: every step moves forward
         isInside = child->Next(false);
     }
     if (isInside) (void)value.Parse(child);
+    const bool isAtEnd = !isInside && cluster->Size() != 0 && cluster->File()->FailedReads() == failures;
+    if (isAtEnd && cluster->HasUnknownSize()) cluster->KnowOpenEnd(child->WalkEnd());
     return value.Get();
 }
 
@@ -44,11 +48,8 @@ void CMatroskaFile::RebuildIndex() {
     const uint64_t master = Segment.GetMasterTrack();
     AutoPtr<Cue> cue = new Cue;
     cue->IsSynthesised = true;
-    const android::sp<CMatroskaNode> root = new CMatroskaNode(this);
-    const android::sp<CMatroskaNode> segment = root->Child(id::kSegment, true);
     const android::sp<CMatroskaNode> child = new CMatroskaNode(this);
-    android::sp<CMatroskaNode> node;
-    if (segment != nullptr) node = segment->Child(id::kCluster, true);
+    const android::sp<CMatroskaNode> node = FirstCluster();
     while (node != nullptr) {  // bounded: every step moves forward
         if (cue->Points.size() >= limit::kCuePoints) {
             Losses.Add(LossKind::kLimit, node->HeaderStart(), 0);

@@ -87,6 +87,22 @@ TEST(Encodings, ABlockGrowsToItsLimitAndNoFurther) {
     }
 }
 
+TEST(Encodings, OfAnEncryptionEveryElementIsKept) {
+    const Element settings = Master(
+        id::kContentEncryption, {Uint(id::kContentEncAlgo, 5), Bin(id::kContentEncKeyId, Hex("01")),
+                                 Bin(id::kContentSignature, Hex("02")), Bin(id::kContentSigKeyId, Hex("03")),
+                                 Uint(id::kContentSigAlgo, 6), Uint(id::kContentSigHashAlgo, 7)});
+    InitialisedFile open(OneBlock::File(EncodedTrack({Master(id::kContentEncoding, {settings})}),
+                                        SimpleBlock(1, 0, 0, Hex("00"))));
+    const reader::ContentEncryption& kept = open.file.FindTrack(1)->Encodings[0]->Encryption;
+    EXPECT_EQ(5, kept.ContentEncAlgo.Get());
+    EXPECT_EQ("01", Show(kept.ContentEncKeyID));
+    EXPECT_EQ("02", Show(kept.ContentSignature));
+    EXPECT_EQ("03", Show(kept.ContentSigKeyID));
+    EXPECT_EQ(6, kept.ContentSigAlgo.Get());
+    EXPECT_EQ(7, kept.ContentSigHashAlgo.Get());
+}
+
 TEST(Encodings, CompareAscendingByTheLow32Bits) {
     auto encoding = [](uint64_t order) {
         reader::AutoPtr<reader::ContentEncoding> made = new reader::ContentEncoding;

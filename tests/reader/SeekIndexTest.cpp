@@ -6,6 +6,7 @@
 #include <random>
 
 #include "matroska/reader/OrderedSearch.h"
+#include "matroska/reader/PlainCues.h"
 
 namespace testing_support {
 namespace {
@@ -111,6 +112,7 @@ TEST(SeekIndex, CuePointsInFrontOfATimeAreCounted) {
         {"behind the last", 1000000, {5, 6}, 6000, 2},
         {"rounded down", 1999, {0, 1, 2, 3}, 1, 2},
         {"a target that would wrap", 1000000, {0, 1}, UINT64_MAX, 2},
+        {"the latest that does not wrap", 1000000, {0, UINT64_MAX / 1000000}, 0, 1},
         {"times that may wrap: all", 4000, {0, large + 5}, 15, 2},
         {"scale 0", 0, {0, 7}, 0, 2},
         {"out of order: all", 1000000, {9, 0}, 1, 2},
@@ -124,6 +126,41 @@ TEST(SeekIndex, CuePointsInFrontOfATimeAreCounted) {
         open.Model().Cues.Append(cue);
         open.file.BuildIndexForSync();
         EXPECT_EQ(row.count, open.file.CountCuePointsUpTo(*open.Model().Cues[0], row.timeUs));
+    }
+}
+
+// Which points are taken from memory, of two of a kind.
+TEST(PlainCues, WhatIsPlain) {
+    const Element track = Uint(id::kCueTrack, 1), cluster = Uint(id::kCueClusterPosition, 300),
+                  time = Uint(id::kCueTime, 7), place = Master(id::kCueTrackPositions, {track, cluster});
+    const struct {
+        const char* name;
+        Element point;
+        bool isPlain;
+    } rows[] = {
+        {"usual", Master(id::kCuePoint, {time, place}), true},
+        {"numbers of eight bytes", Master(id::kCuePoint, {Uint(id::kCueTime, 7, 8), place}), true},
+        {"of nine", Master(id::kCuePoint, {Bin(id::kCueTime, Bytes(9)), place}), false},
+        {"of none", Master(id::kCuePoint, {Bin(id::kCueTime, {}), place}), true},
+        {"two places", Master(id::kCuePoint, {place, time, place}), true},
+        {"no place", Master(id::kCuePoint, {time}), true},
+        {"an empty one", Master(id::kCuePoint, {time, Master(id::kCueTrackPositions, Elements{})}), false},
+        {"long sizes", Master(id::kCuePoint, {time.SizeWidth(8), place}).SizeWidth(3), true},
+        {"what nobody reads", Master(id::kCuePoint, {time, Bin(id::kVoid, Bytes(200))}), true},
+        {"a place beyond the point", Master(id::kCuePoint, {time, place.DeclaredSize(20)}), false},
+        {"a point beyond the bytes", Master(id::kCuePoint, {time}).DeclaredSize(99), false},
+        {"unknown size", Master(id::kCuePoint, {time, place}).UnknownSize(1), false},
+        {"nothing", Master(id::kCuePoint, Elements{}), false},
+        {"something else", Bin(id::kVoid, Bytes(3)), false},
+    };
+    for (const auto& row : rows) {
+        const Bytes bytes = Write({row.point, row.point}).bytes;
+        reader::CountedBytes ahead(reader::HeldBytes{bytes.data(), static_cast<uint32_t>(bytes.size()), 0});
+        reader::Cue cue;
+        reader::PlainElement last;
+        EXPECT_EQ(row.isPlain ? 2u : 0u, reader::TakePlainPoints(&ahead, 9, 9, &cue, &last)) << row.name;
+        EXPECT_EQ(row.isPlain ? 2u : 0u, cue.Points.size()) << row.name;
+        EXPECT_EQ(row.isPlain ? bytes.data() + bytes.size() : bytes.data(), ahead.next) << row.name;
     }
 }
 

@@ -114,24 +114,31 @@ TEST(Values, FloatsHaveFourOrEightBytes) {
     }
 }
 
-TEST(Values, ACutElementFailsAndIsNotSet) {
-    OneElement one = CutPayload("0102", 4);
-    reader::CUInt number;
-    EXPECT_EQ(kFailure, number.Parse(one.node.get()));
+// What a failed Parse leaves of a value that was read before.
+template <typename T>
+T ParsedThenCut(const char* whole, uint64_t declared) {
+    T value;
+    EXPECT_EQ(kOk, value.Parse(Payload(whole).node.get()));
+    EXPECT_EQ(kFailure, value.Parse(CutPayload("01", declared).node.get()));
+    return value;
+}
+
+TEST(Values, ACutElementLeavesNothing) {
+    const auto number = ParsedThenCut<reader::CUInt>("0102", 4);
+    EXPECT_EQ(0u, number.Get());
     EXPECT_FALSE(number.IsSet());
-
-    OneElement cutFloat = CutPayload("3FF00000", 8);
-    reader::CFloat real;
-    EXPECT_EQ(kFailure, real.Parse(cutFloat.node.get()));
-    EXPECT_FALSE(real.IsSet());
-
-    OneElement cutText = CutPayload("616263", 9);
-    reader::CANSI text;
-    EXPECT_EQ(kFailure, text.Parse(cutText.node.get()));
-
-    OneElement cutBinary = CutPayload("616263", 9);
-    reader::ByteBuffer binary;
-    EXPECT_EQ(kFailure, binary.Parse(cutBinary.node.get()));
+    for (const uint64_t size : {4, 9}) {
+        const auto difference = ParsedThenCut<reader::CInt>("0102", size);
+        EXPECT_EQ(0, difference.Get());
+        EXPECT_FALSE(difference.IsSet());
+        const auto real = ParsedThenCut<reader::CFloat>("3FC00000", size);
+        EXPECT_EQ(0.0, real.Get());
+        EXPECT_FALSE(real.IsSet());
+    }
+    EXPECT_EQ(0, ParsedThenCut<reader::CShort>("0102", 2).Get());
+    EXPECT_TRUE(ParsedThenCut<reader::CANSI>("616263", 9).empty());
+    EXPECT_TRUE(ParsedThenCut<reader::CUTF8>("616263", 9).empty());
+    EXPECT_EQ(0u, ParsedThenCut<reader::ByteBuffer>("616263", 9).size());
 }
 
 TEST(Values, Utf8IsOneZeroByteLongerThanItsElement) {

@@ -56,7 +56,6 @@ template class CSimpleVar<uint64_t, CLength>;
 
 Result CUInt::Parse(CMatroskaNode* node) {
     mValue = 0;
-    mSet = false;
     const unsigned count = static_cast<unsigned>(std::min<uint64_t>(node->Size(), 8));
     const Result result = ReadBigEndian(node, count, &mValue);
     mSet = !Failed(result);
@@ -79,7 +78,6 @@ Result CInt::Parse(CMatroskaNode* node) {
 
 Result CFloat::Parse(CMatroskaNode* node) {
     mValue = 0.0;
-    mSet = false;
     Result result = kFailure;
     if (node->Size() == sizeof(float)) {
         float narrow = 0;

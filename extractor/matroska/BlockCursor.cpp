@@ -29,17 +29,17 @@ bool BlockCursor::MoveToNext(CMatroskaFile* file, CMatroskaNode* cluster) {
         ++mIndex;
         return true;
     }
-    sp<BlockRun> last = mRun;
+    sp<BlockRun> after;
     if (mRun->IsFull()) {
-        last = file->Blocks.After(*mRun);
-        if (last->Reach(0)) {
-            mRun = last;
+        after = file->Blocks.After(*mRun);
+        if (after->Reach(0)) {
+            mRun = after;
             mIndex = 0;
             mMetFailure = mRun->IsDoubtful();
             return true;
         }
     }
-    cluster->KnowOpenEnd(last->WalkEnd());
+    cluster->KnowOpenEnd(after != nullptr ? after->WalkEnd() : mRun->WalkEnd());
     return false;
 }
 

@@ -56,6 +56,11 @@ void MatroskaExtIterator::reset() {
     mCluster = mFile->FirstCluster();
 }
 
+void MatroskaExtIterator::Release() {
+    ForgetPlace();
+    mEOS = true;
+}
+
 void MatroskaExtIterator::ForgetPlace() {
     mCluster.clear();
     mBlock.Clear();

@@ -34,6 +34,9 @@ class MatroskaExtIterator {
     MatroskaExtIterator(const MatroskaExtIterator&) = delete;
     MatroskaExtIterator& operator=(const MatroskaExtIterator&) = delete;
 
+    // Lets go of what it shares with other iterators, before it is destroyed without the lock. As behind the
+    // end afterwards.
+    void Release();
     // Back to before the first Cluster's first block.
     void reset();
     // Brings at least one block of this track into the pending list; false at the end of the Segment.

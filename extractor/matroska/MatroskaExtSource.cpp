@@ -46,7 +46,11 @@ MatroskaExtSource::MatroskaExtSource(const sp<MatroskaExtExtractor>& extractor, 
     if (MayHaveNalLengths(extractor->Tracks()[trackIndex].mMeta)) mPreprocess = nullptr;
 }
 
-MatroskaExtSource::~MatroskaExtSource() {}
+// Whoever lets it go: what the iterator holds of the file is shared with other sources.
+MatroskaExtSource::~MatroskaExtSource() {
+    Mutex::Autolock autoLock(*mLock);
+    mIterator.Release();
+}
 
 status_t MatroskaExtSource::start(MetaData* /* params */) {
     Mutex::Autolock autoLock(*mLock);

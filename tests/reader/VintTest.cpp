@@ -43,6 +43,42 @@ TEST(Vint, ElementIdsKeepTheirMarkerAndEndAtFourBytes) {
     }
 }
 
+// Held bytes tell a header that they hold whole, and no other.
+TEST(Vint, HeldHeadersAreWhole) {
+    const struct {
+        const char* bytes;
+        uint32_t length;  // 0: not told
+        unsigned requests;
+    } rows[] = {
+        {"A382", 2, 1},
+        {"A3407F", 3, 2},
+        {"75A181", 3, 2},
+        {"1F43B67508FFFFFFFE", 9, 3},
+        {"A3010000000000000F", 9, 2},
+        {"A3FF", 0, 1},
+        {"A37FFF", 0, 2},
+        {"0F81", 0, 0},
+        {"A300", 0, 0},
+    };
+    for (const auto& row : rows) {
+        const Bytes bytes = Hex(row.bytes);
+        for (size_t behind : {0, 1, 40}) {
+            Bytes held = bytes;
+            held.resize(bytes.size() + behind, 0x55);
+            for (size_t size = 0; size <= held.size(); ++size) {
+                SCOPED_TRACE(row.bytes + std::string(" of ") + std::to_string(size));
+                reader::ElementHeader header;
+                unsigned requests = 0;
+                const Bytes part(held.begin(), held.begin() + size);
+                const uint32_t length =
+                    reader::TakeHeldHeader({part.data(), static_cast<uint32_t>(size), 0}, &header, &requests);
+                EXPECT_EQ(size < bytes.size() ? 0 : row.length, length);
+                if (length != 0) EXPECT_EQ(row.requests, requests);
+            }
+        }
+    }
+}
+
 TEST(Vint, SizesOfEveryWidth) {
     const struct {
         const char* bytes;

@@ -22,21 +22,6 @@ struct LacingBytes {
     }
 };
 
-// An element of known size whose header is at hand: how many bytes that has, else 0. Adds the reads of
-// TakeHeader (ElementHeader.h) for it.
-inline uint32_t TakeElement(const HeldBytes& bytes, ElementHeader* element, unsigned* reads) {
-    const unsigned idLength = bytes.size == 0 ? 0 : IdLength(bytes.data[0]);
-    if (idLength == 0 || bytes.size <= idLength) return 0;
-    const uint8_t* const size = bytes.data + idLength;
-    const unsigned sizeLength = SizeLength(*size);
-    if (sizeLength == 0 || bytes.size < idLength + sizeLength) return 0;
-    element->id = static_cast<uint32_t>(AppendBigEndian(0, bytes.data, idLength));
-    element->size = SizeValue(size, sizeLength);
-    element->hasUnknownSize = false;
-    *reads += 1 + (idLength > 1) + (sizeLength > 1);
-    return element->size != UnknownSizeMarker(sizeLength) ? idLength + sizeLength : 0;
-}
-
 bool TakeHeader(const HeldBytes& bytes, uint64_t size, BlockHeader* header) {
     if (size < kShortBlockHeader || bytes.size < kShortBlockHeader) return false;
     return TakeShortHeader(bytes.data, bytes.position, bytes.position + size, header);
@@ -79,7 +64,7 @@ bool TakeGroup(HeldBytes left, BlockHead* head, unsigned* reads) {
     bool hasBlock = false;
     ElementHeader child;
     while (left.size != 0) {  // bounded: every child has a header
-        const uint32_t headerSize = TakeElement(left, &child, reads);
+        const uint32_t headerSize = TakeHeldHeader(left, &child, reads);
         const HeldBytes payload = left.Behind(headerSize);
         if (headerSize == 0 || child.size > payload.size) return false;
         if (!TakeGroupChild(child, payload, head, &hasBlock)) return false;
@@ -95,6 +80,27 @@ bool TakeSimpleBlock(const HeldBytes& payload, uint64_t size, BlockHead* head) {
     *head = BlockHead::OfSimpleBlock(header);
     if (!head->knowsFrames) head->LookAtLacing(payload.Behind(kShortBlockHeader));
     return true;
+}
+
+constexpr bool IsBlock(uint32_t id) {
+    return id == id::kSimpleBlock || id == id::kBlockGroup;
+}
+
+// The block element at the front of `bytes`, whose header was taken with so many reads.
+bool TakeBlock(const HeldBytes& bytes, uint32_t headerSize, unsigned reads, PlainBlock* block) {
+    const HeldBytes payload = bytes.Behind(headerSize);
+    const ElementHeader& element = block->element;
+    bool isTaken = false;
+    if (element.id == id::kSimpleBlock) {
+        isTaken = TakeSimpleBlock(payload, element.size, &block->head);
+        ++reads;
+    } else if (element.id == id::kBlockGroup && element.size <= payload.size) {
+        isTaken = TakeGroup(payload.Front(static_cast<uint32_t>(element.size)), &block->head, &reads);
+    }
+    block->head.readsSpared = static_cast<uint16_t>(reads);  // no more bytes are held than that
+    block->headerStart = bytes.position;
+    block->dataStart = payload.position;
+    return isTaken;
 }
 
 }  // namespace
@@ -126,21 +132,31 @@ void BlockHead::LookAtLacing(const HeldBytes& bytes) {
     bytesBehind = static_cast<uint8_t>(behind);
 }
 
-uint32_t TakePlainBlock(const HeldBytes& bytes, ElementHeader* element, BlockHead* head) {
+bool TakePlainBlock(const HeldBytes& bytes, PlainBlock* block) {
     unsigned reads = 0;
-    const uint32_t headerSize = TakeElement(bytes, element, &reads);
-    if (headerSize == 0) return 0;
-    const HeldBytes payload = bytes.Behind(headerSize);
-    bool isTaken = false;
-    if (element->id == id::kSimpleBlock) {
-        isTaken = TakeSimpleBlock(payload, element->size, head);
-        ++reads;
-    } else if (element->id == id::kBlockGroup && element->size <= payload.size) {
-        isTaken = TakeGroup(payload.Front(static_cast<uint32_t>(element->size)), head, &reads);
+    const uint32_t headerSize = TakeHeldHeader(bytes, &block->element, &reads);
+    return headerSize != 0 && TakeBlock(bytes, headerSize, reads, block);
+}
+
+bool TakePlainFront(const HeldBytes& bytes, PlainBlock* block, uint64_t* timecode, unsigned* reads) {
+    bool hasTimecode = false;
+    HeldBytes left = bytes;
+    for (;;) {  // bounded: every element has a header
+        unsigned childReads = 0;
+        const uint32_t headerSize = TakeHeldHeader(left, &block->element, &childReads);
+        const HeldBytes payload = left.Behind(headerSize);
+        const ElementHeader& child = block->element;
+        if (headerSize == 0) return false;
+        if (IsBlock(child.id)) return hasTimecode && TakeBlock(left, headerSize, childReads, block);
+        if (child.size > payload.size) return false;
+        if (child.id == id::kClusterTimecode && !hasTimecode) {
+            hasTimecode = TakeNumber(payload, child.size, timecode);
+            if (!hasTimecode) return false;
+            ++childReads;
+        }
+        *reads += childReads;
+        left = payload.Behind(static_cast<uint32_t>(child.size));
     }
-    if (!isTaken) return 0;
-    head->readsSpared = static_cast<uint16_t>(reads);  // a stretch has no more bytes
-    return headerSize;
 }
 
 }  // namespace MatroskaExtReader

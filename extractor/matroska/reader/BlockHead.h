@@ -37,10 +37,22 @@ struct BlockHead {
     uint64_t FramesSize() const { return header.dataSize - lacingBytes - bytesBehind; }
 };
 
-// Reads the element that begins `bytes`, all of which lie within its Cluster; answers how many of them stand
-// in front of its payload. 0 for anything but a SimpleBlock, or a BlockGroup of the few elements that are
-// usual there, whose numbers have their usual lengths and whose headers are all at hand: what is odd or
-// missing is for a walk by nodes to judge, whose reads are noted in the head.
-uint32_t TakePlainBlock(const HeldBytes& bytes, ElementHeader* element, BlockHead* head);
+// A block element that was taken off held bytes: its header, and where that and the payload begin.
+struct PlainBlock {
+    ElementHeader element;
+    uint64_t headerStart, dataStart;
+    BlockHead head;
+};
+
+// Reads the element that begins `bytes`, all of which lie within its Cluster. False for anything but a
+// SimpleBlock, or a BlockGroup of the few elements that are usual there, whose numbers have their usual
+// lengths and whose headers are all at hand: what is odd or missing is for a walk by nodes to judge, whose
+// reads are noted in the head.
+bool TakePlainBlock(const HeldBytes& bytes, PlainBlock* block);
+
+// Reads the first block element of the Cluster whose payload begins `bytes`, and the Timecode in front of it,
+// with the reads of a walk by nodes up to the block. False where something else is among them than a walk
+// steps over, or where not all is at hand.
+bool TakePlainFront(const HeldBytes& bytes, PlainBlock* block, uint64_t* timecode, unsigned* reads);
 
 }  // namespace MatroskaExtReader

@@ -18,9 +18,8 @@ size_t SetOf(uint64_t key) {
 
 }  // namespace
 
-void BlockRun::Restart(uint64_t key, bool isFirst) {
+void BlockRun::Restart(const RunKey& key) {
     mKey = key;
-    mIsFirst = isFirst;
     mHasEnded = false;
     mIsCut = false;
     mIsDoubtful = false;
@@ -34,14 +33,35 @@ void BlockRun::Restart(uint64_t key, bool isFirst) {
 }
 
 void BlockRun::BeginCluster(CMatroskaNode* cluster) {
+    if (mTail == nullptr) mTail = new CMatroskaNode(cluster->File());
+    if (TakeFront(cluster)) return;
     const uint64_t failures = cluster->File()->FailedReads();
     FindFirstBlock(cluster);
     if (cluster->File()->FailedReads() != failures) mIsDoubtful = true;
 }
 
+// The usual Cluster: what it begins with, up to the first block's header, was read with its own header.
+bool BlockRun::TakeFront(const CMatroskaNode* cluster) {
+    CMatroskaFile* file = cluster->File();
+    if (cluster->HasUnknownSize() || file->IsOpening()) return false;
+    const uint64_t end = cluster->End();
+    const HeldBytes held = file->HeldFrom(cluster->DataStart());
+    const uint64_t inside = std::min<uint64_t>(held.size, end - cluster->DataStart());
+    unsigned reads = 0;
+    PlainBlock block;
+    const bool isTaken =
+        TakePlainFront(held.Front(static_cast<uint32_t>(inside)), &block, &mClusterTimecode, &reads);
+    if (!isTaken || !Append(block.head)) return false;
+    mHasTimecode = true;
+    mTail->StandOnChildOf(cluster, block.element, block.headerStart, block.dataStart);
+    mHasEnded = mTail->End() >= end;
+    file->CountReads(reads);
+    NoteReached(1);
+    return true;
+}
+
 void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
     mWalkEnd = cluster->DataStart();
-    if (mTail == nullptr) mTail = new CMatroskaNode(cluster->File());
     bool isInside = mTail->MoveToFirstChildOf(cluster);
     if (!isInside) {
         mHasEnded = true;
@@ -68,7 +88,7 @@ void BlockRun::Continue(const BlockRun& before) {
 }
 
 void BlockRun::StandAgain(const CMatroskaNode* cluster) {
-    cluster->File()->SeekTo(mKey);
+    cluster->File()->SeekTo(mKey.start);
     mTail = new CMatroskaNode(cluster);
     if (mTail->IsValid()) return;
     mIsDoubtful = true;
@@ -100,19 +120,20 @@ bool BlockRun::Walk(size_t index) {
 bool BlockRun::TakeStretch() {
     CMatroskaFile* file = mTail->File();
     if (mIsOnNewBlock || mSmallBlocks < file->Blocks.SmallBlocksBeforeStretch()) return false;
-    HeldBytes bytes = file->HoldStretch(mTail->End(), mTail->EnclosingEnd());
+    const uint64_t begin = mTail->End(), end = mTail->EnclosingEnd();
+    if (begin >= end) return false;
+    HeldBytes bytes = file->HoldStretch(begin, end);
     const uint32_t size = bytes.size;
-    ElementHeader element;
-    BlockHead head;
+    PlainBlock block;
     size_t taken = 0;
     while (mHeads.size() < kBlocks) {
-        const uint32_t headerSize = TakePlainBlock(bytes, &element, &head);
-        if (headerSize == 0 || !Append(head)) break;
+        if (!TakePlainBlock(bytes, &block) || !Append(block.head)) break;
         ++taken;
-        mTail->StandOn(element, bytes.position, bytes.position + headerSize);
+        mTail->StandOn(block.element, block.headerStart, block.dataStart);
+        const uint32_t headerSize = static_cast<uint32_t>(block.dataStart - block.headerStart);
         const uint32_t behind = bytes.size - headerSize;
-        if (element.size > behind) break;
-        bytes = bytes.Behind(headerSize + static_cast<uint32_t>(element.size));
+        if (block.element.size > behind) break;
+        bytes = bytes.Behind(headerSize + static_cast<uint32_t>(block.element.size));
     }
     if (size != 0) file->Blocks.NoteStretch(size, bytes.size);
     return taken != 0;
@@ -158,59 +179,55 @@ void BlockRun::Finish() {
 
 sp<BlockRun> BlockRunCache::First(CMatroskaNode* cluster) {
     bool isNew;
-    const sp<BlockRun>& run = Slot(cluster->HeaderStart(), true, &isNew);
+    const sp<BlockRun>& run = Find({cluster->HeaderStart(), true}, &isNew);
     if (isNew) run->BeginCluster(cluster);
     return run;
 }
 
 void BlockRunCache::Clear() {
-    for (sp<BlockRun>& run : mRuns) run.clear();
+    for (Place& place : mPlaces) place = Place();
 }
 
 sp<BlockRun> BlockRunCache::After(const BlockRun& before) {
     if (before.mIsCut) {  // its end is no place that a key tells
         const sp<BlockRun> run = new BlockRun;
-        run->Restart(0, false);
+        run->Restart({0, false});
         run->Continue(before);
         return run;
     }
     bool isNew;
-    const sp<BlockRun>& run = Slot(before.mTail->HeaderStart(), false, &isNew);
+    const sp<BlockRun>& run = Find({before.mTail->HeaderStart(), false}, &isNew);
     if (isNew) run->Continue(before);
     return run;
 }
 
 sp<BlockRun> BlockRunCache::Renewed(const BlockRun& doubtful, CMatroskaNode* cluster) {
     bool isNew;
-    const sp<BlockRun>& run = Slot(doubtful.mKey, doubtful.mIsFirst, &isNew);
-    if (isNew && doubtful.mIsFirst) run->BeginCluster(cluster);
-    if (isNew && !doubtful.mIsFirst) run->StandAgain(cluster);
+    const sp<BlockRun>& run = Find(doubtful.mKey, &isNew);
+    if (isNew && doubtful.mKey.isFirst) run->BeginCluster(cluster);
+    if (isNew && !doubtful.mKey.isFirst) run->StandAgain(cluster);
     return run;
 }
 
-const sp<BlockRun>& BlockRunCache::Slot(uint64_t key, bool isFirst, bool* isNew) {
-    sp<BlockRun>* const set = &mRuns[SetOf(key) * kWays];
-    sp<BlockRun>* place = set;
+const sp<BlockRun>& BlockRunCache::Find(const RunKey& key, bool* isNew) {
+    Place* const set = &mPlaces[SetOf(key.start) * kWays];
+    Place* oldest = set;
+    *isNew = false;
+    for (Place* place = set; place != set + kWays; ++place) {
+        const bool isIt = place->key.start == key.start && place->key.isFirst == key.isFirst;
+        if (isIt && place->run != nullptr && !place->run->mIsDoubtful) {
+            place->lastUse = ++mClock;
+            return place->run;
+        }
+        if (place->lastUse < oldest->lastUse) oldest = place;
+    }
     *isNew = true;
-    for (sp<BlockRun>* run = set; run != set + kWays; ++run) {
-        if (*run == nullptr) {  // the places behind it are free too
-            place = run;
-            break;
-        }
-        if ((*run)->mKey == key && (*run)->mIsFirst == isFirst && !(*run)->mIsDoubtful) {
-            place = run;
-            *isNew = false;
-            break;
-        }
-        if ((*run)->mLastUse < (*place)->mLastUse) place = run;
-    }
-    if (*isNew) {
-        if (*place == nullptr || (*place)->getStrongCount() != 1)
-            *place = new BlockRun;  // an iterator may stand in the old one
-        (*place)->Restart(key, isFirst);
-    }
-    (*place)->mLastUse = ++mClock;
-    return *place;
+    if (oldest->run == nullptr || oldest->run->getStrongCount() != 1)
+        oldest->run = new BlockRun;  // an iterator may stand in the old one
+    oldest->run->Restart(key);
+    oldest->key = key;
+    oldest->lastUse = ++mClock;
+    return oldest->run;
 }
 
 }  // namespace MatroskaExtReader

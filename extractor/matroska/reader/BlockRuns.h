@@ -17,6 +17,7 @@
 
 #include "matroska/reader/Array.h"
 #include "matroska/reader/BlockHead.h"
+#include "matroska/reader/LockedRefBase.h"
 #include "matroska/reader/MatroskaElements.h"
 #include "matroska/reader/Node.h"
 
@@ -24,12 +25,18 @@ namespace MatroskaExtReader {
 
 class CMatroskaFile;
 
-class BlockRun : public android::RefBase {
+// What a run is known by.
+struct RunKey {
+    uint64_t start;  // header start of the Cluster, or of the last block of the run before
+    bool isFirst;    // of its Cluster
+};
+
+class BlockRun : public LockedRefBase<BlockRun> {
   public:
     static constexpr size_t kBlocks = 128;
 
     // Makes block `index` known. False when the Cluster has no such block behind the ones before it.
-    bool Reach(size_t index) { return index < mReached || Walk(index); }
+    bool Reach(size_t index) { return index < mReached || (!HasReachedEnd() && Walk(index)); }
     const BlockHead& At(size_t index) const { return mHeads[index]; }
     // Moves `index` to the next block of `track`, as far as the blocks are known already; without one to the
     // last that is known.
@@ -61,8 +68,9 @@ class BlockRun : public android::RefBase {
     // Where blocks are no larger, their headers are read together.
     static constexpr uint64_t kSmallBlock = 400;
 
-    void Restart(uint64_t key, bool isFirst);
+    void Restart(const RunKey& key);
     void BeginCluster(CMatroskaNode* cluster);
+    bool TakeFront(const CMatroskaNode* cluster);
     void FindFirstBlock(CMatroskaNode* cluster);
     void Continue(const BlockRun& before);
     void StandAgain(const CMatroskaNode* cluster);
@@ -72,6 +80,7 @@ class BlockRun : public android::RefBase {
     bool TakeNextBlock();
     bool TakeBlock();
     bool Keep(const BlockHead& head);
+    bool HasReachedEnd() const { return mHasEnded && mReached == mHeads.size(); }
     bool Append(const BlockHead& head) {
         mSmallBlocks = head.header.dataSize <= kSmallBlock ? mSmallBlocks + 1 : 0;
         return mHeads.Append(head);
@@ -80,9 +89,7 @@ class BlockRun : public android::RefBase {
     void NoteReached(size_t count);
     void Finish();
 
-    uint64_t mLastUse = 0;  // the cache's clock
-    uint64_t mKey = 0;      // header start of the Cluster, or of the last block of the run before
-    bool mIsFirst = false;
+    RunKey mKey = {0, false};
     bool mHasEnded = false;
     bool mIsCut = false;  // for want of memory it ends in front of the block that mTail stands on
     bool mIsDoubtful = false;
@@ -118,12 +125,18 @@ class BlockRunCache {
     void NoteStretch(uint32_t size, uint32_t unused) { mHasPaid = unused <= size / 2; }
 
   private:
-    // The run with this key, or one made anew in the place that was used least recently, which says so.
-    const android::sp<BlockRun>& Slot(uint64_t key, bool isFirst, bool* isNew);
+    struct Place {
+        RunKey key;
+        uint64_t lastUse;  // by the clock
+        android::sp<BlockRun> run;
+    };
 
-    android::sp<BlockRun> mRuns[kRuns];  // kWays neighbours are one set
-    uint64_t mClock = 0;                 // counts look-ups
-    bool mHasPaid = true;                // most of the last stretch was of use
+    // The run with this key, or one made anew in the place that was used least recently, which says so.
+    const android::sp<BlockRun>& Find(const RunKey& key, bool* isNew);
+
+    Place mPlaces[kRuns] = {};  // kWays neighbours are one set
+    uint64_t mClock = 0;        // counts look-ups
+    bool mHasPaid = true;       // most of the last stretch was of use
 };
 
 }  // namespace MatroskaExtReader

@@ -4,6 +4,7 @@
 
 #include <stdint.h>
 
+#include "matroska/reader/Pieces.h"
 #include "matroska/reader/Vint.h"
 
 namespace MatroskaExtReader {
@@ -38,6 +39,31 @@ inline bool TakeHeader(Bytes& source, ElementHeader* header) {
     header->size = bytes[1] & 0x7Fu;
     header->hasUnknownSize = false;
     return true;
+}
+
+constexpr uint32_t kMostHeader = 4 + 8;  // bytes
+
+// The header of an element of known size that kMostHeader bytes hold whole: how many of them it has, or 0
+// where that takes TakeHeader to tell. Adds the requests of that to `requests`.
+inline uint32_t TakeHeldHeader(const uint8_t* bytes, ElementHeader* header, unsigned* requests) {
+    const unsigned idLength = IdLength(bytes[0]);
+    const unsigned sizeLength = SizeLength(bytes[idLength]);
+    if (idLength == 0 || sizeLength == 0) return 0;
+    const uint64_t marker = UnknownSizeMarker(sizeLength);
+    header->id = static_cast<uint32_t>(FirstOfEight(bytes, idLength));
+    header->size = FirstOfEight(bytes + idLength, sizeLength) & marker;
+    header->hasUnknownSize = false;
+    *requests += 1 + (idLength > 1) + (sizeLength > 1);
+    return header->size != marker ? idLength + sizeLength : 0;
+}
+
+// The same for however many bytes are held.
+inline uint32_t TakeHeldHeader(const HeldBytes& held, ElementHeader* header, unsigned* requests) {
+    if (held.size >= kMostHeader) return TakeHeldHeader(held.data, header, requests);
+    uint8_t bytes[kMostHeader] = {};
+    memcpy(bytes, held.data, held.size);
+    const uint32_t length = held.size != 0 ? TakeHeldHeader(bytes, header, requests) : 0;
+    return length <= held.size ? length : 0;
 }
 
 }  // namespace MatroskaExtReader

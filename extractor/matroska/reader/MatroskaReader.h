@@ -130,6 +130,14 @@ class CMatroskaFile {
         mReads += taken.reads;
         if (mOpening.isOn) NotePassed(taken);
     }
+    // The same for `bytes` of them that stand at the position, without a gap.
+    void PassHeld(uint32_t bytes, unsigned reads) {
+        mPosition += bytes;
+        mReads += reads;
+        if (!mOpening.isOn) return;
+        mOpening.reads += reads;
+        NoteServed(bytes);
+    }
 
     // An element's header begins at the position, within what ends at `end`.
     void ExpectHeader(uint64_t end) {
@@ -218,8 +226,6 @@ class CMatroskaFile {
 
   private:
     friend class ChildWalk;
-
-    static constexpr uint32_t kMostHeader = 4 + 8;  // bytes of an element's header
 
     Result WalkTopLevel(CMatroskaNode* root, bool entersSegments);
     void IndexTracks();

@@ -30,12 +30,11 @@ void CMatroskaNode::BecomeChildOf(const CMatroskaNode* parent) {
 
 // From what is held, if a whole header is.
 inline bool CMatroskaNode::TakeHeader() {
-    CountedBytes held(mFile->HeldHeader());
-    if (held.next == held.end) return MatroskaExtReader::TakeHeader(*mFile, &mHeader);
-    const bool isTaken = MatroskaExtReader::TakeHeader(held, &mHeader);
-    mFile->PassHeld(held);
-    if (isTaken && mHeader.hasUnknownSize) mHeader.size = mFile->LeftInFile();
-    return isTaken;
+    unsigned reads = 0;
+    const uint32_t bytes = TakeHeldHeader(mFile->HeldHeader(), &mHeader, &reads);
+    if (bytes == 0) return MatroskaExtReader::TakeHeader(*mFile, &mHeader);
+    mFile->PassHeld(bytes, reads);
+    return true;
 }
 
 inline Result CMatroskaNode::Decode() {
@@ -109,6 +108,12 @@ bool CMatroskaNode::MoveToFirstChildOf(const CMatroskaNode* parent) {
     }
     BecomeFirstChildOf(parent);
     return IsValid() && !(mParent.mIsOpenCluster && IsLevelOne(Id()));
+}
+
+void CMatroskaNode::StandOnChildOf(const CMatroskaNode* parent, const ElementHeader& header,
+                                   uint64_t headerStart, uint64_t dataStart) {
+    BecomeChildOf(parent);
+    StandOn(header, headerStart, dataStart);
 }
 
 sp<CMatroskaNode> CMatroskaNode::Child(uint32_t id, bool scan) const {

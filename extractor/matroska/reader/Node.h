@@ -82,6 +82,9 @@ class CMatroskaNode : public android::RefBase {
         mOpenEnd = 0;
         mIsValid = true;
     }
+    // The same for a child of `parent`.
+    void StandOnChildOf(const CMatroskaNode* parent, const ElementHeader& header, uint64_t headerStart,
+                        uint64_t dataStart);
     // Where a walk over the children of a Cluster that ended with this node found the Cluster to end: it
     // stands on the element that ended it, or on the last child.
     uint64_t WalkEnd() const { return mIsValid && !IsLevelOne(Id()) ? End() : mHeaderStart; }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <stdint.h>
+#include <string.h>
 
 namespace MatroskaExtReader {
 
@@ -37,6 +38,13 @@ constexpr uint64_t SignedBias(unsigned length) {
 inline uint64_t AppendBigEndian(uint64_t value, const uint8_t* bytes, unsigned count) {
     for (unsigned i = 0; i < count; ++i) value = (value << 8) | bytes[i];
     return value;
+}
+
+// The first `count` bytes, 1 to 8, of the eight at `bytes` as one number.
+inline uint64_t FirstOfEight(const uint8_t* bytes, unsigned count) {
+    uint64_t eight;
+    memcpy(&eight, bytes, sizeof(eight));
+    return __builtin_bswap64(eight) >> (64 - 8 * count);
 }
 
 // The value of the `length` bytes of a size, or of a track number.

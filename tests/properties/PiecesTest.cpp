@@ -83,8 +83,41 @@ std::vector<File> CuesOfManyKinds() {
     return files;
 }
 
+// What a Cluster begins with, in all lengths around a head's, and in forms that nobody may decode by itself.
+File ClustersOfManyFronts() {
+    const Element time = Uint(id::kClusterTimecode, 700), block = SimpleBlock(1, 5, kKeyFrame, Bytes(9));
+    const Element large = SimpleBlock(1, 5, kKeyFrame, Bytes(300));
+    const Element group = BlockGroup(1, 5, Bytes(3), {Uint(id::kBlockDuration, 40)});
+    Elements children = {Info(1), Master(id::kTracks, {Mpeg2Track()})};
+    for (size_t length = 0; length < 28; ++length) {
+        for (int width : {2, 3, 8}) {
+            const Element front = Bin(id::kVoid, Bytes(length));
+            children.push_back(Master(id::kCluster, {time, front, large.SizeWidth(width), block}));
+        }
+        children.push_back(Master(id::kCluster, {time, Bin(id::kVoid, Bytes(length)), group}));
+    }
+    const Elements odd[] = {
+        {time},  // what follows it is not its own
+        {},
+        {time, Uint(id::kClusterTimecode, 900), block},
+        {Bin(id::kClusterTimecode, {}), block},
+        {Bin(id::kClusterTimecode, Pattern(9, 1)), block},
+        {block, time, block},
+        {Uint(id::kClusterPrevSize, 90), time, SimpleBlock(1, 5, kKeyFrame, Bytes(9)).DeclaredSize(400)},
+        {time, block.UnknownSize(1)},
+        {time, Raw(Hex("A380"))},
+    };
+    for (const Elements& front : odd) {
+        children.push_back(Master(id::kCluster, front));
+        children.push_back(block);
+        children.push_back(Master(id::kCluster, front).UnknownSize(2));
+    }
+    return {"fronts of Clusters", Write({EbmlHeader(), Segment(children)}).bytes};
+}
+
 std::vector<File> SomeFiles() {
     std::vector<File> files = CuesOfManyKinds();
+    files.push_back(ClustersOfManyFronts());
     for (const Oddity& oddity : Oddities()) files.push_back({oddity.name, oddity.bytes});
     for (const Shape& shape : AllShapes()) files.push_back({shape.name, shape.bytes});
     return files;

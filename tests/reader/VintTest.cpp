@@ -73,7 +73,7 @@ TEST(Vint, HeldHeadersAreWhole) {
                 const uint32_t length =
                     reader::TakeHeldHeader({part.data(), static_cast<uint32_t>(size), 0}, &header, &requests);
                 EXPECT_EQ(size < bytes.size() ? 0 : row.length, length);
-                if (length != 0) EXPECT_EQ(row.requests, requests);
+                EXPECT_TRUE(size < bytes.size() || row.requests == requests);
             }
         }
     }

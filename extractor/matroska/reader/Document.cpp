@@ -64,9 +64,9 @@ Result CMatroskaFile::Init() {
 android::sp<CMatroskaNode> CMatroskaFile::FirstCluster() {
     if (mSegmentNode != nullptr && !mKnowsFirstCluster) {
         const Heads heads(this);
-        const uint64_t trouble = mFailedReads + Losses.Count();
+        const uint64_t trouble = Trouble();
         mFirstCluster = mSegmentNode->Child(id::kCluster, true);
-        mKnowsFirstCluster = !mOpening.isExhausted && mFailedReads + Losses.Count() == trouble;
+        mKnowsFirstCluster = !mOpening.isExhausted && Trouble() == trouble;
     }
     return mFirstCluster != nullptr ? mFirstCluster->Copy() : nullptr;
 }

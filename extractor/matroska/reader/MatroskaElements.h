@@ -568,10 +568,18 @@ class Segment {
     CNode<Cue> Cues;
     CNode<Attachment> Attachments;
     CNode<Chapter> Chapters;
+    // All Clusters with their times, as cue points of no track, if ParseMinimal has passed every child of the
+    // element without any trouble and met no Cues, for a source that gets an index; else null. They are
+    // spared a second visit.
+    AutoPtr<Cue> PassedClusters;
 
   private:
+    struct Head;
+
     Result ParseSeekHead(CMatroskaNode* node);
     Result ParseCues(CMatroskaNode* node);
+    bool ParseHeadElement(CMatroskaNode* child, Head* head);
+    bool NeedsClusters(const CMatroskaFile* file) const;
     int ParseHead(CMatroskaNode* node);
     void FollowSeekHeads(CMatroskaNode* node);
     void ParseBehindClusters(CMatroskaNode* node);

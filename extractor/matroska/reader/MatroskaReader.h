@@ -65,6 +65,8 @@ class CMatroskaFile {
     // Counts what held bytes have answered otherwise.
     void CountReads(uint64_t count) { mReads += count; }
     uint64_t FailedReads() const { return mFailedReads; }
+    // Grows with each read that fails and each loss, and where opening has used up what it may ask for.
+    uint64_t Trouble() const { return mFailedReads + Losses.Count() + (mOpening.isExhausted ? 1 : 0); }
     void SeekTo(uint64_t position) { mPosition = position; }
     uint64_t Position() const { return mPosition; }
     // Of the source, as navigation takes it; see HasKnownLength.
@@ -179,7 +181,8 @@ class CMatroskaFile {
     TrackEntry* FindTrack(uint32_t number) const;
 
     // ---- sync index ----
-    // Makes a Cue from a visit of every Cluster, for a file without Cues.
+    // Makes a Cue of every Cluster, for a file without Cues. They are visited, unless parsing has passed them
+    // all.
     void RebuildIndex();
     // Makes the index of all Cues.
     android::status_t BuildIndexForSync();
@@ -229,6 +232,7 @@ class CMatroskaFile {
 
     Result WalkTopLevel(CMatroskaNode* root, bool entersSegments);
     void IndexTracks();
+    AutoPtr<Cue> VisitClusters();
     bool FarEndAnswers(uint64_t position, uint64_t size) const;
     static constexpr size_t Index(Kept kind) { return static_cast<size_t>(kind); }
     // So many reads of as many bytes are sure to be within what opening may ask for.

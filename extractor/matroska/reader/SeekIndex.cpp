@@ -42,26 +42,49 @@ uint64_t FirstTimecode(CMatroskaNode* cluster, CMatroskaNode* child) {
 
 }  // namespace
 
+ClusterScan::ClusterScan(CMatroskaFile* file)
+    : mFile(file), mTrouble(file->Trouble()), mChild(new CMatroskaNode(file)), mPoints(new Cue) {}
+
+void ClusterScan::Add(CMatroskaNode* cluster) {
+    if (IsFull()) return;
+    const uint64_t time = FirstTimecode(cluster, mChild.get());
+    if (!mPoints->AddPoint(time, 0, cluster->HeaderStart() - mFile->Segment.DataStart))
+        mFile->Losses.Add(LossKind::kRefusedAllocation, cluster->HeaderStart(), 0);
+}
+
+bool ClusterScan::IsSound() const {
+    return mFile->Trouble() == mTrouble && !IsFull();
+}
+
 void CMatroskaFile::RebuildIndex() {
     const Heads heads(this);
-    Segment.Info.Duration.Set(0.0);
-    const uint64_t master = Segment.GetMasterTrack();
-    AutoPtr<Cue> cue = new Cue;
+    const AutoPtr<Cue> cue = VisitClusters();
+    const uint64_t track = Segment.GetMasterTrack();
+    for (CueTrackPosition& position : cue->Positions) position.CueTrack = track;
     cue->IsSynthesised = true;
-    const android::sp<CMatroskaNode> child = new CMatroskaNode(this);
+    Segment.Info.Duration.Set(cue->Points.empty() ? 0.0 : RoundedToSingle(cue->Points.back().CueTime));
+    Segment.Cues.Append(cue);
+}
+
+// The Clusters of the first Segment, from the first that is found: those that were passed at parsing, unless
+// it was another Segment that was parsed, or a SeekHead leads elsewhere.
+AutoPtr<Cue> CMatroskaFile::VisitClusters() {
+    const AutoPtr<Cue> passed = Segment.PassedClusters;
+    Segment.PassedClusters.clear();
+    const bool isHere = mSegmentNode != nullptr && mSegmentNode->DataStart() == Segment.DataStart;
+    if (passed != nullptr && isHere && mSegmentNode->FindPos(id::kCluster, 0) == 0) return passed;
+
+    ClusterScan scan(this);
     const android::sp<CMatroskaNode> node = FirstCluster();
     while (node != nullptr) {  // bounded: every step moves forward
-        if (cue->Points.size() >= limit::kCuePoints) {
+        if (scan.IsFull()) {
             Losses.Add(LossKind::kLimit, node->HeaderStart(), 0);
             break;
         }
-        const uint64_t time = FirstTimecode(node.get(), child.get());
-        Segment.Info.Duration.Set(RoundedToSingle(time));
-        if (!cue->AddPoint(time, master, node->HeaderStart() - Segment.DataStart))
-            Losses.Add(LossKind::kRefusedAllocation, node->HeaderStart(), 0);
+        scan.Add(node.get());
         if (!node->Next(true)) break;
     }
-    Segment.Cues.Append(cue);
+    return scan.Points();
 }
 
 android::status_t CMatroskaFile::BuildIndexForSync() {

@@ -8,9 +8,33 @@
 #include <stdint.h>
 
 #include "matroska/reader/CheckedMath.h"
+#include "matroska/reader/Limits.h"
 #include "matroska/reader/MatroskaElements.h"
 
 namespace MatroskaExtReader {
+
+class CMatroskaFile;
+
+// The Clusters of a Segment as a walk comes by them, each with its first Timecode: the cue points of a file
+// without Cues, but for their track. The positions count from the data start of the Segment that was parsed
+// last.
+class ClusterScan {
+  public:
+    explicit ClusterScan(CMatroskaFile* file);
+
+    // Takes the Cluster in, unless there are too many. Of unknown size it may learn where it ends.
+    void Add(CMatroskaNode* cluster);
+    bool IsFull() const { return mPoints->Points.size() >= limit::kCuePoints; }
+    // Neither a read failed nor was anything lost since the scan began, and it is not full.
+    bool IsSound() const;
+    const AutoPtr<Cue>& Points() const { return mPoints; }
+
+  private:
+    CMatroskaFile* mFile;
+    uint64_t mTrouble;
+    AutoPtr<CMatroskaNode> mChild;
+    AutoPtr<Cue> mPoints;
+};
 
 // One entry.
 struct IndexItem {

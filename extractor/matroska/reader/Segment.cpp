@@ -87,42 +87,62 @@ Result Segment::ParseMinimal(CMatroskaNode* node) {
     return kOk;
 }
 
-// Reads Info, SeekHead and Tracks where they come before the Clusters, and Cues met on the way. Answers how
-// many of the three kinds it read. The walk ends early once three were read and Tracks is among them, at a
-// Cluster of unknown size, which runs to its parent's end, and behind Info and Tracks at any Cluster where
-// each step over one would be fetched.
-int Segment::ParseHead(CMatroskaNode* node) {
-    int count = 0;
+// What the walk over the head has come by.
+struct Segment::Head {
+    explicit Head(CMatroskaFile* file) : clusters(file) {}
+
+    int count = 0;  // of Info, SeekHead and Tracks
     bool hasInfo = false, hasTracks = false;
-    (void)VisitChildren(node, [&](CMatroskaNode* child) {
-        switch (child->Id()) {
-            case id::kInfo:
-                (void)Info.Parse(child);
-                hasInfo = true;
-                ++count;
-                break;
-            case id::kSeekHead:
-                (void)ParseSeekHead(child);
-                ++count;
-                break;
-            case id::kTracks:
-                (void)Tracks.Parse(child);
-                hasTracks = true;
-                ++count;
-                break;
-            case id::kCues:
-                (void)ParseCues(child);
-                break;
-            case id::kCluster:
-                if (child->HasUnknownSize()) return false;
-                if (child->File()->CachesNetwork() && hasInfo && hasTracks) return false;
-                break;
-            default:
-                break;
-        }
-        return !(count > 2 && hasTracks);
-    });
-    return count;
+    ClusterScan clusters;
+};
+
+// Reads Info, SeekHead and Tracks where they come before the Clusters, and Cues met on the way. Answers how
+// many of the three kinds it read.
+int Segment::ParseHead(CMatroskaNode* node) {
+    Head head(node->File());
+    bool isWhole = true;
+    (void)VisitChildren(node, [&](CMatroskaNode* child) { return isWhole = ParseHeadElement(child, &head); });
+    const bool areAll = isWhole && NeedsClusters(node->File()) && head.clusters.IsSound();
+    PassedClusters = areAll ? head.clusters.Points() : nullptr;
+    return head.count;
+}
+
+// As far as is known an index will be made of them.
+bool Segment::NeedsClusters(const CMatroskaFile* file) const {
+    return Cues.isEmpty() && !file->CachesNetwork();
+}
+
+// False where the walk ends early: once three were read and Tracks is among them, at a Cluster of unknown
+// size, which runs to its parent's end, and behind Info and Tracks at any Cluster where each step over one
+// would be fetched.
+bool Segment::ParseHeadElement(CMatroskaNode* child, Head* head) {
+    switch (child->Id()) {
+        case id::kInfo:
+            (void)Info.Parse(child);
+            head->hasInfo = true;
+            ++head->count;
+            break;
+        case id::kSeekHead:
+            (void)ParseSeekHead(child);
+            ++head->count;
+            break;
+        case id::kTracks:
+            (void)Tracks.Parse(child);
+            head->hasTracks = true;
+            ++head->count;
+            break;
+        case id::kCues:
+            (void)ParseCues(child);
+            break;
+        case id::kCluster:
+            if (child->HasUnknownSize()) return false;
+            if (child->File()->CachesNetwork() && head->hasInfo && head->hasTracks) return false;
+            if (NeedsClusters(child->File())) head->clusters.Add(child);
+            break;
+        default:
+            break;
+    }
+    return !(head->count > 2 && head->hasTracks);
 }
 
 // SeekHeads that a SeekHead names, as long as they lie further on in the file.

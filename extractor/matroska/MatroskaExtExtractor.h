@@ -52,7 +52,7 @@ class MatroskaExtExtractor : public MediaExtractor {
     const MatroskaExtReader::Array<DroppedTrack>& DroppedTracks() const { return mDroppedTracks; }
 
   protected:
-    virtual ~MatroskaExtExtractor();
+    ~MatroskaExtExtractor() override;
 
   private:
     void BuildIndex(const sp<DataSource>& source);

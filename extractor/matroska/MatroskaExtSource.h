@@ -35,7 +35,7 @@ class MatroskaExtSource : public MediaSource {
     status_t read(MediaBuffer** out, const ReadOptions* options) override;
 
   protected:
-    virtual ~MatroskaExtSource();
+    ~MatroskaExtSource() override;
 
   private:
     status_t ReadSubtitle(MediaBuffer** out, const ReadOptions* options) REQUIRES(mLock);

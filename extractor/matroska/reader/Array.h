@@ -49,7 +49,7 @@ class Array {
     // Room for `count` items in all.
     bool Reserve(size_t count) {
         if (count <= mRoom) return true;
-        if (count > SIZE_MAX / sizeof(T)) return false;
+        if (count > SIZE_MAX / sizeof(Slot)) return false;
         std::unique_ptr<Slot[]> grown(new (std::nothrow) Slot[count]);
         if (grown == nullptr) return false;
         T* to = reinterpret_cast<T*>(grown.get());
@@ -83,7 +83,7 @@ class Array {
 
     // Memory for one item, which is not made before it is appended.
     struct Slot {
-        alignas(T) unsigned char bytes[sizeof(T)];
+        alignas(T) unsigned char bytes[sizeof(T)];  // NOLINT(bugprone-sizeof-expression): T may be a pointer
     };
     T* Items() { return reinterpret_cast<T*>(mSlots.get()); }
     const T* Items() const { return reinterpret_cast<const T*>(mSlots.get()); }

@@ -41,7 +41,7 @@ class CList : public android::Vector<T> {
 template <typename T>
 class CNode : public CList<AutoPtr<T>> {
   public:
-    virtual ~CNode() {}
+    ~CNode() override {}
 
     virtual void Append(const AutoPtr<T>& item) { this->push(item); }
 

@@ -83,7 +83,7 @@ void CMatroskaFile::EndWalk(Pieces::Walk outer) {
 // Pieces grow as long as less is stepped over behind one than it holds.
 const uint8_t* CMatroskaFile::HoldMore(uint32_t n) {
     if (mPosition >= mWholeEnd || n > mWholeEnd - mPosition) return nullptr;
-    const bool goesOn = mPosition - mPieces.Begin() <= 2 * mPieces.Size();
+    const bool goesOn = mPosition - mPieces.Begin() <= uint64_t{2} * mPieces.Size();
     mNextPiece = goesOn ? std::min(std::max(2 * mNextPiece, mFirstPiece), Pieces::kMost) : mFirstPiece;
     const uint32_t size = static_cast<uint32_t>(std::min<uint64_t>(mNextPiece, mWholeEnd - mPosition));
     return n <= size && HoldPiece(size) ? mPieces.Find(mPosition, n) : nullptr;

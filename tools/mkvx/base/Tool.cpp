@@ -17,6 +17,7 @@ constexpr int kExitNotStarted = 127;  // as a shell has it
 // In the child: becomes the program.
 [[noreturn]] void become(const std::vector<std::string>& command, const std::string& folder, int out) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
     const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
@@ -60,7 +61,7 @@ bool isInstalled(const std::string& program) {
     const char* path = std::getenv("PATH");
     std::istringstream folders(path != nullptr ? path : "");
     for (std::string folder; std::getline(folders, folder, ':');)
-        if (::access((folder + "/" + program).c_str(), X_OK) == 0) return true;
+        if (::access(folder.append("/").append(program).c_str(), X_OK) == 0) return true;
     return false;
 }
 

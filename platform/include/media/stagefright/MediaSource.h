@@ -36,7 +36,7 @@ struct MediaSource : public virtual RefBase {
     virtual status_t setBuffers(const Vector<MediaBuffer*>& buffers);
 
   protected:
-    virtual ~MediaSource();
+    ~MediaSource() override;
 
   private:
     MediaSource(const MediaSource&);

@@ -188,6 +188,19 @@ TEST(Lifetime, EveryOrderOfLettingGo) {
     EXPECT_LE(heap.Held(), heldAfterFirst + (64 << 10));
 }
 
+// A master of 60 KB is read in pieces that have grown to as much; what is kept of it is nothing.
+TEST(Lifetime, AnOpenFileHoldsNoPieces) {
+    const Document file =
+        Write({EbmlHeader(), Segment({Master(id::kInfo, Elements(30000, Bin(id::kVoid, {}))),
+                                      Master(id::kTracks, {Mpeg2Track()})})});
+    const sp<android::DataSource> source = new FaultySource(file.bytes);
+    UnitsOf(Open(source));
+    const HeapMeter heap;
+    const sp<MediaExtractor> extractor = Open(source);
+    EXPECT_LE(size_t{MatroskaExtReader::Pieces::kMost}, heap.Peak());
+    EXPECT_GT(size_t{MatroskaExtReader::Pieces::kMost}, heap.Held());
+}
+
 TEST(Lifetime, NothingIsLeftOfAFile) {
     for (const Oddity& sample : Oddities()) {
         SCOPED_TRACE(sample.name);

@@ -383,6 +383,18 @@ TEST(BlockRuns, ARunBehindAFullOneHasTheRest) {
     EXPECT_FALSE(last->Reach(1));
 }
 
+TEST(BlockRuns, OneThatEndedForWantOfReadsIsForgotten) {
+    OpenFile open(Write({Segment({Cluster(5, {SimpleBlock(1, 0, 0, Hex("01"))})})}).bytes);
+    const auto cluster = open.SegmentNode()->Child(id::kCluster, true);
+    {
+        const reader::CMatroskaFile::Opening opening(&open.file);
+        uint8_t byte;
+        while (open.file.Take(&byte, 1)) open.file.SeekTo(0);  // bounded by what opening may ask for
+        EXPECT_FALSE(open.file.Blocks.First(cluster.get())->Reach(0));
+    }
+    EXPECT_TRUE(open.file.Blocks.First(cluster.get())->Reach(0));
+}
+
 TEST(BlockAdditions, DefaultIdAndBytes) {
     OpenFile open(
         Write({Master(id::kBlockAdditions, {Master(id::kBlockMore, {Bin(id::kBlockAdditional, Hex("AB"))}),

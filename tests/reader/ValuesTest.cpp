@@ -164,6 +164,7 @@ TEST(Values, FixedWidthsIgnoreTheElementSize) {
     reader::CShort timecode;
     EXPECT_EQ(kOk, timecode.Parse(one.node.get()));
     EXPECT_EQ(-2, timecode.Get());
+    EXPECT_TRUE(timecode.IsSet());
     reader::CByte flags;
     EXPECT_EQ(kOk, flags.Parse(one.node.get()));
     EXPECT_EQ(0x80, flags.Get());

@@ -99,7 +99,7 @@ void readSize(BitReader& bits, uint32_t chroma, StreamFacts& facts) {
     bits.skip(1);
     const uint64_t height = mapUnits * 16 * (isFrames ? 1 : 2);
     const uint64_t unitX = chroma == 1 || chroma == 2 ? 2 : 1;
-    const uint64_t unitY = (chroma == 1 ? 2 : 1) * (isFrames ? 1u : 2u);
+    const uint64_t unitY = uint64_t{chroma == 1 ? 2u : 1u} * (isFrames ? 1 : 2);
     uint64_t cropX = 0, cropY = 0;
     if (bits.flag()) {
         cropX = bits.takeUnsigned();

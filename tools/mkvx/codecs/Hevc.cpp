@@ -36,7 +36,7 @@ void readProfile(BitReader& bits, uint32_t subLayers, StreamFacts& facts) {
         hasProfile[i] = bits.flag();
         hasLevel[i] = bits.flag();
     }
-    if (subLayers > 0) bits.skip(2 * (8 - subLayers));
+    if (subLayers > 0) bits.skip(size_t{2} * (8 - subLayers));
     for (uint32_t i = 0; i < subLayers; ++i) bits.skip((hasProfile[i] ? 88 : 0) + (hasLevel[i] ? 8 : 0));
 }
 

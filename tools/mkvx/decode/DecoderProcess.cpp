@@ -12,8 +12,6 @@
 #include "base/Failure.h"
 #include "base/ProgramFolder.h"
 
-extern char** environ;
-
 namespace mkvx {
 namespace {
 

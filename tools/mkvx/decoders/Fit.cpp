@@ -59,7 +59,7 @@ std::string brokenBlocks(const DecoderLimits& limits, const StreamFacts& stream)
     const double blocks = double(across(stream.width, limits.blockSize.width)) *
                           double(across(stream.height, limits.blockSize.height));
     const std::string unit = fmt::format("{}x{}", limits.blockSize.width, limits.blockSize.height);
-    const std::string count = outside(limits.blocks, blocks, "blocks of " + unit);
+    std::string count = outside(limits.blocks, blocks, "blocks of " + unit);
     if (!count.empty()) return count;
     return above(limits.blocksPerSecond, std::round(blocks * stream.frameRate),
                  fmt::format("blocks of {} a second ({}x{} at {} fps)", unit, stream.width, stream.height,
@@ -143,7 +143,7 @@ Fit fitDecoders(const CodecList& list, const ProfileTable& profiles, const Deman
     std::string sentence;
     for (const DeviceDecoder& decoder : list.decoders) {
         if (decoder.mime != demand.mime) continue;
-        const Fit fit = tried(profiles, decoder, demand);
+        Fit fit = tried(profiles, decoder, demand);
         if (fit.obstacle == Obstacle::kNothing) return fit;
         best.obstacle = fit.obstacle;
         if (told++ < kMostTold)

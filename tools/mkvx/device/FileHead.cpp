@@ -202,6 +202,7 @@ std::vector<Discovery> FileHead::discover(const std::vector<size_t>& places) con
     const CMatroskaFile::Opening opening(&mFile);
     const std::vector<const TrackEntry*> entries = entriesOf(mFile);
     std::vector<Discovery> discoveries;
+    discoveries.reserve(places.size());
     for (const size_t place : places) discoveries.push_back(discoverOne(mFile, *entries.at(place)));
     return discoveries;
 }

@@ -21,10 +21,17 @@ void ReadRanges::note(uint64_t begin, uint64_t end) {
     mRanges.push_back({begin, end});
 }
 
+CountedOpening::CountedOpening(const Session& session)
+    : bytes(new CountingSource(session.newBytes())),
+      extractor(session.plugin().open(bytes, nullptr)),
+      work(bytes->reads() + bytes->bytes() / 32) {}
+
 LandingProbe::LandingProbe(const Session& session, const TrackInfo& track)
-    : mTrack(track), mBytes(new CountingSource(session.newBytes())) {
-    const android::sp<android::MediaExtractor> extractor = session.plugin().open(mBytes, nullptr);
-    if (extractor != nullptr) mSource = extractor->getTrack(track.index);
+    : LandingProbe(CountedOpening(session), session, track) {}
+
+LandingProbe::LandingProbe(const CountedOpening& opening, const Session& session, const TrackInfo& track)
+    : mTrack(track), mBytes(opening.bytes) {
+    if (opening.extractor != nullptr) mSource = opening.extractor->getTrack(track.index);
     if (mSource == nullptr || mSource->start() != android::OK)
         throw FileFailure(session.info().path,
                           fmt::format("the source of index {} does not start", track.index));

@@ -29,12 +29,24 @@ class ReadRanges {
     uint64_t mLastBegin = 0;
 };
 
-// One started source of one track, on an extractor and a view of the bytes of its own, so that nobody else's
-// reading is counted. One thread. Throws FileFailure when the source does not start.
+// An extractor that nobody has read from yet, or null, on a counted view of the bytes of its own.
+struct CountedOpening {
+    explicit CountedOpening(const Session& session);
+
+    android::sp<CountingSource> bytes;
+    android::sp<android::MediaExtractor> extractor;
+    uint64_t work;  // what opening took: its reads, and one for each 32 bytes that it parsed
+};
+
+// One started source of one track, on an opening of its own, so that nobody else's reading is counted, or on
+// one that is shared: one probe at a time. One thread. Throws FileFailure when the source does not start.
 class LandingProbe {
   public:
     LandingProbe(const Session& session, const TrackInfo& track);
+    LandingProbe(const CountedOpening& opening, const Session& session, const TrackInfo& track);
     ~LandingProbe();
+    LandingProbe(const LandingProbe&) = delete;
+    LandingProbe& operator=(const LandingProbe&) = delete;
 
     // One read, with `options` unless null.
     Landing read(const android::MediaSource::ReadOptions* options);

@@ -1,6 +1,7 @@
 #include "seek/Seeks.h"
 
 #include <fmt/format.h>
+#include <optional>
 
 #include "base/Interrupt.h"
 #include "base/Terminal.h"
@@ -15,9 +16,28 @@ Landing seekTo(LandingProbe& probe, int64_t timeUs) {
     return probe.read(&to);
 }
 
-uint64_t seekTrack(const Session& session, const TrackInfo& track, const std::vector<int64_t>& timesUs,
+// A track has an opening of its own, unless that would cost more than this for all tracks: then they share
+// one, and a seek may find headers known that another track's seek has read.
+constexpr uint64_t kMostOpeningWork = 1 << 19;
+
+class Openings {
+  public:
+    explicit Openings(const Session& session) : mSession(session) {}
+
+    // For the next track.
+    const CountedOpening& next() {
+        const size_t tracks = mSession.info().tracks.size();
+        if (!mOpening || mOpening->work * tracks <= kMostOpeningWork) mOpening.emplace(mSession);
+        return *mOpening;
+    }
+
+  private:
+    const Session& mSession;
+    std::optional<CountedOpening> mOpening;
+};
+
+uint64_t seekTrack(LandingProbe& probe, const TrackInfo& track, const std::vector<int64_t>& timesUs,
                    Listing<SeekProbe>& out) {
-    LandingProbe probe(session, track);
     uint64_t written = 0;
     for (const int64_t timeUs : timesUs) {
         const Landing landing = seekTo(probe, timeUs);
@@ -33,6 +53,7 @@ uint64_t seekTrack(const Session& session, const TrackInfo& track, const std::ve
 uint64_t seekTracks(const Session& session, const TrackInfo* only, const std::vector<int64_t>& timesUs,
                     Listing<SeekProbe>& out) {
     uint64_t written = 0;
+    Openings openings(session);
     untilInterrupted([&] {
         for (const TrackInfo& track : session.info().tracks) {
             const bool isSubtitle = track.kind == TrackKind::kSubtitle;
@@ -40,7 +61,8 @@ uint64_t seekTracks(const Session& session, const TrackInfo* only, const std::ve
             if (isSubtitle)
                 tell(fmt::format("{}: index {}: subtitles follow the seeks of the master track",
                                  session.info().path, track.index));
-            written += seekTrack(session, track, timesUs, out);
+            LandingProbe probe(openings.next(), session, track);
+            written += seekTrack(probe, track, timesUs, out);
         }
     });
     return written;

@@ -110,16 +110,12 @@ bool MatroskaExtIterator::StepToNextBlock() {
     if (mCluster == nullptr || !mCluster->IsValid()) return false;
     const CMatroskaFile::Heads heads(mFile);
     if (mBlock.IsValid() ? mBlock.MoveToNext(mFile, mCluster.get()) : EnterCluster()) return true;
-    do {  // bounded: every step moves forward in the file
-        mBlock.Clear();
-        // Whether the Segment goes on is judged by this iterator's own Cluster, never by the shared read
-        // position.
-        if (!mCluster->Next(true)) {
-            mCluster.clear();
-            return false;
-        }
-    } while (!EnterCluster());
-    return true;
+    mBlock.Clear();
+    // Whether the Segment goes on is judged by this iterator's own Cluster, never by the shared read
+    // position.
+    if (mFile->MoveToNextCluster(mCluster.get(), [this] { return EnterCluster(); })) return true;
+    mCluster.clear();
+    return false;
 }
 
 // Takes up the Cluster's first block, and its Timecode where it has one.

@@ -66,7 +66,7 @@ android::sp<CMatroskaNode> CMatroskaFile::FirstCluster() {
         const Heads heads(this);
         const uint64_t trouble = Trouble();
         mFirstCluster = mSegmentNode->Child(id::kCluster, true);
-        mKnowsFirstCluster = !mOpening.isExhausted && Trouble() == trouble;
+        mKnowsFirstCluster = Trouble() == trouble;
     }
     return mFirstCluster != nullptr ? mFirstCluster->Copy() : nullptr;
 }

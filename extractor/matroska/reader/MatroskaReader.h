@@ -26,6 +26,7 @@
 #include "matroska/reader/MatroskaElements.h"
 #include "matroska/reader/Node.h"
 #include "matroska/reader/Pieces.h"
+#include "matroska/reader/Searches.h"
 #include "matroska/reader/SeekIndex.h"
 #include "matroska/reader/SubtitleQueue.h"
 
@@ -47,7 +48,7 @@ class CMatroskaFile {
     // ---- bytes ----
     // `n` bytes at the position, which moves by what the source delivered. A short read is a failure.
     Result Read(uint8_t* buffer, uint32_t n) {
-        if (mOpening.isOn && !MayAsk()) return kFailure;
+        if (mOpening.isOn && !MayAsk()) return Refuse();
         ++mReads;
         const uint8_t* const held = Held(n);
         if (held == nullptr) return ReadSource(buffer, n);
@@ -65,8 +66,9 @@ class CMatroskaFile {
     // Counts what held bytes have answered otherwise.
     void CountReads(uint64_t count) { mReads += count; }
     uint64_t FailedReads() const { return mFailedReads; }
-    // Grows with each read that fails and each loss, and where opening has used up what it may ask for.
-    uint64_t Trouble() const { return mFailedReads + Losses.Count() + (mOpening.isExhausted ? 1 : 0); }
+    // Grows with each loss, and each read that may be answered the next time: the source failed, or opening
+    // has used up what it may ask for. A walk in which it does not grow ends at the same place again.
+    uint64_t Trouble() const { return mUnsettledReads + Losses.Count(); }
     void SeekTo(uint64_t position) { mPosition = position; }
     uint64_t Position() const { return mPosition; }
     // Of the source, as navigation takes it; see HasKnownLength.
@@ -201,6 +203,19 @@ class CMatroskaFile {
     // A node of its own on the Segment's first Cluster, or null. It is looked for once, unless there was
     // damage on the way or a read failed: then each time, with the same losses.
     android::sp<CMatroskaNode> FirstCluster();
+    // Moves `cluster` to the next one in the Segment for which `hasBlock` answers true, false where there is
+    // none. A search that has gone far is made once, under the same conditions: `hasBlock` then sees only the
+    // Cluster where it ended, whoever asks.
+    template <typename HasBlock>
+    bool MoveToNextCluster(CMatroskaNode* cluster, HasBlock hasBlock) {
+        const uint64_t start = cluster->End(), reads = mReads, trouble = Trouble();
+        const ClusterSearch* const known = mFarClusters.Find(start);
+        bool isFound = known != nullptr ? known->Repeat(cluster) : cluster->Next(true);
+        while (isFound && !hasBlock()) isFound = cluster->Next(true);  // bounded: every step moves forward
+        if (known == nullptr && mReads - reads > kFarReads && Trouble() == trouble)
+            mFarClusters.Note(ClusterSearch(start, isFound ? cluster : nullptr));
+        return isFound;
+    }
     uint32_t MasterTrack() const { return mMasterTrack; }
     uint64_t TimecodeScale() const { return Segment.Info.TimecodeScale.Get(); }
     // Timecode units to microseconds, in wrapping unsigned 64-bit arithmetic.
@@ -229,6 +244,8 @@ class CMatroskaFile {
 
   private:
     friend class ChildWalk;
+
+    static constexpr uint64_t kFarReads = 64;
 
     Result WalkTopLevel(CMatroskaNode* root, bool entersSegments);
     void IndexTracks();
@@ -264,7 +281,16 @@ class CMatroskaFile {
         if (got > 0) mPosition += static_cast<uint64_t>(got);
         if (mOpening.isOn && got > 0) NoteDelivery(mPosition, static_cast<uint64_t>(got));
         if (got == static_cast<ssize_t>(n)) return kOk;
+        NoteFailure();
+        return kFailure;
+    }
+    // The end of a file whose length is known is there to stay; anything else may be answered the next time.
+    void NoteFailure() {
         ++mFailedReads;
+        if (!mHasKnownLength || LeftInFile() != 0) ++mUnsettledReads;
+    }
+    Result Refuse() {
+        ++mUnsettledReads;
         return kFailure;
     }
     const uint8_t* Held(uint32_t n) {
@@ -278,13 +304,7 @@ class CMatroskaFile {
     void EndWalk(Pieces::Walk outer);
     void FinishOpening();
 
-    bool SearchLevelOne(uint64_t start, bool* isFinal);
-
-    // Where the search from `start` stopped.
-    struct Search {
-        uint64_t start, stop;
-        bool isFound;
-    };
+    bool SearchLevelOne(uint64_t start);
     // What opening has cost so far.
     struct OpeningCost {
         bool isOn = false;
@@ -304,6 +324,7 @@ class CMatroskaFile {
     uint32_t mFirstPiece = 0, mNextPiece = 0;  // how large they may be
     uint64_t mReads = 0;
     uint64_t mFailedReads = 0;
+    uint64_t mUnsettledReads = 0;  // that may be answered the next time
     uint64_t mLength;
     bool mHasKnownLength;
     bool mCachesNetwork;
@@ -315,7 +336,8 @@ class CMatroskaFile {
     uint32_t mKept[sizeof(limit::kMostKept) / sizeof(limit::kMostKept[0])] = {};  // by Kept
     uint64_t mKeptBytes;
     Array<android::sp<CMatroskaNode>> mSpareNodes;  // for ChildWalk
-    Array<Search> mSearches;                        // ascending by start
+    Searches<DamageSearch> mDamage;
+    Searches<ClusterSearch> mFarClusters;
     Inflater mInflater;
 };
 

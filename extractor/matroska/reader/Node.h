@@ -55,6 +55,7 @@ class CMatroskaNode : public android::RefBase {
 
     // The header could be decoded.
     bool IsValid() const { return mIsValid; }
+    const ElementHeader& Header() const { return mHeader; }
     uint32_t Id() const { return mHeader.id; }
     uint64_t Size() const { return mHeader.size; }
     uint64_t HeaderStart() const { return mHeaderStart; }

@@ -383,6 +383,19 @@ TEST(BlockRuns, ARunBehindAFullOneHasTheRest) {
     EXPECT_FALSE(last->Reach(1));
 }
 
+// One more than there are sets of runs, so that two have to share one.
+TEST(BlockRuns, ThoseInUseSideBySideStay) {
+    OpenFile open(Write({Segment(Elements(17, Cluster(5, {SimpleBlock(1, 0, 0, Hex("01"))})))}).bytes);
+    std::vector<android::sp<reader::CMatroskaNode>> clusters = {
+        open.SegmentNode()->Child(id::kCluster, true)};
+    for (auto next = clusters[0]->Copy(); next->Next(true);) clusters.push_back(next->Copy());
+    ASSERT_EQ(17u, clusters.size());
+    for (const auto& cluster : clusters) EXPECT_TRUE(open.file.Blocks.First(cluster.get())->Reach(0));
+    const uint64_t before = open.source->Reads();
+    for (const auto& cluster : clusters) EXPECT_TRUE(open.file.Blocks.First(cluster.get())->Reach(0));
+    EXPECT_EQ(before, open.source->Reads());
+}
+
 TEST(BlockRuns, OneThatEndedForWantOfReadsIsForgotten) {
     OpenFile open(Write({Segment({Cluster(5, {SimpleBlock(1, 0, 0, Hex("01"))})})}).bytes);
     const auto cluster = open.SegmentNode()->Child(id::kCluster, true);

@@ -263,6 +263,7 @@ std::string elementTable(const ReportPage& page) {
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const auto& a, const auto& b) { return a.second > b.second; });
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(sorted.size());
     for (const auto& [name, size] : sorted)
         rows.push_back({escaped(explained(name)), grouped(size), percent(size, page.checked.size)});
     return rows.empty() ? std::string()

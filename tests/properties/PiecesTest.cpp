@@ -315,6 +315,27 @@ TEST(Pieces, NoHeadGoesPastWhatEnclosesIt) {
         EXPECT_FALSE(call.offset < end && call.offset + static_cast<off64_t>(call.size) > end);
 }
 
+// Bytes asked for by walks over headers, each of which a head goes far beyond, while a file is opened.
+uint64_t AskedByWalks(const Bytes& bytes, bool takesPieces) {
+    const android::sp<FaultySource> source = new FaultySource(bytes);
+    MatroskaExtReader::CMatroskaFile file(source, takesPieces);
+    const MatroskaExtReader::CMatroskaFile::Opening opening(&file);
+    const MatroskaExtReader::CMatroskaFile::Heads heads(&file);
+    const android::sp<MatroskaExtReader::CMatroskaNode> root = new MatroskaExtReader::CMatroskaNode(&file);
+    for (int walk = 0; walk < 50; ++walk) {
+        const auto node = root->Child(0, false);
+        while (node->Next(false)) {  // bounded: every step moves forward
+        }
+    }
+    return source->BytesRead();
+}
+
+TEST(Pieces, WhatIsHeldInVainIsBounded) {
+    const Bytes bytes = Write(Elements(100, Bin(id::kVoid, Bytes(100)))).bytes;
+    EXPECT_LE(AskedByWalks(bytes, true), AskedByWalks(bytes, false) + MatroskaExtReader::limit::kUnusedBytes +
+                                             MatroskaExtReader::limit::kUnusedBytesPerByte * bytes.size());
+}
+
 uint64_t ReadsOf(const Bytes& bytes) {
     const android::sp<FaultySource> source = new FaultySource(bytes);
     (void)StateOf(source, true);

@@ -302,6 +302,24 @@ TEST(Allocation, OneRefusedBlockCostsOneEventAtMost) {
     EXPECT_LT(10, asked);
 }
 
+// Of points out of order an index is made, or none.
+TEST(Allocation, ARefusedIndexIsNone) {
+    constexpr size_t kPoints = 700, kMost = 4096;
+    Elements points;
+    for (size_t i = 0; i < kPoints; ++i) points.push_back(CuePoint(kPoints - i, 1, "cluster"));
+    const Document document =
+        Write({EbmlHeader(), Segment({Master(id::kCues, points), Cluster(0, {}).Label("cluster")})});
+    MatroskaExtReader::CMatroskaFile file(new FaultySource(document.bytes));
+    ASSERT_EQ(MatroskaExtReader::kOk, file.Init());
+    {
+        const RefusedAbove refused(kMost);
+        EXPECT_EQ(android::NO_MEMORY, file.BuildIndexForSync());
+        EXPECT_EQ(0u, file.Index().size());
+    }
+    EXPECT_EQ(android::OK, file.BuildIndexForSync());
+    EXPECT_EQ(kPoints, file.Index().size());
+}
+
 // No memory for what a block is kept in that needs a second look: it is lost, and reading ends there.
 TEST(Allocation, ARefusedHeaderIsLost) {
     const Document file =

@@ -46,13 +46,19 @@ constexpr uint32_t kMostHeader = 4 + 8;  // bytes
 // The header of an element of known size that kMostHeader bytes hold whole: how many of them it has, or 0
 // where that takes TakeHeader to tell. Adds the requests of that to `requests`.
 inline uint32_t TakeHeldHeader(const uint8_t* bytes, ElementHeader* header, unsigned* requests) {
+    header->hasUnknownSize = false;
+    if (bytes[0] >= 0x80 && bytes[1] >= 0x80 && bytes[1] != 0xFF) {
+        header->id = bytes[0];
+        header->size = bytes[1] & 0x7Fu;
+        ++*requests;
+        return 2;
+    }
     const unsigned idLength = IdLength(bytes[0]);
     const unsigned sizeLength = SizeLength(bytes[idLength]);
     if (idLength == 0 || sizeLength == 0) return 0;
     const uint64_t marker = UnknownSizeMarker(sizeLength);
     header->id = static_cast<uint32_t>(FirstOfEight(bytes, idLength));
     header->size = FirstOfEight(bytes + idLength, sizeLength) & marker;
-    header->hasUnknownSize = false;
     *requests += 1 + (idLength > 1) + (sizeLength > 1);
     return header->size != marker ? idLength + sizeLength : 0;
 }

@@ -211,6 +211,13 @@ TEST(Document, ASeekHeadBehindTheClustersIsFollowed) {
     InitialisedFile open(file);
     EXPECT_EQ("tracks 1 seekheads 3 cues 1 chapters 1 attachments 0", Loaded(open));
 
+    // In the last Cluster that is passed, from behind its header on.
+    const Element last = Master(
+        id::kCluster, {SeekHead({{id::kTags, "last"}}).Label("second"), Uint(id::kClusterTimecode, 0)});
+    InitialisedFile within(Write(
+        {EbmlHeader(), Segment({SeekHead({{id::kSeekHead, "second"}}), Tracks(), last.Label("last")})}));
+    EXPECT_EQ(2u, within.Model().SeekHeads.size());
+
     Elements chain = {Info(1), Tracks()};
     for (uint32_t i = 0; i <= reader::limit::kFollowedSeekHeads + 1; ++i) {
         const Element head = SeekHead({{id::kSeekHead, std::to_string(i + 1)}}).Label(std::to_string(i));

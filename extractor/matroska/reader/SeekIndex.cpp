@@ -50,6 +50,7 @@ void ClusterScan::Add(CMatroskaNode* cluster) {
     const uint64_t time = FirstTimecode(cluster, mChild.get());
     if (!mPoints->AddPoint(time, 0, cluster->HeaderStart() - mFile->Segment.DataStart))
         mFile->Losses.Add(LossKind::kRefusedAllocation, cluster->HeaderStart(), 0);
+    mFile->SeekTo(cluster->DataStart());
 }
 
 bool ClusterScan::IsSound() const {

@@ -22,7 +22,8 @@ class ClusterScan {
   public:
     explicit ClusterScan(CMatroskaFile* file);
 
-    // Takes the Cluster in, unless there are too many. Of unknown size it may learn where it ends.
+    // Takes the Cluster in, unless there are too many. Of unknown size it may learn where it ends. The file's
+    // position is left behind its header, from where further SeekHeads are looked for.
     void Add(CMatroskaNode* cluster);
     bool IsFull() const { return mPoints->Points.size() >= limit::kCuePoints; }
     // Neither a read failed nor was anything lost since the scan began, and it is not full.

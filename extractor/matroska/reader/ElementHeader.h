@@ -15,6 +15,15 @@ struct ElementHeader {
     bool hasUnknownSize = false;  // the size field held the marker of an unknown size
 };
 
+// The usual header: ID and size in a byte each. False, with nothing told, for any other.
+inline bool DecodeShortHeader(const uint8_t* bytes, ElementHeader* header) {
+    if (bytes[0] < 0x80 || bytes[1] < 0x80 || bytes[1] == 0xFF) return false;
+    header->id = bytes[0];
+    header->size = bytes[1] & 0x7Fu;
+    header->hasUnknownSize = false;
+    return true;
+}
+
 // What two bytes did not hold of an ID and size.
 template <typename Bytes>
 bool TakeLongHeader(Bytes& source, uint8_t (&bytes)[4 + 8], ElementHeader* header) {
@@ -32,43 +41,36 @@ bool TakeLongHeader(Bytes& source, uint8_t (&bytes)[4 + 8], ElementHeader* heade
 template <typename Bytes>
 inline bool TakeHeader(Bytes& source, ElementHeader* header) {
     uint8_t bytes[4 + 8];
-    if (!source.Take(bytes, 2)) return false;
-    const bool isShort = bytes[0] >= 0x80 && bytes[1] >= 0x80 && bytes[1] != 0xFF;
-    if (!isShort) return TakeLongHeader(source, bytes, header);
-    header->id = bytes[0];
-    header->size = bytes[1] & 0x7Fu;
-    header->hasUnknownSize = false;
-    return true;
+    return source.Take(bytes, 2) &&
+           (DecodeShortHeader(bytes, header) || TakeLongHeader(source, bytes, header));
 }
 
 constexpr uint32_t kMostHeader = 4 + 8;  // bytes
 
-// The header of an element of known size that kMostHeader bytes hold whole: how many of them it has, or 0
-// where that takes TakeHeader to tell. Adds the requests of that to `requests`.
-inline uint32_t TakeHeldHeader(const uint8_t* bytes, ElementHeader* header, unsigned* requests) {
-    header->hasUnknownSize = false;
-    if (bytes[0] >= 0x80 && bytes[1] >= 0x80 && bytes[1] != 0xFF) {
-        header->id = bytes[0];
-        header->size = bytes[1] & 0x7Fu;
-        ++*requests;
-        return 2;
-    }
+// The same for kMostHeader bytes, whichever of them the header has.
+inline uint32_t TakeLongHeldHeader(const uint8_t* bytes, ElementHeader* header, unsigned* requests) {
     const unsigned idLength = IdLength(bytes[0]);
     const unsigned sizeLength = SizeLength(bytes[idLength]);
     if (idLength == 0 || sizeLength == 0) return 0;
     const uint64_t marker = UnknownSizeMarker(sizeLength);
     header->id = static_cast<uint32_t>(FirstOfEight(bytes, idLength));
     header->size = FirstOfEight(bytes + idLength, sizeLength) & marker;
+    header->hasUnknownSize = false;
     *requests += 1 + (idLength > 1) + (sizeLength > 1);
     return header->size != marker ? idLength + sizeLength : 0;
 }
 
-// The same for however many bytes are held.
+// The header of an element of known size that `held` begins with: how many bytes it has, or 0 where that
+// takes TakeHeader to tell. Adds the requests of that to `requests`.
 inline uint32_t TakeHeldHeader(const HeldBytes& held, ElementHeader* header, unsigned* requests) {
-    if (held.size >= kMostHeader) return TakeHeldHeader(held.data, header, requests);
+    if (held.size >= 2 && DecodeShortHeader(held.data, header)) {
+        ++*requests;
+        return 2;
+    }
+    if (held.size >= kMostHeader) return TakeLongHeldHeader(held.data, header, requests);
     uint8_t bytes[kMostHeader] = {};
-    memcpy(bytes, held.data, held.size);
-    const uint32_t length = held.size != 0 ? TakeHeldHeader(bytes, header, requests) : 0;
+    if (held.size != 0) memcpy(bytes, held.data, held.size);
+    const uint32_t length = TakeLongHeldHeader(bytes, header, requests);
     return length <= held.size ? length : 0;
 }
 

@@ -4,35 +4,20 @@ namespace MatroskaExtReader {
 
 namespace {
 
-// Apart, so that what it is given need not be in memory.
-bool TakeOtherHeader(CountedBytes* ahead, ElementHeader* header) {
-    return TakeHeader(*ahead, header) && !header->hasUnknownSize;
-}
-
-// The header of the next child of a master that ends at `end`, within which the child has to lie. Nearly all
-// have an ID and a size of a byte each.
+// The header of the next child of a master that ends at `end`, within which the child has to lie.
 inline bool TakeChild(CountedBytes& ahead, const uint8_t* end, ElementHeader* child) {
-    const uint8_t* const bytes = ahead.next;
-    if (end - bytes >= 2 && bytes[0] >= 0x80 && bytes[1] >= 0x80 && bytes[1] != 0xFF) {
-        child->id = bytes[0];
-        child->size = bytes[1] & 0x7Fu;
-        ahead.Pass(2);
-    } else {
-        CountedBytes copy = ahead;
-        ElementHeader header;
-        if (!TakeOtherHeader(&copy, &header)) return false;
-        ahead = copy;
-        *child = header;
-    }
+    const HeldBytes left = {ahead.next, static_cast<uint32_t>(ahead.end - ahead.next), 0};
+    unsigned reads = 0;
+    const uint32_t length = TakeHeldHeader(left, child, &reads);
+    if (length == 0) return false;
+    ahead.next += length;
+    ahead.reads += reads;
     return ahead.next <= end && child->size <= static_cast<uint64_t>(end - ahead.next);
 }
 
 // The number of `size` bytes, 1 to 8, at `bytes`, behind which there are `left` in all.
 inline uint64_t NumberAt(const uint8_t* bytes, uint64_t left, unsigned size) {
-    if (left < 8) return AppendBigEndian(0, bytes, size);
-    uint64_t eight;
-    memcpy(&eight, bytes, 8);
-    return __builtin_bswap64(eight) >> (64 - 8 * size);
+    return left < 8 ? AppendBigEndian(0, bytes, size) : FirstOfEight(bytes, size);
 }
 
 // The payload of a child: a number, or what nobody reads.

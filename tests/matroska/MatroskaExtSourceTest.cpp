@@ -1,4 +1,13 @@
 // The sources of one extractor: start codes, interleaved reading, lifetimes.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <thread>
+
+#include "matroska/MatroskaExtExtractor.h"
+#include "matroska/MatroskaExtSource.h"
 #include "matroska/MatroskaFixture.h"
 #include "support/Oddities.h"
 
@@ -81,6 +90,37 @@ TEST(Sources, OutliveTheExtractorThatTheHostHolds) {
     EXPECT_NE(nullptr, watched.promote().get());
     source.clear();
     EXPECT_EQ(nullptr, watched.promote().get());
+}
+
+// Sleeps, or is over.
+bool IsAtRest(pid_t thread) {
+    std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string line{std::istreambuf_iterator<char>(stat), {}};
+    return line.empty() || line[line.rfind(')') + 2] == 'S';
+}
+
+// What a source holds is shared with others, whose reads change it.
+TEST(Sources, AreLetGoUnderTheLock) {
+    const Document file = Movie({Mp3Track(1)}, {Cluster(0, {SimpleBlock(1, 0, kKeyFrame, Hex("AA"))})});
+    const sp<MediaExtractor> opened = Open(file);
+    android::Mutex lock;
+    sp<MediaSource> source = new android::MatroskaExtSource(
+        static_cast<android::MatroskaExtExtractor*>(opened.get()), 0, 0, 0, &lock, 2);
+    source->start(nullptr);
+    EXPECT_EQ("0/1:aa -1011", Units(source));
+    std::atomic<pid_t> thread{0};
+    std::atomic<bool> isGone{false};
+    lock.lock();
+    std::thread other([&] {
+        thread = static_cast<pid_t>(syscall(SYS_gettid));
+        source.clear();
+        isGone = true;
+    });
+    while (thread == 0 || !IsAtRest(thread)) std::this_thread::yield();
+    EXPECT_FALSE(isGone);
+    lock.unlock();
+    other.join();
+    EXPECT_TRUE(isGone);
 }
 
 }  // namespace

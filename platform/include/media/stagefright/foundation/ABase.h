@@ -2,6 +2,8 @@
 #pragma once
 
 // Declares, and never defines, a class's copy operations. Goes into the private section.
-#define DISALLOW_EVIL_CONSTRUCTORS(name)                                      \
-    name(const name&); /* NOLINT(bugprone-macro-parentheses): a declarator */ \
+// NOLINTBEGIN(bugprone-macro-parentheses): the name is a declarator's
+#define DISALLOW_EVIL_CONSTRUCTORS(name) \
+    name(const name&);                   \
     name& operator=(const name&)
+// NOLINTEND(bugprone-macro-parentheses)

@@ -53,6 +53,8 @@ MatroskaExtIterator::MatroskaExtIterator(CMatroskaFile* file, long long stripBlo
 
 void MatroskaExtIterator::reset() {
     ForgetPlace();
+    mIsInFront = true;
+    mTroubleInFront = mFile->Trouble();
     mCluster = mFile->FirstCluster();
 }
 
@@ -66,6 +68,7 @@ void MatroskaExtIterator::ForgetPlace() {
     mBlock.Clear();
     ClearPending();
     mEOS = false;
+    mIsInFront = false;
 }
 
 // ---- block walk
@@ -96,12 +99,28 @@ bool MatroskaExtIterator::AdvanceByOne() {
 // False at the end of the Segment, which it notes.
 bool MatroskaExtIterator::StepToOwnBlock() {
     const bool wantsOthers = CollectsSubtitles();
+    if (mIsInFront && !wantsOthers && !mFile->KnowsTracksOfBlocks()) return StepToFirstOwnBlock();
+    if (mIsInFront && !wantsOthers && mFile->HasNoBlockOf(mTrack)) mCluster.clear();
+    mIsInFront = false;
     for (;;) {  // bounded: every step moves forward in the file
         if (!wantsOthers && mBlock.IsValid() && mBlock.MoveToKnown(mTrackNumber)) return true;
         if (!StepToNextBlock()) break;
         if (IsOwn(mBlock.Head())) return true;
         PassForeignBlock();
     }
+    mEOS = true;
+    return false;
+}
+
+// From the front of the file, with a note of the tracks that blocks belong to: who meets none of its own
+// spares all other tracks without blocks the way.
+bool MatroskaExtIterator::StepToFirstOwnBlock() {
+    mIsInFront = false;
+    while (StepToNextBlock()) {  // bounded: every step moves forward in the file
+        if (IsOwn(mBlock.Head())) return true;
+        mFile->NoteBlockOf(mBlock.Head().header.trackNumber);
+    }
+    mFile->NoteAllBlocksMet(mTroubleInFront);
     mEOS = true;
     return false;
 }

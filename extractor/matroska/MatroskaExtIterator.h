@@ -92,6 +92,7 @@ class MatroskaExtIterator {
     // block walk
     bool StepToNextBlock();  // whose it may be
     bool StepToOwnBlock();
+    bool StepToFirstOwnBlock();
     bool AdvanceByOne();
     bool EnterCluster();
     bool IsOwn(const MatroskaExtReader::BlockHead& head) const {
@@ -156,6 +157,8 @@ class MatroskaExtIterator {
         mPendingBlocks;                       // not fully delivered yet, front first
     std::unique_ptr<BlockGroup> mSpareBlock;  // for reuse
     bool mEOS;
+    bool mIsInFront = false;       // nothing was read since reset()
+    uint64_t mTroubleInFront = 0;  // the file's, before it
     int64_t mStripBlockPos;
     uint32_t mStripSize;
     uint32_t mTrackNumber;

@@ -114,7 +114,7 @@ const Family kFamilies[] = {
              Concat({OpenSegment({}), SixtyFourInspectedTracks(), Piece({Holding(id::kCluster, 10 * n)})}),
              Piece({SimpleBlock(99, 0, kKeyFrame, Hex("01020304"))}), n);
      },
-     10000},
+     20000},
     {"tracks that look for frames, one for each 90 bytes",
      [](uint64_t n) {
          const Bytes entry =
@@ -284,6 +284,9 @@ TEST(Reading, WhatIsNoUnitCostsFewReadsHoweverOftenItIsMet) {
         {"Clusters without a block",
          {Stretch{front}, Stretch{unit}, Stretch{Piece({Cluster(0, {})}), kMany / 1000}, Stretch{unit}},
          "8 tracks, 2 units"},
+        {"blocks of the last track",
+         {Stretch{front}, Stretch{Piece({Cluster(0, {SimpleBlock(8, 0, kKeyFrame, Hex("AA"))})}), 200}},
+         "8 tracks, 200 units"},
         {"a lace number",
          {Stretch{Concat({front, laced, lacing})}, Stretch{Hex("FF"), kMany}, Stretch{Hex("00AA")}},
          "8 tracks, 1 unit"},

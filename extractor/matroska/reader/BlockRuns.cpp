@@ -61,7 +61,11 @@ bool BlockRun::TakeFront(const CMatroskaNode* cluster) {
 }
 
 void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
-    mWalkEnd = cluster->DataStart();
+    const UntimedCluster* const untimed = cluster->File()->Untimed.Find(cluster->HeaderStart());
+    const bool isEmpty = untimed != nullptr && !untimed->hasBlock;
+    mWalkEnd = isEmpty ? untimed->end : cluster->DataStart();
+    mHasEnded = isEmpty;
+    if (isEmpty) return;
     bool isInside = mTail->MoveToFirstChildOf(cluster);
     if (!isInside) {
         mHasEnded = true;
@@ -74,7 +78,7 @@ void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
     mIsOnNewBlock = isInside;
     if (!isInside) {
         Finish();
-    } else if (!mHasTimecode) {  // its usual place is in front of the blocks, but it may stand anywhere
+    } else if (!mHasTimecode && untimed == nullptr) {  // in front of the blocks is its usual place only
         const sp<CMatroskaNode> child = cluster->Child(id::kClusterTimecode, true);
         if (child != nullptr) TakeTimecode(child.get());
     }

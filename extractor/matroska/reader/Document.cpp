@@ -71,6 +71,12 @@ android::sp<CMatroskaNode> CMatroskaFile::FirstCluster() {
     return mFirstCluster != nullptr ? mFirstCluster->Copy() : nullptr;
 }
 
+void CMatroskaFile::NoteBlockOf(uint64_t trackNumber) {
+    TrackEntry* const track =
+        trackNumber <= UINT32_MAX ? FindTrack(static_cast<uint32_t>(trackNumber)) : nullptr;
+    if (track != nullptr) track->HasBlock = true;
+}
+
 uint32_t CMatroskaFile::GetTrackCnt() const {
     size_t count = 0;
     for (const AutoPtr<Track>& tracks : Segment.Tracks) count += tracks->Entries.size();

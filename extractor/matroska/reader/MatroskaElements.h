@@ -230,6 +230,7 @@ class TrackEntry : public android::RefBase {
     bool IsZlibCompressed = false;
     uint32_t StrippedHeaderBytes = 0;
 
+    bool HasBlock = false;  // one was met, see CMatroskaFile::NoteBlockOf
     uint64_t Position = 0;  // of the element's header, for reports
 };
 

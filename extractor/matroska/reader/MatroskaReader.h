@@ -198,6 +198,7 @@ class CMatroskaFile {
     MatroskaExtReader::Segment Segment;
     SubtitleQueue Subtitles;
     BlockRunCache Blocks;
+    Searches<UntimedCluster> Untimed;  // that a scan for the index went through
 
     CMatroskaNode* SegmentNode() const { return mSegmentNode.get(); }
     // A node of its own on the Segment's first Cluster, or null. It is looked for once, unless there was
@@ -215,6 +216,14 @@ class CMatroskaFile {
         if (known == nullptr && mReads - reads > kFarReads && Trouble() == trouble)
             mFarClusters.Note(ClusterSearch(start, isFound ? cluster : nullptr));
         return isFound;
+    }
+    // For a walk over all blocks from the first Cluster on: what it meets, and that it came to the end,
+    // unless there was trouble since it began. Then it is known which tracks have blocks there.
+    void NoteBlockOf(uint64_t trackNumber);
+    void NoteAllBlocksMet(uint64_t troubleBefore) { mKnowsTracksOfBlocks = Trouble() == troubleBefore; }
+    bool KnowsTracksOfBlocks() const { return mKnowsTracksOfBlocks; }
+    bool HasNoBlockOf(const TrackEntry* track) const {
+        return mKnowsTracksOfBlocks && track != nullptr && !track->HasBlock;
     }
     uint32_t MasterTrack() const { return mMasterTrack; }
     uint64_t TimecodeScale() const { return Segment.Info.TimecodeScale.Get(); }
@@ -330,6 +339,7 @@ class CMatroskaFile {
     bool mCachesNetwork;
     android::sp<CMatroskaNode> mSegmentNode, mFirstCluster;
     bool mKnowsFirstCluster = false;
+    bool mKnowsTracksOfBlocks = false;
     uint32_t mMasterTrack;
     SyncIndex mIndex;
     Array<TrackEntry*> mTracksByNumber;  // ascending; owned by the Segment

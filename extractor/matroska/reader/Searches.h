@@ -40,6 +40,12 @@ struct ClusterSearch {
     }
 };
 
+// For the Timecode of the Cluster whose header is at `start`, where there is none: what it holds else.
+struct UntimedCluster {
+    uint64_t start, end;  // as a walk finds it
+    bool hasBlock;
+};
+
 // A Search has the place as its `start`.
 template <typename Search>
 class Searches {

@@ -8,6 +8,9 @@ namespace MatroskaExtReader {
 
 namespace {
 
+// A walk so long is worth a note.
+constexpr uint64_t kFarBytes = 4096;
+
 // Deliberate: the Duration that a scan leaves has the precision of a single-precision float.
 double RoundedToSingle(uint64_t units) {
     return static_cast<double>(static_cast<float>(units));
@@ -25,18 +28,22 @@ bool IsDescending(const Array<IndexItem>& items) {
     return true;
 }
 
-// The value of the Cluster's first Timecode, 0 where there is none. Looks for it with `child`; a Cluster of
-// unknown size that has none learns where it ends.
+// The value of the Cluster's first Timecode, 0 where there is none. Looks for it with `child`; what a Cluster
+// that has none is found to be is noted.
 uint64_t FirstTimecode(CMatroskaNode* cluster, CMatroskaNode* child) {
     CUInt value;
-    const uint64_t failures = cluster->File()->FailedReads();
-    bool isInside = child->MoveToFirstChildOf(cluster);
+    CMatroskaFile* const file = cluster->File();
+    const uint64_t trouble = file->Trouble();
+    bool isInside = child->MoveToFirstChildOf(cluster), hasBlock = false;
     while (isInside && child->Id() != id::kClusterTimecode) {  // bounded: every step moves forward
+        hasBlock = hasBlock || child->IsBlockElement();
         isInside = child->Next(false);
     }
     if (isInside) (void)value.Parse(child);
-    const bool isAtEnd = !isInside && cluster->Size() != 0 && cluster->File()->FailedReads() == failures;
-    if (isAtEnd && cluster->HasUnknownSize()) cluster->KnowOpenEnd(child->WalkEnd());
+    if (isInside || cluster->Size() == 0 || file->Trouble() != trouble) return value.Get();
+    const UntimedCluster untimed = {cluster->HeaderStart(), child->WalkEnd(), hasBlock};
+    if (cluster->HasUnknownSize()) cluster->KnowOpenEnd(untimed.end);
+    if (untimed.end - cluster->DataStart() > kFarBytes) file->Untimed.Note(untimed);
     return value.Get();
 }
 

@@ -38,7 +38,7 @@ constexpr size_t kMostTracks = 6;        // driven; a file may have more
 constexpr size_t kMostUnits = 1024;      // read of one track
 constexpr size_t kMostBytes = 8u << 20;  // the same, in bytes
 // The budget of opening; one read may go beyond its bytes.
-constexpr uint64_t kFreeReads = 64, kReadsPerByte = 4;
+constexpr uint64_t kFreeReads = 64, kReadsPerByte = 2;
 constexpr uint64_t kFreeBytes = 1u << 20, kBytesPerByte = 16 + 1;
 
 // ---- a file as it is opened

@@ -15,7 +15,7 @@ namespace testing_support {
 
 // The budgets, for a source of n bytes.
 namespace budget {
-constexpr uint64_t kReads = 64, kReadsPerByte = 4;  // source reads while opening
+constexpr uint64_t kReads = 64, kReadsPerByte = 2;  // source reads while opening
 constexpr uint64_t kHeap = 16ull << 20, kHeapPerByte = 64, kMostHeap = 512ull << 20;  // peak while opening
 constexpr uint64_t kHeapPerLargestUnit = 4;  // on top of it while reading
 constexpr size_t kStack = 256 << 10;

@@ -79,7 +79,7 @@ constexpr uint32_t kInspectedBytes = 32u << 20;
 // What opening may ask of the source, measured by the bytes in front of the furthest one that the source has
 // delivered. A sound file is opened for a fraction of this. What overlaps itself, or sends one track after
 // the other through the whole file, runs out of it, and what was found until then is offered.
-constexpr uint64_t kOpeningReads = 64, kOpeningReadsPerByte = 4;
+constexpr uint64_t kOpeningReads = 64, kOpeningReadsPerByte = 2;
 
 // What of the bytes pieces (Pieces.h) may take for nothing; beyond it there are no more of them.
 constexpr uint64_t kUnusedBytes = 8u << 10, kUnusedBytesPerByte = 4;

@@ -156,10 +156,10 @@ TEST(PlainCues, WhatIsPlain) {
     for (const auto& row : rows) {
         const Bytes bytes = Write({row.point, row.point}).bytes;
         reader::CountedBytes ahead(reader::HeldBytes{bytes.data(), static_cast<uint32_t>(bytes.size()), 0});
-        reader::Cue cue;
+        const reader::AutoPtr<reader::Cue> cue = new reader::Cue;
         reader::PlainElement last;
-        EXPECT_EQ(row.isPlain ? 2u : 0u, reader::TakePlainPoints(&ahead, 9, 9, &cue, &last)) << row.name;
-        EXPECT_EQ(row.isPlain ? 2u : 0u, cue.Points.size()) << row.name;
+        EXPECT_EQ(row.isPlain ? 2u : 0u, reader::TakePlainPoints(&ahead, 9, 9, cue.get(), &last)) << row.name;
+        EXPECT_EQ(row.isPlain ? 2u : 0u, cue->Points.size()) << row.name;
         EXPECT_EQ(row.isPlain ? bytes.data() + bytes.size() : bytes.data(), ahead.next) << row.name;
     }
 }

@@ -68,6 +68,22 @@ TEST(FrameInspection, EachLeavesTheIteratorAtTheStart) {
     }
 }
 
+TEST(SeekToPosition, FromTheEndOfTheFileReadingGoesOn) {
+    Iterated one({KeyFrame("01"), KeyFrame("02")});
+    const MatroskaExtReader::Cue& cue = *one.file.Segment.Cues[0];
+    one.iterator.reset();
+    for (int round = 0; round < 2; ++round) {
+        for (const auto status :
+             {status_t{android::OK}, status_t{android::OK}, status_t{android::ERROR_END_OF_STREAM}}) {
+            android::MediaBuffer* buffer = nullptr;
+            EXPECT_EQ(status, one.iterator.read(&buffer, nullptr)) << round;
+            if (buffer != nullptr) buffer->release();
+        }
+        const uint64_t position = cue.PositionsOf(cue.Points[0])->CueClusterPosition;
+        one.iterator.seekToPosition(static_cast<long long>(position), 0);
+    }
+}
+
 TEST(FrameInspection, NoMoreIsStrippedThanThereIs) {
     Iterated looked({KeyFrame("000001B0 01")});
     long long position;

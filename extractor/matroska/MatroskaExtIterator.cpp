@@ -98,10 +98,8 @@ bool MatroskaExtIterator::AdvanceByOne() {
 
 // False at the end of the Segment, which it notes.
 bool MatroskaExtIterator::StepToOwnBlock() {
+    if (mIsInFront) return StepFromFront();
     const bool wantsOthers = CollectsSubtitles();
-    if (mIsInFront && !wantsOthers && !mFile->KnowsTracksOfBlocks()) return StepToFirstOwnBlock();
-    if (mIsInFront && !wantsOthers && mFile->HasNoBlockOf(mTrack)) mCluster.clear();
-    mIsInFront = false;
     for (;;) {  // bounded: every step moves forward in the file
         if (!wantsOthers && mBlock.IsValid() && mBlock.MoveToKnown(mTrackNumber)) return true;
         if (!StepToNextBlock()) break;
@@ -112,10 +110,18 @@ bool MatroskaExtIterator::StepToOwnBlock() {
     return false;
 }
 
-// From the front of the file, with a note of the tracks that blocks belong to: who meets none of its own
-// spares all other tracks without blocks the way.
-bool MatroskaExtIterator::StepToFirstOwnBlock() {
+// The same from the front of the file, where a track without blocks is spared the way once that is known.
+bool MatroskaExtIterator::StepFromFront() {
     mIsInFront = false;
+    const bool passesOthers = !CollectsSubtitles();
+    if (passesOthers && !mFile->KnowsTracksOfBlocks()) return StepToFirstOwnBlock();
+    if (passesOthers && mFile->HasNoBlockOf(mTrack)) mCluster.clear();
+    return StepToOwnBlock();
+}
+
+// With a note of the tracks that blocks belong to: who meets none of its own spares all other tracks without
+// blocks the way.
+bool MatroskaExtIterator::StepToFirstOwnBlock() {
     while (StepToNextBlock()) {  // bounded: every step moves forward in the file
         if (IsOwn(mBlock.Head())) return true;
         mFile->NoteBlockOf(mBlock.Head().header.trackNumber);

@@ -92,6 +92,7 @@ class MatroskaExtIterator {
     // block walk
     bool StepToNextBlock();  // whose it may be
     bool StepToOwnBlock();
+    bool StepFromFront();
     bool StepToFirstOwnBlock();
     bool AdvanceByOne();
     bool EnterCluster();

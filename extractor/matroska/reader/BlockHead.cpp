@@ -82,10 +82,6 @@ bool TakeSimpleBlock(const HeldBytes& payload, uint64_t size, BlockHead* head) {
     return true;
 }
 
-constexpr bool IsBlock(uint32_t id) {
-    return id == id::kSimpleBlock || id == id::kBlockGroup;
-}
-
 // The block element at the front of `bytes`, whose header was taken with so many reads.
 bool TakeBlock(const HeldBytes& bytes, uint32_t headerSize, unsigned reads, PlainBlock* block) {
     const HeldBytes payload = bytes.Behind(headerSize);
@@ -147,7 +143,7 @@ bool TakePlainFront(const HeldBytes& bytes, PlainBlock* block, uint64_t* timecod
         const HeldBytes payload = left.Behind(headerSize);
         const ElementHeader& child = block->element;
         if (headerSize == 0) return false;
-        if (IsBlock(child.id)) return hasTimecode && TakeBlock(left, headerSize, childReads, block);
+        if (IsBlockElement(child.id)) return hasTimecode && TakeBlock(left, headerSize, childReads, block);
         if (child.size > payload.size) return false;
         if (child.id == id::kClusterTimecode && !hasTimecode) {
             hasTimecode = TakeNumber(payload, child.size, timecode);

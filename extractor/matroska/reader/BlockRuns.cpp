@@ -62,10 +62,12 @@ bool BlockRun::TakeFront(const CMatroskaNode* cluster) {
 
 void BlockRun::FindFirstBlock(CMatroskaNode* cluster) {
     const UntimedCluster* const untimed = cluster->File()->Untimed.Find(cluster->HeaderStart());
-    const bool isEmpty = untimed != nullptr && !untimed->hasBlock;
-    mWalkEnd = isEmpty ? untimed->end : cluster->DataStart();
-    mHasEnded = isEmpty;
-    if (isEmpty) return;
+    if (untimed != nullptr && !untimed->hasBlock) {
+        mWalkEnd = untimed->end;
+        mHasEnded = true;
+        return;
+    }
+    mWalkEnd = cluster->DataStart();
     bool isInside = mTail->MoveToFirstChildOf(cluster);
     if (!isInside) {
         mHasEnded = true;

@@ -15,6 +15,8 @@ struct ElementHeader {
     bool hasUnknownSize = false;  // the size field held the marker of an unknown size
 };
 
+constexpr uint32_t kMostHeader = 4 + 8;  // bytes
+
 // The usual header: ID and size in a byte each. False, with nothing told, for any other.
 inline bool DecodeShortHeader(const uint8_t* bytes, ElementHeader* header) {
     if (bytes[0] < 0x80 || bytes[1] < 0x80 || bytes[1] == 0xFF) return false;
@@ -26,7 +28,7 @@ inline bool DecodeShortHeader(const uint8_t* bytes, ElementHeader* header) {
 
 // What two bytes did not hold of an ID and size.
 template <typename Bytes>
-bool TakeLongHeader(Bytes& source, uint8_t (&bytes)[4 + 8], ElementHeader* header) {
+bool TakeLongHeader(Bytes& source, uint8_t (&bytes)[kMostHeader], ElementHeader* header) {
     const unsigned idLength = TakeNumber(IdLength, source, bytes, 2, 1);
     TakenSize size;
     if (idLength == 0 || TakeSize(source, bytes + idLength, 1, &size) == 0) return false;
@@ -40,12 +42,10 @@ bool TakeLongHeader(Bytes& source, uint8_t (&bytes)[4 + 8], ElementHeader* heade
 // always there, and what each request brings says how many must follow.
 template <typename Bytes>
 inline bool TakeHeader(Bytes& source, ElementHeader* header) {
-    uint8_t bytes[4 + 8];
+    uint8_t bytes[kMostHeader];
     return source.Take(bytes, 2) &&
            (DecodeShortHeader(bytes, header) || TakeLongHeader(source, bytes, header));
 }
-
-constexpr uint32_t kMostHeader = 4 + 8;  // bytes
 
 // The same for kMostHeader bytes, whichever of them the header has.
 inline uint32_t TakeLongHeldHeader(const uint8_t* bytes, ElementHeader* header, unsigned* requests) {

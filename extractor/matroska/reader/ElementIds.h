@@ -88,6 +88,10 @@ const ElementInfo* ElementTable(size_t* count);
 
 // True for the direct children of a Segment: such an ID ends a Cluster of unknown size, and is what a damaged
 // Segment is searched for.
+constexpr bool IsBlockElement(uint32_t id) {
+    return id == id::kBlockGroup || id == id::kSimpleBlock;
+}
+
 constexpr bool IsLevelOne(uint32_t id) {
     return id == id::kSeekHead || id == id::kTags || id == id::kChapters || id == id::kInfo ||
            id == id::kTracks || id == id::kAttachments || id == id::kCues || id == id::kCluster;

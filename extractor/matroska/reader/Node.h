@@ -61,7 +61,7 @@ class CMatroskaNode : public android::RefBase {
     uint64_t HeaderStart() const { return mHeaderStart; }
     uint64_t DataStart() const { return mDataStart; }
     CMatroskaFile* File() const { return mFile; }
-    bool IsBlockElement() const { return Id() == id::kBlockGroup || Id() == id::kSimpleBlock; }
+    bool IsBlockElement() const { return MatroskaExtReader::IsBlockElement(Id()); }
     bool HasUnknownSize() const { return mHeader.hasUnknownSize; }
 
     // Where the element's own size puts its end, not past 2^63.

@@ -14,7 +14,6 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 
 #include <memory>
 
@@ -50,15 +49,10 @@ struct CountedBytes {
           skipped(0),
           lastSkip(0),
           skipEnd(nullptr) {}
-    bool Take(uint8_t* out, unsigned n) {
-        if (static_cast<size_t>(end - next) < n) return false;
-        memcpy(out, next, n);
-        Pass(n);
-        return true;
-    }
-    void Pass(unsigned n) {
+    // What so many requests would have brought.
+    void Pass(unsigned n, unsigned requests) {
         next += n;
-        ++reads;
+        reads += requests;
     }
     void Skip(uint64_t n) {
         next += n;
@@ -68,7 +62,6 @@ struct CountedBytes {
     }
     // Where the last read ended.
     const uint8_t* LastRead() const { return next == skipEnd ? next - lastSkip : next; }
-    static uint64_t LeftInFile() { return 0; }  // only the file knows
 };
 
 class Pieces {

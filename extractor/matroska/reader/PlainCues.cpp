@@ -10,8 +10,7 @@ inline bool TakeChild(CountedBytes& ahead, const uint8_t* end, ElementHeader* ch
     unsigned reads = 0;
     const uint32_t length = TakeHeldHeader(left, child, &reads);
     if (length == 0) return false;
-    ahead.next += length;
-    ahead.reads += reads;
+    ahead.Pass(length, reads);
     return ahead.next <= end && child->size <= static_cast<uint64_t>(end - ahead.next);
 }
 
@@ -30,7 +29,7 @@ inline bool TakePayload(CountedBytes& ahead, uint64_t size, uint64_t* number) {
     *number = 0;
     if (size == 0) return true;
     *number = NumberAt(ahead.next, ahead.end - ahead.next, static_cast<unsigned>(size));
-    ahead.Pass(static_cast<unsigned>(size));
+    ahead.Pass(static_cast<unsigned>(size), 1);
     return true;
 }
 

@@ -42,7 +42,7 @@ uint64_t FirstTimecode(CMatroskaNode* cluster, CMatroskaNode* child) {
     if (isInside) (void)value.Parse(child);
     if (isInside || cluster->Size() == 0 || file->Trouble() != trouble) return value.Get();
     const UntimedCluster untimed = {cluster->HeaderStart(), child->WalkEnd(), hasBlock};
-    if (cluster->HasUnknownSize()) cluster->KnowOpenEnd(untimed.end);
+    cluster->KnowOpenEnd(untimed.end);
     if (untimed.end - cluster->DataStart() > kFarBytes) file->Untimed.Note(untimed);
     return value.Get();
 }

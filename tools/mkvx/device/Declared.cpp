@@ -18,8 +18,8 @@ constexpr uint32_t kFlagForced = 0x55AA, kColour = 0x55B0, kMatrix = 0x55B1, kRa
                    kTransfer = 0x55BA, kPrimaries = 0x55BB;
 constexpr uint32_t kPixelCropBottom = 0x54AA, kPixelCropTop = 0x54BB, kPixelCropLeft = 0x54CC,
                    kPixelCropRight = 0x54DD;
-constexpr uint32_t kTag = 0x7373, kTargets = 0x63C0, kTagTrackUid = 0x63C5, kSimpleTag = 0x67C8,
-                   kTagName = 0x45A3, kTagString = 0x4487;
+constexpr uint32_t kTag = 0x7373, kTagTrackUid = 0x63C5, kSimpleTag = 0x67C8, kTagName = 0x45A3,
+                   kTagString = 0x4487;
 
 constexpr size_t kMostJumps = 16;    // places that SeekHeads lead to
 constexpr size_t kMostTargets = 64;  // tracks that one Tag is about

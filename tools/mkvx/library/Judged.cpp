@@ -1,5 +1,6 @@
 #include "library/Judged.h"
 
+#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include "base/Interrupt.h"
